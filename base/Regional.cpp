@@ -1,0 +1,15 @@
+#include "base/Regional.h"
+
+namespace caja {
+
+namespace {
+Regional& actual() {
+  static Regional valor;
+  return valor;
+}
+}  // namespace
+
+const Regional& regional() { return actual(); }
+void setRegional(const Regional& valor) { actual() = valor; }
+
+}  // namespace caja

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace caja {
+
+// The machine's regional settings as the host language sees them. One value
+// for the whole process, set by the host; the payment-line text form only
+// round-trips with '.', so that is the default.
+struct Regional {
+  char separadorDecimal = '.';
+  char separadorMiles = ',';
+  // The "Currency" named format: a display pattern whose number part follows
+  // the same rules as the explicit patterns.
+  std::string formatoMoneda = "Bs. #,##0.00";
+};
+
+const Regional& regional();
+void setRegional(const Regional& valor);
+
+}  // namespace caja

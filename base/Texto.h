@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace caja {
+
+// Letter case folded the way the component's keys compare: ASCII only, as the
+// codes and keys it compares are plain ASCII.
+std::string lowerAscii(std::string_view texto);
+std::string upperAscii(std::string_view texto);
+bool equalsIgnoreCase(std::string_view a, std::string_view b);
+std::string trimBlanks(std::string_view texto);
+// Every occurrence of `buscar` replaced, left to right; an empty `buscar` changes nothing.
+std::string replaceAll(std::string_view texto, std::string_view buscar, std::string_view poner);
+
+}  // namespace caja

@@ -1,0 +1,191 @@
+#include "host/EsquemaSqlite.h"
+
+namespace caja {
+
+const char* const kEsquemaSqlite = R"SQL(
+CREATE TABLE IF NOT EXISTS MediosPago (
+  Codigo TEXT COLLATE NOCASE PRIMARY KEY,
+  Descripcion TEXT COLLATE NOCASE DEFAULT '',
+  Atributos INTEGER NOT NULL DEFAULT 0,
+  PorcentajeRetencionEmisor FLOAT NOT NULL DEFAULT 0,
+  PorcentajeISLR FLOAT NOT NULL DEFAULT 0,
+  CuentaActivo TEXT COLLATE NOCASE DEFAULT '',
+  CuentaComisiones TEXT COLLATE NOCASE DEFAULT '',
+  BancoRelacionado TEXT COLLATE NOCASE DEFAULT '',
+  Clase INTEGER NOT NULL DEFAULT 0,
+  titulo TEXT COLLATE NOCASE DEFAULT '',
+  textoAyuda TEXT COLLATE NOCASE DEFAULT '',
+  posicion SMALLINT NOT NULL DEFAULT 0,
+  isMedioElectronico SMALLINT NOT NULL DEFAULT 0
+);
+
+CREATE TABLE IF NOT EXISTS MovimientosCaja (
+  TransID INTEGER PRIMARY KEY AUTOINCREMENT,
+  Fecha DATETIME,
+  Hora DATETIME,
+  Sesion INTEGER,
+  Operador TEXT COLLATE NOCASE,
+  TipoDocumento TEXT COLLATE NOCASE,
+  NumeroDocumento INTEGER,
+  TipoEntidad TEXT COLLATE NOCASE,
+  CodigoEntidad TEXT COLLATE NOCASE,
+  Descripcion TEXT COLLATE NOCASE,
+  Debitos MONEY NOT NULL DEFAULT 0,
+  Creditos MONEY NOT NULL DEFAULT 0,
+  Clasificacion TEXT COLLATE NOCASE,
+  Beneficiario TEXT COLLATE NOCASE,
+  machineID INTEGER,
+  MontoIGTF MONEY DEFAULT 0,
+  tipoCambio FLOAT DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixMovimientosCajaDocumento
+  ON MovimientosCaja (TipoDocumento, NumeroDocumento);
+
+CREATE TABLE IF NOT EXISTS DetallesVarelta (
+  Id INTEGER PRIMARY KEY AUTOINCREMENT,
+  TransID INTEGER REFERENCES MovimientosCaja (TransID),
+  Medio TEXT COLLATE NOCASE,
+  Monto MONEY NOT NULL DEFAULT 0,
+  IdTitular TEXT COLLATE NOCASE,
+  NumeroCuenta TEXT COLLATE NOCASE,
+  NumeroDocumento TEXT COLLATE NOCASE,
+  ClaveAutorizacion TEXT COLLATE NOCASE,
+  Emisor TEXT COLLATE NOCASE,
+  MontoNominal MONEY NOT NULL DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixDetallesVareltaTransID ON DetallesVarelta (TransID);
+CREATE INDEX IF NOT EXISTS ixDetallesVareltaMedio ON DetallesVarelta (Medio, Emisor);
+
+CREATE TABLE IF NOT EXISTS DetallesDenominacion (
+  Id INTEGER PRIMARY KEY AUTOINCREMENT,
+  idDetalle INTEGER REFERENCES DetallesVarelta (Id),
+  Denominacion MONEY NOT NULL DEFAULT 0,
+  CantidadRecibida SMALLINT NOT NULL DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixDetallesDenominacion ON DetallesDenominacion (idDetalle);
+
+CREATE TABLE IF NOT EXISTS generalEmisores (
+  TipoDocumento TEXT COLLATE NOCASE NOT NULL,
+  CodigoEmisor TEXT COLLATE NOCASE NOT NULL,
+  Nombre TEXT COLLATE NOCASE DEFAULT '',
+  PRIMARY KEY (TipoDocumento, CodigoEmisor)
+);
+
+CREATE TABLE IF NOT EXISTS subDocsMC (
+  ID INTEGER PRIMARY KEY AUTOINCREMENT,
+  TransID INTEGER REFERENCES MovimientosCaja (TransID),
+  TipoDoc TEXT COLLATE NOCASE,
+  NumDoc INTEGER,
+  Debitos MONEY NOT NULL DEFAULT 0,
+  Creditos MONEY NOT NULL DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixSubDocsMC ON subDocsMC (TipoDoc, NumDoc);
+
+CREATE TABLE IF NOT EXISTS saveMovsCaja (
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  clave TEXT COLLATE NOCASE
+);
+CREATE INDEX IF NOT EXISTS ixSaveMovsCajaClave ON saveMovsCaja (clave);
+
+CREATE TABLE IF NOT EXISTS saveDetallesCaja (
+  Id INTEGER PRIMARY KEY AUTOINCREMENT,
+  TransID INTEGER REFERENCES saveMovsCaja (id) ON DELETE CASCADE,
+  Medio TEXT COLLATE NOCASE,
+  Monto MONEY NOT NULL DEFAULT 0,
+  IdTitular TEXT COLLATE NOCASE,
+  NumeroCuenta TEXT COLLATE NOCASE,
+  NumeroDocumento TEXT COLLATE NOCASE,
+  ClaveAutorizacion TEXT COLLATE NOCASE,
+  Emisor TEXT COLLATE NOCASE,
+  MontoNominal MONEY NOT NULL DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixSaveDetallesCaja ON saveDetallesCaja (TransID);
+
+CREATE TABLE IF NOT EXISTS saveDenominaciones (
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  idDetalle INTEGER REFERENCES saveDetallesCaja (Id) ON DELETE CASCADE,
+  Denominacion MONEY NOT NULL DEFAULT 0,
+  CantidadRecibida SMALLINT NOT NULL DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixSaveDenominaciones ON saveDenominaciones (idDetalle);
+
+CREATE TABLE IF NOT EXISTS transaccionesEfectivo (
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  tipoTrans INTEGER NOT NULL DEFAULT 0,
+  idOrigen INTEGER NOT NULL DEFAULT 0,
+  machineID SMALLINT NOT NULL DEFAULT 0,
+  efectivoMN MONEY NOT NULL DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixTransaccionesEfectivoOrigen
+  ON transaccionesEfectivo (tipoTrans, idOrigen);
+
+CREATE TABLE IF NOT EXISTS transaccionEfectivoDetalles (
+  transID INTEGER REFERENCES transaccionesEfectivo (id),
+  codigoMedio TEXT COLLATE NOCASE,
+  valorMN MONEY NOT NULL DEFAULT 0,
+  valorNominal MONEY NOT NULL DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixTransaccionEfectivoDetalles
+  ON transaccionEfectivoDetalles (transID);
+
+CREATE TABLE IF NOT EXISTS cvCaja (
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  MachineID SMALLINT NOT NULL,
+  efectivoMN MONEY NOT NULL DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixCvCajaMachineID ON cvCaja (MachineID);
+
+CREATE TABLE IF NOT EXISTS cvCajaDetalles (
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  idCec INTEGER NOT NULL REFERENCES cvCaja (id),
+  codigoMedio TEXT COLLATE NOCASE NOT NULL,
+  valorMN MONEY NOT NULL DEFAULT 0,
+  valorNominal MONEY NOT NULL DEFAULT 0
+);
+CREATE INDEX IF NOT EXISTS ixCvCajaDetalles ON cvCajaDetalles (idCec, codigoMedio);
+
+CREATE TABLE IF NOT EXISTS SesionesPOS (
+  SessionID INTEGER PRIMARY KEY,
+  MachineID INTEGER NOT NULL DEFAULT 0,
+  Operador TEXT COLLATE NOCASE,
+  Apertura DATETIME
+);
+
+CREATE TABLE IF NOT EXISTS SesionesCerradas (
+  SessionID INTEGER PRIMARY KEY,
+  MachineID INTEGER NOT NULL DEFAULT 0,
+  Operador TEXT COLLATE NOCASE,
+  Apertura DATETIME,
+  Cierre DATETIME
+);
+
+CREATE TABLE IF NOT EXISTS parametrosEmpresa (
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  Fecha DATETIME,
+  TipoCambio FLOAT NOT NULL DEFAULT 0
+);
+
+CREATE TABLE IF NOT EXISTS hostEmpresa (
+  id INTEGER PRIMARY KEY CHECK (id = 1),
+  Nombre TEXT COLLATE NOCASE DEFAULT '',
+  ContribuyenteEspecial BIT,
+  porcentajeIGTF456 FLOAT NOT NULL DEFAULT 0,
+  FormatoMEX TEXT DEFAULT '$#,##0.00',
+  TipoCambioCaja FLOAT NOT NULL DEFAULT 0
+);
+
+CREATE TABLE IF NOT EXISTS hostEntidades (
+  Tipo TEXT COLLATE NOCASE NOT NULL,
+  Codigo TEXT COLLATE NOCASE NOT NULL,
+  Nombre TEXT COLLATE NOCASE NOT NULL DEFAULT '',
+  PRIMARY KEY (Tipo, Codigo)
+);
+
+CREATE TABLE IF NOT EXISTS hostLog (
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  Fecha DATETIME,
+  Mensaje TEXT
+);
+)SQL";
+
+}  // namespace caja

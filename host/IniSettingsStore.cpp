@@ -1,0 +1,185 @@
+#include "host/IniSettingsStore.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include "base/CajaError.h"
+#include "base/Texto.h"
+
+namespace caja {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Linea {
+  std::string texto;    // the line as read, for lines kept verbatim
+  std::string seccion;  // section the line belongs to
+  std::string clave;    // empty for headers, comments and other lines
+  std::string valor;    // raw text after '='
+};
+
+struct Archivo {
+  std::vector<Linea> lineas;
+};
+
+std::string recortar(std::string_view t) {
+  const auto inicio = t.find_first_not_of(" \t\r");
+  if (inicio == std::string_view::npos) return "";
+  const auto fin = t.find_last_not_of(" \t\r");
+  return std::string(t.substr(inicio, fin - inicio + 1));
+}
+
+Archivo leer(const fs::path& ruta) {
+  Archivo a;
+  std::ifstream in(ruta, std::ios::binary);
+  std::string seccion;
+  for (std::string texto; std::getline(in, texto);) {
+    if (!texto.empty() && texto.back() == '\r') texto.pop_back();
+    Linea l{texto, seccion, {}, {}};
+    const std::string limpio = recortar(texto);
+    if (limpio.size() >= 2 && limpio.front() == '[' && limpio.back() == ']') {
+      seccion = limpio.substr(1, limpio.size() - 2);
+      l.seccion = seccion;
+    } else if (const auto igual = texto.find('='); igual != std::string::npos &&
+                                                   limpio.front() != ';' && limpio.front() != '#') {
+      l.clave = recortar(std::string_view(texto).substr(0, igual));
+      l.valor = texto.substr(igual + 1);
+    }
+    a.lineas.push_back(std::move(l));
+  }
+  return a;
+}
+
+// Works on a const or a mutable file alike.
+template <class A>
+auto buscar(A& a, const std::string& seccion, const std::string& clave) -> decltype(&a.lineas[0]) {
+  for (auto& l : a.lineas)
+    if (!l.clave.empty() && equalsIgnoreCase(l.seccion, seccion) && equalsIgnoreCase(l.clave, clave))
+      return &l;
+  return nullptr;
+}
+
+std::string sinComillas(std::string valor) {
+  valor = recortar(valor);
+  if (valor.size() >= 2 && (valor.front() == '"' || valor.front() == '\'') &&
+      valor.back() == valor.front())
+    return valor.substr(1, valor.size() - 2);
+  return valor;
+}
+
+std::string escapar(const std::string& valor) {
+  std::string r;
+  for (char c : valor) {
+    if (c == '\\') {
+      r += "\\\\";
+    } else if (c == '\r') {
+      r += "\\r";
+    } else if (c == '\n') {
+      r += "\\n";
+    } else {
+      r += c;
+    }
+  }
+  return r;
+}
+
+std::string desescapar(const std::string& valor) {
+  std::string r;
+  for (std::size_t i = 0; i < valor.size(); ++i) {
+    if (valor[i] != '\\' || i + 1 == valor.size()) {
+      r += valor[i];
+      continue;
+    }
+    const char c = valor[++i];
+    r += c == 'r' ? '\r' : c == 'n' ? '\n' : c;
+  }
+  return r;
+}
+
+fs::path archivoDe(const std::string& dir, const std::string& app) { return fs::path(dir) / (app + ".ini"); }
+
+void escribir(const fs::path& ruta, const Archivo& a) {
+  fs::create_directories(ruta.parent_path());
+  const fs::path temporal = ruta.string() + ".tmp";
+  {
+    std::ofstream out(temporal, std::ios::binary | std::ios::trunc);
+    for (const auto& l : a.lineas) out << l.texto << '\n';
+    out.flush();
+    if (!out) throw CajaError(75, "IniSettingsStore", "No se pudo escribir " + temporal.string());
+  }
+  fs::rename(temporal, ruta);
+}
+
+}  // namespace
+
+IniSettingsStore::IniSettingsStore(std::string installDir, std::string userDir)
+    : installDir_(std::move(installDir)), userDir_(std::move(userDir)) {}
+
+std::string IniSettingsStore::defaultUserDir() {
+  const char* xdg = std::getenv("XDG_CONFIG_HOME");
+  if (xdg && *xdg) return (fs::path(xdg) / "caja").string();
+  const char* home = std::getenv("HOME");
+  return (fs::path(home ? home : ".") / ".config" / "caja").string();
+}
+
+std::string IniSettingsStore::ReadInstallValue(const std::string& app, const std::string& seccion,
+                                               const std::string& clave) {
+  const Archivo a = leer(archivoDe(installDir_, app));
+  const Linea* l = buscar(a, seccion, clave);
+  return l ? sinComillas(l->valor) : std::string{};
+}
+
+std::string IniSettingsStore::GetSetting(const std::string& app, const std::string& seccion,
+                                         const std::string& clave, const std::string& defecto) {
+  const Archivo a = leer(archivoDe(userDir_, app));
+  const Linea* l = buscar(a, seccion, clave);
+  return l ? desescapar(l->valor) : defecto;
+}
+
+void IniSettingsStore::SaveSetting(const std::string& app, const std::string& seccion,
+                                   const std::string& clave, const std::string& valor) {
+  const fs::path ruta = archivoDe(userDir_, app);
+  Archivo a = leer(ruta);
+  const std::string linea = clave + "=" + escapar(valor);
+  if (auto* l = buscar(a, seccion, clave)) {
+    l->texto = linea;
+  } else {
+    // After the last non-blank line of the section, or in a new section at the end.
+    std::size_t donde = a.lineas.size();
+    bool hallada = false;
+    for (std::size_t i = 0; i < a.lineas.size(); ++i) {
+      if (equalsIgnoreCase(a.lineas[i].seccion, seccion) && !recortar(a.lineas[i].texto).empty()) {
+        donde = i + 1;
+        hallada = true;
+      }
+    }
+    if (!hallada) {
+      a.lineas.push_back(Linea{"[" + seccion + "]", seccion, {}, {}});
+      donde = a.lineas.size();
+    }
+    a.lineas.insert(a.lineas.begin() + static_cast<std::ptrdiff_t>(donde),
+                    Linea{linea, seccion, clave, escapar(valor)});
+  }
+  escribir(ruta, a);
+}
+
+std::optional<SettingsStore::Pares> IniSettingsStore::GetAllSettings(const std::string& app,
+                                                                     const std::string& seccion) {
+  const Archivo a = leer(archivoDe(userDir_, app));
+  bool existe = false;
+  Pares pares;
+  for (const auto& l : a.lineas) {
+    if (!equalsIgnoreCase(l.seccion, seccion)) continue;
+    existe = true;
+    if (!l.clave.empty()) pares.emplace_back(l.clave, desescapar(l.valor));
+  }
+  if (!existe) return std::nullopt;
+  return pares;
+}
+
+}  // namespace caja
+

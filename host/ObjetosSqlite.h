@@ -1,0 +1,57 @@
+#pragma once
+
+#include <memory>
+
+#include "service/ObjetosHost.h"
+
+namespace caja {
+
+class SqliteFactoria;
+
+// The company as the embedded host keeps it (table hostEmpresa), read when
+// the object is created.
+class EmpresaSqlite : public Empresa {
+ public:
+  explicit EmpresaSqlite(SqliteFactoria& host);
+  std::string FormatoMEX() override { return formatoMEX_; }
+  Variant ContribuyenteEspecial() override { return contribuyenteEspecial_; }
+  double porcentajeIGTF456() override { return porcentajeIGTF_; }
+
+ private:
+  std::string formatoMEX_ = "$#,##0.00";
+  Variant contribuyenteEspecial_ = Variant::Null();
+  double porcentajeIGTF_ = 0.0;
+};
+
+// Entities of table hostEntidades; documents as plain references.
+class InstanciadorSqlite : public Instanciador {
+ public:
+  explicit InstanciadorSqlite(std::shared_ptr<SqliteFactoria> host) : host_(std::move(host)) {}
+  std::shared_ptr<caja::Entidad> Entidad(const std::string& tipo,
+                                         const std::string& codigo) override;
+  std::shared_ptr<Objeto> EntidadDOCUMENTO(const std::string& tipoDoc,
+                                           std::int32_t numero) override;
+
+ private:
+  std::shared_ptr<SqliteFactoria> host_;
+};
+
+// A related document as the embedded host knows it: its type and number.
+class DocumentoHost : public Objeto {
+ public:
+  DocumentoHost(std::string tipo, std::int32_t numero) : tipo(std::move(tipo)), numero(numero) {}
+  std::string tipo;
+  std::int32_t numero;
+};
+
+// The procedures the program registered on the host.
+class PosExtSqlite : public PosExt {
+ public:
+  explicit PosExtSqlite(std::shared_ptr<SqliteFactoria> host) : host_(std::move(host)) {}
+  Variant Run(const std::string& procedimiento, std::vector<Variant>& argumentos) override;
+
+ private:
+  std::shared_ptr<SqliteFactoria> host_;
+};
+
+}  // namespace caja

@@ -1,0 +1,18 @@
+# Installs the Debian packages the build needs, once, when any is missing.
+# Sourced by scripts/test and scripts/demo.
+
+CAJA_PAQUETES=(cmake ninja-build g++ pkg-config qt6-base-dev libsqlite3-dev libgtest-dev libgmock-dev
+  libbenchmark-dev xvfb xauth clang-format)
+
+caja_instalar_dependencias() {
+  local faltan=()
+  for p in "${CAJA_PAQUETES[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || faltan+=("$p")
+  done
+  [ ${#faltan[@]} -eq 0 ] && return 0
+  echo "Instalando: ${faltan[*]}"
+  local sudo=""
+  [ "$(id -u)" -ne 0 ] && sudo="sudo"
+  $sudo apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${faltan[@]}"
+}

@@ -1,0 +1,55 @@
+#include "service/CServiciosCaja.h"
+
+#include "base/Conversiones.h"
+#include "base/Decimal.h"
+#include "service/DialogosCaja.h"
+#include "service/General.h"
+#include "service/HostUtil.h"
+
+namespace caja {
+
+namespace {
+
+std::shared_ptr<DialogosCaja>& dialogosInstalados() {
+  static std::shared_ptr<DialogosCaja> dialogos;
+  return dialogos;
+}
+
+}  // namespace
+
+DialogosCaja& dialogosCaja() {
+  if (!dialogosInstalados()) throw errorEjecucion(err::kObjetoNoEstablecido);
+  return *dialogosInstalados();
+}
+
+void setDialogosCaja(std::shared_ptr<DialogosCaja> dialogos) {
+  dialogosInstalados() = std::move(dialogos);
+}
+
+CServiciosCaja::CServiciosCaja() { hostUtil().EstablecerTitulo("Varelta"); }
+
+std::shared_ptr<CVarelta> CServiciosCaja::Varelta(const Variant& MontoVenta,
+                                                  const Variant& MontoIVA,
+                                                  const Variant& MontoCredito,
+                                                  const std::string& sTitulo) {
+  return dialogosCaja().Cobrar(
+      sTitulo, RedondearMonto(MontoVenta, 2), RedondearMonto(MontoIVA, 2),
+      RedondearMonto(MontoCredito, 2),
+      [this](Currency& monto, bool& aplicar) { frm_Aplicar2602(monto, aplicar); });
+}
+
+void CServiciosCaja::DefinirMediosPago() { dialogosCaja().DefinirMediosPago(); }
+
+void CServiciosCaja::Init(const Variant& /*Handle*/, const std::shared_ptr<Factoria>& Factoria) {
+  InicializarEntorno(Factoria);
+}
+
+void CServiciosCaja::frm_Aplicar2602(Currency& Monto, bool& Aplicar) {
+  if (Listener2602) Listener2602->Aplicar2602(Monto, Aplicar);
+}
+
+Currency RedondearMonto(const Variant& valor, std::int16_t decimales) {
+  return toDecimal(valor).shifted(decimales).roundedHalfUp(0).shifted(-2).toCurrency();
+}
+
+}  // namespace caja

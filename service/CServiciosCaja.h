@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "base/Currency.h"
+#include "base/Variant.h"
+#include "service/Factoria.h"
+
+namespace caja {
+
+class CVarelta;
+
+// What a host sets as `Listener2602` to hear of a tax change in the collection
+// dialog. It may change `Monto`, and set `Aplicar` to refuse the change.
+class Listener2602Host : public Objeto {
+ public:
+  virtual void Aplicar2602(Currency& Monto, bool& Aplicar) = 0;
+};
+
+// The component's entry point: a host creates one, calls `Init` once and then
+// `Varelta` for each sale.
+class CServiciosCaja {
+ public:
+  // Gives the host suite's application the title "Varelta".
+  CServiciosCaja();
+
+  std::shared_ptr<Listener2602Host> Listener2602;
+
+  // One collection: the three amounts rounded to cents, the dialog shown
+  // modally; the filled movement, or nullptr when the cashier cancels. The
+  // caller saves the movement; this class never does.
+  std::shared_ptr<CVarelta> Varelta(const Variant& MontoVenta, const Variant& MontoIVA,
+                                    const Variant& MontoCredito, const std::string& sTitulo);
+  void DefinirMediosPago();
+  // `Handle` is accepted and not used: every access goes through `Factoria`.
+  void Init(const Variant& Handle, const std::shared_ptr<Factoria>& Factoria);
+
+ private:
+  void frm_Aplicar2602(Currency& Monto, bool& Aplicar);
+};
+
+// Int(valor × 10^decimales + 0.5) ÷ 100 on the exact decimal value. The
+// divisor is a fixed 100, not 10^decimales: intended, as 2 is the only
+// precision used. Halves of positive amounts go up, of negative ones toward zero.
+Currency RedondearMonto(const Variant& valor, std::int16_t decimales);
+
+}  // namespace caja

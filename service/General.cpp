@@ -1,0 +1,79 @@
+#include "service/General.h"
+
+#include "base/Conversiones.h"
+#include "base/Formato.h"
+#include "service/Settings.h"
+
+namespace caja {
+
+std::shared_ptr<Factoria> gFactoria;
+std::shared_ptr<TemaUI> gTemaUI;
+std::shared_ptr<Empresa> gEmpresa;
+std::string gFormatoMEX;
+
+Factoria& factoria() {
+  if (!gFactoria) throw errorEjecucion(err::kObjetoNoEstablecido);
+  return *gFactoria;
+}
+
+void InicializarEntorno(const std::shared_ptr<Factoria>& host) {
+  gFactoria = host;
+  gTemaUI = factoria().TemaUI();
+  try {
+    gEmpresa = crearObjeto<Empresa>(*gFactoria, "Empresa");
+    gFormatoMEX = gEmpresa->FormatoMEX();
+  } catch (const std::exception&) {
+    gFormatoMEX = kFormatoMEXPorDefecto;
+  }
+}
+
+double ObtenerTipoCambioCaja() {
+  const double tasa = factoria().TipoCambioCaja();
+  return tasa == 0.0 ? 1.0 : tasa;
+}
+
+double ObtenerPorcentajeIGTF() {
+  auto empresa = crearObjeto<Empresa>(factoria(), "Empresa");
+  const Variant especial = empresa->ContribuyenteEspecial();
+  if (especial.isNull() || !CBool(especial)) return 0.0;
+  try {
+    return empresa->porcentajeIGTF456();
+  } catch (const std::exception&) {
+    return 0.0;
+  }
+}
+
+std::string LeerSimboloMEX() {
+  return CStr(lmGetSetting(kAppZOR, kSeccionVarelta, "SimboloMEX", "$"));
+}
+
+std::shared_ptr<Objeto> CargarIconoArchivo(const std::string& archivo) {
+  return factoria().loadFileIcon(archivo);
+}
+
+namespace {
+
+// Int(monto / paso + 0.5) * paso on the exact amounts: the nearest multiple
+// of the step, halves up.
+Currency multiploMasCercano(Currency monto, Currency paso) {
+  const __int128 m = monto.raw();
+  const __int128 p = paso.raw();
+  __int128 numerador = 2 * m + p;
+  const __int128 divisor = 2 * p;
+  __int128 cociente = numerador / divisor;
+  if (numerador % divisor != 0 && numerador < 0) --cociente;
+  const __int128 resultado = cociente * p;
+  if (resultado > INT64_MAX || resultado < INT64_MIN) throw errorEjecucion(err::kDesbordamiento);
+  return Currency::fromRaw(static_cast<std::int64_t>(resultado));
+}
+
+}  // namespace
+
+std::string FormatearVuelto(const Variant& monto) {
+  const Currency paso =
+      lmGetSettingCur(kAppZOR, kSeccionVarelta, "RedondeoVuelto", Currency::fromRaw(100));
+  const Currency valor = paso <= Currency{} ? CCur(monto) : multiploMasCercano(CCur(monto), paso);
+  return Format(Variant(valor), kFormatoMoneda);
+}
+
+}  // namespace caja
