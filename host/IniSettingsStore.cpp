@@ -100,7 +100,15 @@ std::string desescapar(const std::string& valor) {
   return r;
 }
 
-fs::path archivoDe(const std::string& dir, const std::string& app) { return fs::path(dir) / (app + ".ini"); }
+// The application's file in `dir`; its name, like everything else in the
+// store, ignores letter case.
+fs::path archivoDe(const std::string& dir, const std::string& app) {
+  const std::string nombre = app + ".ini";
+  std::error_code ec;
+  for (fs::directory_iterator it(dir, ec), fin; !ec && it != fin; it.increment(ec))
+    if (equalsIgnoreCase(it->path().filename().string(), nombre)) return it->path();
+  return fs::path(dir) / nombre;
+}
 
 void escribir(const fs::path& ruta, const Archivo& a) {
   fs::create_directories(ruta.parent_path());

@@ -5,21 +5,13 @@
 #include <cstdint>
 #include <limits>
 
-#include "base/CajaError.h"
+#include "tests/support/Ayudas.h"
 
 namespace caja {
 namespace {
 
-Currency cur(const char* texto) { return Currency::parse(texto).value(); }
-
-long numeroError(void (*f)()) {
-  try {
-    f();
-  } catch (const CajaError& e) {
-    return e.number();
-  }
-  return 0;
-}
+using test::cur;
+using test::numeroError;
 
 TEST(Currency, ParsesMachineTextExactly) {
   EXPECT_EQ(cur("12.37").raw(), 123700);

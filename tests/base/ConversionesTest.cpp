@@ -1,0 +1,115 @@
+#include "base/Conversiones.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/Ayudas.h"
+
+namespace caja {
+namespace {
+
+using test::cur;
+using test::numeroError;
+
+TEST(CLng, RoundsHalvesToEven) {
+  const struct {
+    double valor;
+    std::int32_t esperado;
+  } casos[] = {{2.5, 2}, {3.5, 4}, {-2.5, -2}, {-3.5, -4}, {2.5000001, 3}, {-2147483648.5, -2147483648}};
+  for (const auto& c : casos) {
+    SCOPED_TRACE(c.valor);
+    EXPECT_EQ(CLng(Variant(c.valor)), c.esperado);
+  }
+  EXPECT_EQ(CLng(Variant(cur("2.5"))), 2);
+  EXPECT_EQ(CLng(Variant("3.5")), 4);
+}
+
+TEST(CLng, RangeNullAndTextErrors) {
+  EXPECT_EQ(numeroError([] { CLng(Variant(2147483647.5)); }), 6);
+  EXPECT_EQ(numeroError([] { CLng(Variant(-2147483649.0)); }), 6);
+  EXPECT_EQ(numeroError([] { CLng(Variant::Null()); }), 94);
+  EXPECT_EQ(numeroError([] { CLng(Variant("abc")); }), 13);
+  EXPECT_EQ(CLng(Variant()), 0);
+  EXPECT_EQ(CLng(Variant(true)), -1);
+  EXPECT_EQ(CLng(Variant(2147483647.0)), 2147483647);
+}
+
+TEST(CInt, SixteenBitBoundaries) {
+  EXPECT_EQ(CInt(Variant(32766.5)), 32766);
+  EXPECT_EQ(CInt(Variant(-32768.5)), -32768);
+  EXPECT_EQ(numeroError([] { CInt(Variant(32767.5)); }), 6);
+  EXPECT_EQ(numeroError([] { CInt(Variant("40000")); }), 6);
+}
+
+TEST(CCur, RoundsTheFifthDecimalHalfToEven) {
+  EXPECT_EQ(CCur(Variant("0.00005")), cur("0"));
+  EXPECT_EQ(CCur(Variant("0.00015")), cur("0.0002"));
+  EXPECT_EQ(CCur(Variant("-0.00025")), cur("-0.0002"));
+  EXPECT_EQ(CCur(Variant("1,234.56789")), cur("1234.5679"));
+  EXPECT_EQ(CCur(1.0 / 3.0), cur("0.3333"));
+  EXPECT_EQ(CCur(-2.0 / 3.0), cur("-0.6667"));
+  EXPECT_EQ(CCur(Variant(true)), cur("-1"));
+}
+
+TEST(CCur, OverflowRaisesSix) {
+  EXPECT_EQ(numeroError([] { CCur(1e15); }), 6);
+  EXPECT_EQ(numeroError([] { CCur(Variant("922337203685477.58075")); }), 6);
+  EXPECT_EQ(CCur(Variant("922337203685477.58065")), cur("922337203685477.5806"));
+}
+
+TEST(CDblAndCBool, TextForms) {
+  EXPECT_EQ(CDbl(Variant("1.5e3")), 1500.0);
+  EXPECT_EQ(CDbl(Variant(" -2.25 ")), -2.25);
+  EXPECT_EQ(numeroError([] { CDbl(Variant("1e400")); }), 6);
+  EXPECT_TRUE(CBool(Variant("True")));
+  EXPECT_FALSE(CBool(Variant("falso")));
+  EXPECT_FALSE(CBool(Variant("0")));
+  EXPECT_TRUE(CBool(Variant("-1")));
+  EXPECT_FALSE(CBool(Variant()));
+  EXPECT_EQ(numeroError([] { CBool(Variant("abc")); }), 13);
+  EXPECT_EQ(numeroError([] { CBool(Variant::Null()); }), 94);
+}
+
+TEST(CStr, HostLanguageTextForms) {
+  EXPECT_EQ(CStr(Variant(cur("1234.50"))), "1234.5");
+  EXPECT_EQ(CStr(Variant(0.1 + 0.2)), "0.3");
+  EXPECT_EQ(CStr(Variant(1e20)), "1E+20");
+  EXPECT_EQ(CStr(Variant(0.00001)), "1E-05");
+  EXPECT_EQ(CStr(Variant(true)), "True");
+  EXPECT_EQ(CStr(Variant()), "");
+  EXPECT_EQ(numeroError([] { CStr(Variant::Null()); }), 94);
+}
+
+TEST(Conversiones, FollowTheRegionalSeparators) {
+  test::RegionalTemporal coma({',', '.', "Bs. #,##0.00"});
+  EXPECT_EQ(CStr(Variant(cur("1234.5"))), "1234,5");
+  EXPECT_EQ(CCur(Variant("1.234,5")), cur("1234.5"));
+  // With ',' as decimal separator a '.' is a group separator.
+  EXPECT_EQ(CCur(Variant("5.5")), cur("55"));
+}
+
+TEST(Val, ReadsDotDecimalsAndStopsAtTheFirstOtherCharacter) {
+  const struct {
+    const char* texto;
+    double esperado;
+  } casos[] = {{"  12 34.5xyz", 1234.5}, {"-1.2.3", -1.2}, {"", 0.0},  {"abc", 0.0},
+               {"+7", 7.0},              {"1e3", 1.0},    {"1-2", 1.0}, {"1234,5", 1234.0}};
+  for (const auto& c : casos) {
+    SCOPED_TRACE(c.texto);
+    EXPECT_EQ(Val(c.texto), c.esperado);
+  }
+}
+
+TEST(Val, IgnoresTheRegionalSeparator) {
+  test::RegionalTemporal coma({',', '.', "Bs. #,##0.00"});
+  EXPECT_EQ(Val("1234,5"), 1234.0);
+  EXPECT_EQ(Val("1234.5"), 1234.5);
+}
+
+TEST(Int, FloorsNegatives) {
+  EXPECT_EQ(Int(2.5), 2.0);
+  EXPECT_EQ(Int(-2.5), -3.0);
+  EXPECT_EQ(Int(-2.0), -2.0);
+}
+
+}  // namespace
+}  // namespace caja

@@ -1,0 +1,95 @@
+#include "host/IniSettingsStore.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "base/Conversiones.h"
+
+#include "tests/support/Ayudas.h"
+
+namespace caja {
+namespace {
+
+using test::cur;
+
+class IniSettings : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::filesystem::create_directories(instalacion());
+    store_ = std::make_shared<IniSettingsStore>(instalacion().string(), usuario().string());
+    setSettingsStore(store_);
+  }
+  void TearDown() override { setSettingsStore(nullptr); }
+
+  std::filesystem::path instalacion() const { return carpeta_.ruta() / "instalacion"; }
+  std::filesystem::path usuario() const { return carpeta_.ruta() / "usuario"; }
+  void escribirIni(const std::string& contenido) {
+    std::ofstream(instalacion() / "ZOR.ini", std::ios::binary) << contenido;
+  }
+
+  test::CarpetaTemporal carpeta_;
+  std::shared_ptr<IniSettingsStore> store_;
+};
+
+TEST_F(IniSettings, InstallationFileWinsAndAnEmptyValueFallsThrough) {
+  escribirIni("[frmVarelta]\nAutoFill = 1\nSimboloMEX=\n");
+  store_->SaveSetting("ZOR", "frmVarelta", "AutoFill", "0");
+  store_->SaveSetting("ZOR", "frmVarelta", "SimboloMEX", "US$");
+  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "AutoFill", "0")), "1");
+  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "SimboloMEX", "$")), "US$");
+  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "CodigoMEX", "USD")), "USD");
+}
+
+TEST_F(IniSettings, CurrencyAcceptsCommaOrDot) {
+  escribirIni("[frmVarelta]\nTolerancia=5,5\nRedondeoVuelto=5.5\nMaximaUnidadMonetaria=mucho\n");
+  EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "Tolerancia", cur("0")), cur("5.5"));
+  EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "RedondeoVuelto", cur("0.01")), cur("5.5"));
+  EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "MaximaUnidadMonetaria", cur("10000")),
+            cur("10000"));
+}
+
+TEST_F(IniSettings, BooleanThatDoesNotConvertGivesTheDefault) {
+  escribirIni("[frmVarelta]\nExcluirIVAIGTF=abc\nResaltarVuelto=True\n[Config]\nIVA2602=-1\n");
+  EXPECT_TRUE(lmGetSettingBool("ZOR", "frmVarelta", "ExcluirIVAIGTF", true));
+  EXPECT_FALSE(lmGetSettingBool("ZOR", "frmVarelta", "ExcluirIVAIGTF", false));
+  EXPECT_TRUE(lmGetSettingBool("ZOR", "frmVarelta", "ResaltarVuelto", false));
+  EXPECT_TRUE(lmGetSettingBool("ZOR", "CONFIG", "iva2602", false));
+}
+
+TEST_F(IniSettings, MalformedOrMissingFilesGiveDefaults) {
+  escribirIni(std::string("\x01\x02garbage\n[frmVarelta\n=sin clave\n\0\xff", 24));
+  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "AutoFill", "0")), "0");
+  EXPECT_EQ(CStr(lmGetSetting("Nubetral", "General", "MachineID", "0")), "0");
+}
+
+TEST_F(IniSettings, InstallValueIsCutAtTheReaderBuffer) {
+  escribirIni("[frmVarelta]\nnombreIVA=" + std::string(1500, 'x') + "\n");
+  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "nombreIVA", "")).size(), 1023u);
+}
+
+TEST_F(IniSettings, SavedMultiLineValuesReadBackWholeFromANewStore) {
+  const std::string linea = "<DIC>\r\nEFE\r\n10.5\r\nC:\\tmp\r\n<DIC/>\r\n";
+  store_->SaveSetting("ZOR", "frmVarelta\\Detalles", "1", linea);
+  store_->SaveSetting("ZOR", "frmVarelta\\Detalles", "2", "otra");
+  store_->SaveSetting("ZOR", "frmVarelta", "AutoFill", "1");
+  IniSettingsStore otro(instalacion().string(), usuario().string());
+  const auto pares = otro.GetAllSettings("zor", "FRMVARELTA\\detalles");
+  ASSERT_TRUE(pares.has_value());
+  ASSERT_EQ(pares->size(), 2u);
+  EXPECT_EQ((*pares)[0].second, linea);
+  EXPECT_EQ((*pares)[1], (std::pair<std::string, std::string>{"2", "otra"}));
+  EXPECT_FALSE(otro.GetAllSettings("ZOR", "NoExiste").has_value());
+  EXPECT_FALSE(std::filesystem::exists(usuario() / "ZOR.ini.tmp"));
+}
+
+TEST_F(IniSettings, SaveReplacesTheValueInPlace) {
+  store_->SaveSetting("ZOR", "CONFIG\\FormPlacement\\frmVarelta", "Left", "10");
+  store_->SaveSetting("ZOR", "config\\formplacement\\FRMVARELTA", "LEFT", "20");
+  EXPECT_EQ(store_->GetSetting("ZOR", "CONFIG\\FormPlacement\\frmVarelta", "Left", "-100"), "20");
+  const auto pares = store_->GetAllSettings("ZOR", "CONFIG\\FormPlacement\\frmVarelta");
+  EXPECT_EQ(pares->size(), 1u);
+}
+
+}  // namespace
+}  // namespace caja

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "base/CajaError.h"
+#include "base/Currency.h"
+#include "base/Regional.h"
+
+namespace caja::test {
+
+// A currency from its machine text; the test's own literal.
+inline Currency cur(const char* texto) { return Currency::parse(texto).value(); }
+
+// The number of the CajaError `f` raises, or 0 when it raises none.
+inline long numeroError(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const CajaError& e) {
+    return e.number();
+  }
+  return 0;
+}
+
+// Sets the regional settings for one test and puts the defaults back after.
+class RegionalTemporal {
+ public:
+  explicit RegionalTemporal(const Regional& valor) { setRegional(valor); }
+  ~RegionalTemporal() { setRegional(Regional{}); }
+};
+
+// A fresh folder under the system's temporary directory, removed afterwards.
+class CarpetaTemporal {
+ public:
+  CarpetaTemporal();
+  ~CarpetaTemporal();
+  const std::filesystem::path& ruta() const { return ruta_; }
+
+ private:
+  std::filesystem::path ruta_;
+};
+
+}  // namespace caja::test
