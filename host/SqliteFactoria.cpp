@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <limits>
+#include <memory>
 
 #include "base/CajaError.h"
 #include "base/Conversiones.h"
@@ -104,34 +105,35 @@ Variant leerColumna(sqlite3_stmt* st, int i) {
 
 }  // namespace
 
-// A prepared statement with its values bound; finalized on destruction.
+// A prepared statement with its values bound; finalized on destruction, also
+// when binding fails part-way.
 class SqliteFactoria::Sentencia {
  public:
   Sentencia(SqliteFactoria& host, const std::string& sql, const Argumentos& args) : host_(host) {
     const std::string texto = reescribir(sql);
     const char* resto = nullptr;
-    if (sqlite3_prepare_v2(host_.db_, texto.c_str(), static_cast<int>(texto.size()), &st_,
-                           &resto) != SQLITE_OK)
-      host_.fallar();
+    sqlite3_stmt* st = nullptr;
+    const int rc =
+        sqlite3_prepare_v2(host_.db_, texto.c_str(), static_cast<int>(texto.size()), &st, &resto);
+    st_.reset(st);
+    if (rc != SQLITE_OK) host_.fallar();
     if (resto && std::string_view(resto).find_first_not_of(" \t\r\n;") != std::string_view::npos) {
       throw CajaError(kErrorBaseDatos, kFuente, "Solo se admite una sentencia por llamada");
     }
-    const int marcas = sqlite3_bind_parameter_count(st_);
+    const int marcas = sqlite3_bind_parameter_count(st);
     if (static_cast<std::size_t>(marcas) > args.size()) {
       throw CajaError(kErrorBaseDatos, kFuente,
                       "Faltan valores para uno o mas parametros requeridos");
     }
     for (int i = 0; i < marcas; ++i) enlazar(i + 1, args[static_cast<std::size_t>(i)]);
   }
-  ~Sentencia() { sqlite3_finalize(st_); }
-
   bool paso() {
-    const int rc = sqlite3_step(st_);
+    const int rc = sqlite3_step(st_.get());
     if (rc == SQLITE_ROW) return true;
     if (rc != SQLITE_DONE) host_.fallar();
     return false;
   }
-  sqlite3_stmt* st() const { return st_; }
+  sqlite3_stmt* st() const { return st_.get(); }
 
  private:
   void enlazar(int i, const Variant& v) {
@@ -139,31 +141,31 @@ class SqliteFactoria::Sentencia {
     switch (v.type()) {
       case VarType::Empty:
       case VarType::Null:
-        rc = sqlite3_bind_null(st_, i);
+        rc = sqlite3_bind_null(st_.get(), i);
         break;
       case VarType::Boolean:
-        rc = sqlite3_bind_int(st_, i, v.asBool() ? 1 : 0);
+        rc = sqlite3_bind_int(st_.get(), i, v.asBool() ? 1 : 0);
         break;
       case VarType::Integer:
-        rc = sqlite3_bind_int(st_, i, v.asInteger());
+        rc = sqlite3_bind_int(st_.get(), i, v.asInteger());
         break;
       case VarType::Long:
-        rc = sqlite3_bind_int(st_, i, v.asLong());
+        rc = sqlite3_bind_int(st_.get(), i, v.asLong());
         break;
       case VarType::Double:
-        rc = sqlite3_bind_double(st_, i, v.asDouble());
+        rc = sqlite3_bind_double(st_.get(), i, v.asDouble());
         break;
       case VarType::Currency:
-        rc = sqlite3_bind_double(st_, i, v.asCurrency().toDouble());
+        rc = sqlite3_bind_double(st_.get(), i, v.asCurrency().toDouble());
         break;
       case VarType::Date: {
         const std::string texto = v.asDate().toIsoText();
-        rc = sqlite3_bind_text(st_, i, texto.c_str(), static_cast<int>(texto.size()),
+        rc = sqlite3_bind_text(st_.get(), i, texto.c_str(), static_cast<int>(texto.size()),
                                SQLITE_TRANSIENT);
         break;
       }
       case VarType::String:
-        rc = sqlite3_bind_text(st_, i, v.asString().c_str(), static_cast<int>(v.asString().size()),
+        rc = sqlite3_bind_text(st_.get(), i, v.asString().c_str(), static_cast<int>(v.asString().size()),
                                SQLITE_TRANSIENT);
         break;
       case VarType::Object:
@@ -173,7 +175,7 @@ class SqliteFactoria::Sentencia {
   }
 
   SqliteFactoria& host_;
-  sqlite3_stmt* st_ = nullptr;
+  std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> st_{nullptr, sqlite3_finalize};
 };
 
 std::shared_ptr<SqliteFactoria> SqliteFactoria::Abrir(const std::string& archivo) {

@@ -5,6 +5,7 @@
 #include "service/DialogosCaja.h"
 #include "service/General.h"
 #include "service/HostUtil.h"
+#include "service/Settings.h"
 
 namespace caja {
 
@@ -42,6 +43,22 @@ void CServiciosCaja::DefinirMediosPago() { dialogosCaja().DefinirMediosPago(); }
 
 void CServiciosCaja::Init(const Variant& /*Handle*/, const std::shared_ptr<Factoria>& Factoria) {
   InicializarEntorno(Factoria);
+}
+
+std::shared_ptr<Collection<CDetalleIngreso>> CServiciosCaja::DetallesEnRegistro() {
+  auto lineas = std::make_shared<Collection<CDetalleIngreso>>();
+  try {
+    const auto pares = settingsStore().GetAllSettings(kAppZOR, "frmVarelta\\Detalles");
+    if (!pares) return lineas;
+    for (const auto& [clave, valor] : *pares) {
+      auto linea = std::make_shared<CDetalleIngreso>();
+      linea->Deserialize(valor);
+      lineas->Add(linea);
+    }
+  } catch (const std::exception&) {
+    // Intended: the lines read before the first error are the answer.
+  }
+  return lineas;
 }
 
 void CServiciosCaja::frm_Aplicar2602(Currency& Monto, bool& Aplicar) {

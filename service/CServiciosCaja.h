@@ -4,8 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "base/Collection.h"
 #include "base/Currency.h"
 #include "base/Variant.h"
+#include "movement/CDetalleIngreso.h"
 #include "service/Factoria.h"
 
 namespace caja {
@@ -36,6 +38,10 @@ class CServiciosCaja {
   void DefinirMediosPago();
   // `Handle` is accepted and not used: every access goes through `Factoria`.
   void Init(const Variant& Handle, const std::shared_ptr<Factoria>& Factoria);
+  // The payment lines the collection dialog kept in section
+  // "frmVarelta\Detalles"; never nullptr, never raises: reading stops at the
+  // first error with the lines read so far.
+  std::shared_ptr<Collection<CDetalleIngreso>> DetallesEnRegistro();
 
  private:
   void frm_Aplicar2602(Currency& Monto, bool& Aplicar);

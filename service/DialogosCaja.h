@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -25,6 +26,9 @@ class DialogosCaja {
                                            Aplicar2602 alCambiarIVA) = 0;
   // Shows the payment-method administration dialog.
   virtual void DefinirMediosPago() = 0;
+  // Runs the administration dialog modally on a new code; the dialog may
+  // change `contexto` (0 when nothing was registered).
+  virtual void DefinirMedioPagoNuevo(const std::string& codigo, std::int16_t& contexto) = 0;
 };
 
 // The installed dialogs; error 91 when no dialogs layer has been installed.

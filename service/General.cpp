@@ -10,6 +10,7 @@ std::shared_ptr<Factoria> gFactoria;
 std::shared_ptr<TemaUI> gTemaUI;
 std::shared_ptr<Empresa> gEmpresa;
 std::string gFormatoMEX;
+std::shared_ptr<Collection<CMedioPago>> gMediosPago;
 
 Factoria& factoria() {
   if (!gFactoria) throw errorEjecucion(err::kObjetoNoEstablecido);
@@ -45,6 +46,29 @@ double ObtenerPorcentajeIGTF() {
 
 std::string LeerSimboloMEX() {
   return CStr(lmGetSetting(kAppZOR, kSeccionVarelta, "SimboloMEX", "$"));
+}
+
+std::shared_ptr<CMedioPago> ObtenerMedioPago(std::string& codigo) {
+  if (!gMediosPago) gMediosPago = std::make_shared<Collection<CMedioPago>>();
+  if (auto enCache = gMediosPago->Find(codigo)) return enCache;
+  auto medio = std::make_shared<CMedioPago>();
+  if (codigo != "EFE") {
+    if (!medio->load(codigo)) return nullptr;
+  } else {
+    medio->codigo = "EFE";
+    medio->Clase = ClaseIngresoSesion::Efectivo;
+    medio->tipoCambio(1.0);
+    medio->Atributos = 0;
+  }
+  gMediosPago->Add(medio, codigo);
+  return medio;
+}
+
+std::int32_t EsMedioEfectivo(const CMedioPago& medio) {
+  // The comparisons are True (-1) or False (0), OR-ed with the whole bit set.
+  const std::int32_t esME = medio.Clase == ClaseIngresoSesion::EfectivoME ? -1 : 0;
+  const std::int32_t esEfectivo = medio.Clase == ClaseIngresoSesion::Efectivo ? -1 : 0;
+  return esME | esEfectivo | medio.Atributos;
 }
 
 std::shared_ptr<Objeto> CargarIconoArchivo(const std::string& archivo) {

@@ -3,8 +3,10 @@
 #include <memory>
 #include <string>
 
+#include "base/Collection.h"
 #include "base/Currency.h"
 #include "base/Variant.h"
+#include "catalog/CMedioPago.h"
 #include "service/Factoria.h"
 
 namespace caja {
@@ -15,6 +17,8 @@ extern std::shared_ptr<Factoria> gFactoria;
 extern std::shared_ptr<TemaUI> gTemaUI;
 extern std::shared_ptr<Empresa> gEmpresa;
 extern std::string gFormatoMEX;
+// Payment methods by code (letter case ignored): created on first use, never emptied.
+extern std::shared_ptr<Collection<CMedioPago>> gMediosPago;
 
 inline constexpr const char* kFormatoMEXPorDefecto = "$#,##0.00";
 
@@ -30,6 +34,13 @@ double ObtenerTipoCambioCaja();
 // The IGTF percentage when the company is a special taxpayer, else 0.
 double ObtenerPorcentajeIGTF();
 std::string LeerSimboloMEX();
+// The method of a code through the cache. "EFE" is built in, without a table
+// row; an unknown code gives nullptr and is not cached, so it is looked up again.
+std::shared_ptr<CMedioPago> ObtenerMedioPago(std::string& codigo);
+// Whether a method reaches the drawer: foreign cash, national cash, or any
+// attribute bit at all. The bare `Atributos` term is intended; the cash
+// movement uses a narrower rule of its own. Non-zero means true.
+std::int32_t EsMedioEfectivo(const CMedioPago& medio);
 std::shared_ptr<Objeto> CargarIconoArchivo(const std::string& archivo);
 // An amount of change rounded to the step "RedondeoVuelto" (halves up) and
 // written in the "Currency" format.

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "service/CNotifTrans.h"
-#include "service/DialogosCaja.h"
 #include "tests/support/Ayudas.h"
+#include "tests/support/DialogosFalsos.h"
 #include "tests/support/HostUtilGuion.h"
 
 namespace caja {
@@ -33,25 +33,6 @@ TEST(RedondearMonto, DividesByAFixedHundred) {
   EXPECT_EQ(RedondearMonto(Variant(cur("10.5")), 0), cur("0.11"));
 }
 
-class DialogosFalsos : public DialogosCaja {
- public:
-  std::string titulo;
-  Currency venta, iva, credito;
-  Currency montoNotificado = cur("7");
-  bool cancelado = false;
-
-  std::shared_ptr<CVarelta> Cobrar(const std::string& t, Currency v, Currency i, Currency c,
-                                   Aplicar2602 alCambiarIVA) override {
-    titulo = t;
-    venta = v;
-    iva = i;
-    credito = c;
-    alCambiarIVA(montoNotificado, cancelado);
-    return nullptr;
-  }
-  void DefinirMediosPago() override {}
-};
-
 class Oyente : public Listener2602Host {
  public:
   void Aplicar2602(Currency& Monto, bool& Aplicar) override {
@@ -69,7 +50,7 @@ TEST(CServiciosCaja, CreationTitlesTheApplication) {
 }
 
 TEST(CServiciosCaja, VareltaRoundsTheAmountsAndRelaysTheTaxChange) {
-  auto dialogos = std::make_shared<DialogosFalsos>();
+  auto dialogos = std::make_shared<test::DialogosFalsos>();
   setDialogosCaja(dialogos);
   CServiciosCaja servicios;
   EXPECT_EQ(servicios.Varelta(Variant(100.005), Variant(cur("16.0049")), Variant(), "Venta 1"),

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/Currency.h"
+#include "base/Objeto.h"
+
+namespace caja {
+
+// Notes or coins of one denomination counted in a payment line.
+class CDetalleDenominacion : public Objeto {
+ public:
+  std::int32_t Id = 0;
+  std::int32_t idDetalle = 0;
+  Currency Denominacion;
+  std::int16_t CantidadRecibida = 0;
+
+  Currency valor() const { return Denominacion * CantidadRecibida; }
+};
+
+}  // namespace caja
