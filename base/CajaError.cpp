@@ -36,6 +36,8 @@ const char* textoError(long number) {
 
 }  // namespace
 
-CajaError errorEjecucion(long number) { return CajaError(number, "caja", textoError(number)); }
+CajaError errorEjecucion(long number) {
+  return CajaError(number, "caja", textoError(number));
+}
 
 }  // namespace caja

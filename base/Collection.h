@@ -26,17 +26,20 @@ class Collection : public Objeto {
   using Elemento = std::shared_ptr<T>;
 
   void Add(Elemento item, const std::string& key = {}) {
-    if (!key.empty() && buscar(key) != entradas_.end()) throw errorEjecucion(err::kClaveDuplicada);
+    if (!key.empty() && buscar(key) != entradas_.end())
+      throw errorEjecucion(err::kClaveDuplicada);
     entradas_.push_back({lowerAscii(key), std::move(item)});
   }
 
   const Elemento& Item(long indice) const {
-    if (indice < 1 || indice > Count()) throw errorEjecucion(err::kLlamadaInvalida);
+    if (indice < 1 || indice > Count())
+      throw errorEjecucion(err::kLlamadaInvalida);
     return entradas_[static_cast<std::size_t>(indice - 1)].item;
   }
   const Elemento& Item(const std::string& key) const {
     auto it = buscar(key);
-    if (it == entradas_.end()) throw errorEjecucion(err::kLlamadaInvalida);
+    if (it == entradas_.end())
+      throw errorEjecucion(err::kLlamadaInvalida);
     return it->item;
   }
   // The lookup a caller would guard with an error handler: nullptr when absent.
@@ -51,7 +54,8 @@ class Collection : public Objeto {
   }
   void Remove(const std::string& key) {
     auto it = buscar(key);
-    if (it == entradas_.end()) throw errorEjecucion(err::kLlamadaInvalida);
+    if (it == entradas_.end())
+      throw errorEjecucion(err::kLlamadaInvalida);
     entradas_.erase(it);
   }
 
@@ -75,10 +79,12 @@ class Collection : public Objeto {
 
  private:
   typename Entradas::const_iterator buscar(const std::string& key) const {
-    if (key.empty()) return entradas_.end();
+    if (key.empty())
+      return entradas_.end();
     const std::string clave = lowerAscii(key);
     for (auto it = entradas_.begin(); it != entradas_.end(); ++it)
-      if (it->clave == clave) return it;
+      if (it->clave == clave)
+        return it;
     return entradas_.end();
   }
 

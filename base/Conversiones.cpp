@@ -13,15 +13,19 @@ namespace caja {
 
 namespace {
 
-[[noreturn]] void tiposNoCoinciden() { throw errorEjecucion(err::kTiposNoCoinciden); }
+[[noreturn]] void tiposNoCoinciden() {
+  throw errorEjecucion(err::kTiposNoCoinciden);
+}
 
 void rechazarNull(const Variant& v) {
-  if (v.isNull()) throw errorEjecucion(err::kUsoInvalidoNull);
+  if (v.isNull())
+    throw errorEjecucion(err::kUsoInvalidoNull);
 }
 
 Decimal decimalDeTexto(const std::string& texto) {
   auto d = Decimal::parseRegional(texto);
-  if (!d) tiposNoCoinciden();
+  if (!d)
+    tiposNoCoinciden();
   return *d;
 }
 
@@ -56,17 +60,21 @@ namespace {
 long long enteroEnRango(const Decimal& d, long long minimo, long long maximo) {
   const Decimal r = d.roundedHalfEven(0);
   const std::string entero = r.parteEntera();
-  if (entero.size() > 18) throw errorEjecucion(err::kDesbordamiento);
+  if (entero.size() > 18)
+    throw errorEjecucion(err::kDesbordamiento);
   long long valor = std::stoll(entero);
-  if (r.negativo) valor = -valor;
-  if (valor < minimo || valor > maximo) throw errorEjecucion(err::kDesbordamiento);
+  if (r.negativo)
+    valor = -valor;
+  if (valor < minimo || valor > maximo)
+    throw errorEjecucion(err::kDesbordamiento);
   return valor;
 }
 
 bool textoBooleano(const std::string& texto, bool& valor) {
   std::string t;
   for (char c : texto)
-    if (c != ' ') t += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (c != ' ')
+      t += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   if (t == "true" || t == "verdadero") {
     valor = true;
     return true;
@@ -80,7 +88,8 @@ bool textoBooleano(const std::string& texto, bool& valor) {
 
 std::string conSeparadorRegional(std::string texto) {
   for (char& c : texto)
-    if (c == '.') c = regional().separadorDecimal;
+    if (c == '.')
+      c = regional().separadorDecimal;
   return texto;
 }
 
@@ -99,18 +108,22 @@ std::string textoDouble(double d) {
 }  // namespace
 
 std::int32_t CLng(const Variant& v) {
-  return static_cast<std::int32_t>(enteroEnRango(toDecimal(v), std::numeric_limits<std::int32_t>::min(),
+  return static_cast<std::int32_t>(enteroEnRango(toDecimal(v),
+                                                 std::numeric_limits<std::int32_t>::min(),
                                                  std::numeric_limits<std::int32_t>::max()));
 }
 
 std::int16_t CInt(const Variant& v) {
-  return static_cast<std::int16_t>(enteroEnRango(toDecimal(v), std::numeric_limits<std::int16_t>::min(),
+  return static_cast<std::int16_t>(enteroEnRango(toDecimal(v),
+                                                 std::numeric_limits<std::int16_t>::min(),
                                                  std::numeric_limits<std::int16_t>::max()));
 }
 
 Currency CCur(const Variant& v) {
-  if (v.type() == VarType::Currency) return v.asCurrency();
-  if (v.type() == VarType::Double) return CCur(v.asDouble());
+  if (v.type() == VarType::Currency)
+    return v.asCurrency();
+  if (v.type() == VarType::Double)
+    return CCur(v.asDouble());
   return toDecimal(v).toCurrency();
 }
 
@@ -125,7 +138,8 @@ double CDbl(const Variant& v) {
       return v.asCurrency().toDouble();
     default: {
       const double d = toDecimal(v).toDouble();
-      if (!std::isfinite(d)) throw errorEjecucion(err::kDesbordamiento);
+      if (!std::isfinite(d))
+        throw errorEjecucion(err::kDesbordamiento);
       return d;
     }
   }
@@ -133,10 +147,12 @@ double CDbl(const Variant& v) {
 
 bool CBool(const Variant& v) {
   rechazarNull(v);
-  if (v.type() == VarType::Boolean) return v.asBool();
+  if (v.type() == VarType::Boolean)
+    return v.asBool();
   if (v.type() == VarType::String) {
     bool valor;
-    if (textoBooleano(v.asString(), valor)) return valor;
+    if (textoBooleano(v.asString(), valor))
+      return valor;
   }
   return !toDecimal(v).isZero();
 }
@@ -167,10 +183,12 @@ std::string CStr(const Variant& v) {
 
 Fecha CDate(const Variant& v) {
   rechazarNull(v);
-  if (v.type() == VarType::Date) return v.asDate();
+  if (v.type() == VarType::Date)
+    return v.asDate();
   if (v.type() == VarType::String) {
     Fecha f;
-    if (Fecha::parse(v.asString(), f)) return f;
+    if (Fecha::parse(v.asString(), f))
+      return f;
   }
   return Fecha(CDbl(v));
 }
@@ -186,14 +204,16 @@ Currency CCur(double d) {
 
 std::int32_t CLng(double d) {
   const double r = std::nearbyint(d);
-  if (!(r >= std::numeric_limits<std::int32_t>::min() && r <= std::numeric_limits<std::int32_t>::max()))
+  if (!(r >= std::numeric_limits<std::int32_t>::min() &&
+        r <= std::numeric_limits<std::int32_t>::max()))
     throw errorEjecucion(err::kDesbordamiento);
   return static_cast<std::int32_t>(r);
 }
 
 std::int16_t CInt(double d) {
   const double r = std::nearbyint(d);
-  if (!(r >= std::numeric_limits<std::int16_t>::min() && r <= std::numeric_limits<std::int16_t>::max()))
+  if (!(r >= std::numeric_limits<std::int16_t>::min() &&
+        r <= std::numeric_limits<std::int16_t>::max()))
     throw errorEjecucion(err::kDesbordamiento);
   return static_cast<std::int16_t>(r);
 }
@@ -204,12 +224,14 @@ double Val(std::string_view texto) {
   bool enFraccion = false;
   bool empezado = false;
   for (char c : texto) {
-    if (c == ' ' || c == '\t' || c == '\n' || c == '\r') continue;
+    if (c == ' ' || c == '\t' || c == '\n' || c == '\r')
+      continue;
     if ((c == '+' || c == '-') && !empezado) {
       valor.negativo = c == '-';
     } else if (c >= '0' && c <= '9') {
       valor.digitos += c;
-      if (enFraccion) ++valor.escala;
+      if (enFraccion)
+        ++valor.escala;
     } else if (c == '.' && !enFraccion) {
       enFraccion = true;
     } else {
@@ -220,6 +242,8 @@ double Val(std::string_view texto) {
   return valor.digitos.empty() ? 0.0 : valor.toDouble();
 }
 
-double Int(double d) { return std::floor(d); }
+double Int(double d) {
+  return std::floor(d);
+}
 
 }  // namespace caja

@@ -16,14 +16,18 @@ namespace {
 // component uses; they are clamped so that a hostile text cannot allocate much.
 constexpr int kExponenteMaximo = 400;
 
-bool esDigito(char c) { return c >= '0' && c <= '9'; }
+bool esDigito(char c) {
+  return c >= '0' && c <= '9';
+}
 
 // Keeps at least one digit before the point and no superfluous leading zeros.
 void normalizar(Decimal& d) {
-  while (static_cast<int>(d.digitos.size()) <= d.escala) d.digitos.insert(0, 1, '0');
+  while (static_cast<int>(d.digitos.size()) <= d.escala)
+    d.digitos.insert(0, 1, '0');
   const std::size_t maxQuitar = d.digitos.size() - static_cast<std::size_t>(d.escala) - 1;
   std::size_t quitar = 0;
-  while (quitar < maxQuitar && d.digitos[quitar] == '0') ++quitar;
+  while (quitar < maxQuitar && d.digitos[quitar] == '0')
+    ++quitar;
   d.digitos.erase(0, quitar);
 }
 
@@ -41,14 +45,16 @@ void incrementar(std::string& digitos) {
 enum class Empate { AlPar, LejosDeCero, HaciaArriba };
 
 Decimal redondear(const Decimal& d, int decimales, Empate empate) {
-  if (d.escala <= decimales) return d;
+  if (d.escala <= decimales)
+    return d;
   Decimal r = d;
   const std::size_t corte = r.digitos.size() - static_cast<std::size_t>(d.escala - decimales);
   const char primero = r.digitos[corte];
   const bool restoNoCero = r.digitos.find_first_not_of('0', corte + 1) != std::string::npos;
   r.digitos.resize(corte);
   r.escala = decimales;
-  if (r.digitos.empty()) r.digitos = "0";
+  if (r.digitos.empty())
+    r.digitos = "0";
   bool subir;
   if (primero != '5') {
     subir = primero > '5';
@@ -59,7 +65,8 @@ Decimal redondear(const Decimal& d, int decimales, Empate empate) {
   } else {
     subir = (r.digitos.back() - '0') % 2 == 1;
   }
-  if (subir) incrementar(r.digitos);
+  if (subir)
+    incrementar(r.digitos);
   normalizar(r);
   return r;
 }
@@ -70,7 +77,8 @@ Decimal Decimal::fromCurrency(Currency c) {
   std::string texto = c.toMachineText();
   Decimal d;
   d.negativo = texto.front() == '-';
-  if (d.negativo) texto.erase(0, 1);
+  if (d.negativo)
+    texto.erase(0, 1);
   const auto punto = texto.find('.');
   if (punto != std::string::npos) {
     d.escala = static_cast<int>(texto.size() - punto - 1);
@@ -82,13 +90,15 @@ Decimal Decimal::fromCurrency(Currency c) {
 }
 
 Decimal Decimal::fromDouble(double valor) {
-  if (!std::isfinite(valor)) throw errorEjecucion(err::kDesbordamiento);
+  if (!std::isfinite(valor))
+    throw errorEjecucion(err::kDesbordamiento);
   char buf[40];
   std::snprintf(buf, sizeof buf, "%.14e", valor);
   std::string texto(buf);
   Decimal d;
   d.negativo = texto.front() == '-';
-  if (d.negativo) texto.erase(0, 1);
+  if (d.negativo)
+    texto.erase(0, 1);
   const auto e = texto.find('e');
   const int exponente = std::atoi(texto.c_str() + e + 1);
   std::string digitos = texto.substr(0, 1) + texto.substr(2, e - 2);
@@ -104,7 +114,8 @@ Decimal Decimal::fromDouble(double valor) {
   d.digitos = digitos;
   d.escala = escala;
   normalizar(d);
-  if (d.isZero()) d.negativo = false;
+  if (d.isZero())
+    d.negativo = false;
   return d;
 }
 
@@ -121,12 +132,15 @@ std::optional<Decimal> Decimal::parseRegional(std::string_view texto) {
   const char sepDecimal = regional().separadorDecimal;
   const char sepMiles = regional().separadorMiles;
   auto esBlanco = [](char c) { return c == ' ' || c == '\t'; };
-  while (!texto.empty() && esBlanco(texto.front())) texto.remove_prefix(1);
-  while (!texto.empty() && esBlanco(texto.back())) texto.remove_suffix(1);
+  while (!texto.empty() && esBlanco(texto.front()))
+    texto.remove_prefix(1);
+  while (!texto.empty() && esBlanco(texto.back()))
+    texto.remove_suffix(1);
 
   Decimal d;
   std::size_t i = 0;
-  if (i < texto.size() && (texto[i] == '+' || texto[i] == '-')) d.negativo = texto[i++] == '-';
+  if (i < texto.size() && (texto[i] == '+' || texto[i] == '-'))
+    d.negativo = texto[i++] == '-';
   std::string digitos;
   int escala = 0;
   bool hayDigito = false;
@@ -145,18 +159,23 @@ std::optional<Decimal> Decimal::parseRegional(std::string_view texto) {
       hayDigito = true;
     }
   }
-  if (!hayDigito) return std::nullopt;
-  if (i < texto.size() && (texto[i] == 'e' || texto[i] == 'E' || texto[i] == 'd' || texto[i] == 'D')) {
+  if (!hayDigito)
+    return std::nullopt;
+  if (i < texto.size() &&
+      (texto[i] == 'e' || texto[i] == 'E' || texto[i] == 'd' || texto[i] == 'D')) {
     ++i;
     bool expNegativo = false;
-    if (i < texto.size() && (texto[i] == '+' || texto[i] == '-')) expNegativo = texto[i++] == '-';
-    if (i >= texto.size() || !esDigito(texto[i])) return std::nullopt;
+    if (i < texto.size() && (texto[i] == '+' || texto[i] == '-'))
+      expNegativo = texto[i++] == '-';
+    if (i >= texto.size() || !esDigito(texto[i]))
+      return std::nullopt;
     int exponente = 0;
     for (; i < texto.size() && esDigito(texto[i]); ++i)
       exponente = std::min(exponente * 10 + (texto[i] - '0'), kExponenteMaximo);
     escala += expNegativo ? exponente : -exponente;
   }
-  if (i != texto.size()) return std::nullopt;
+  if (i != texto.size())
+    return std::nullopt;
   if (escala < 0) {
     digitos.append(static_cast<std::size_t>(-escala), '0');
     escala = 0;
@@ -165,16 +184,20 @@ std::optional<Decimal> Decimal::parseRegional(std::string_view texto) {
     const std::size_t sobra = static_cast<std::size_t>(escala - kExponenteMaximo - 30);
     digitos.resize(digitos.size() > sobra ? digitos.size() - sobra : 0);
     escala -= static_cast<int>(sobra);
-    if (digitos.empty()) digitos = "0";
+    if (digitos.empty())
+      digitos = "0";
   }
   d.digitos = digitos;
   d.escala = escala;
   normalizar(d);
-  if (d.isZero()) d.negativo = false;
+  if (d.isZero())
+    d.negativo = false;
   return d;
 }
 
-bool Decimal::isZero() const { return digitos.find_first_not_of('0') == std::string::npos; }
+bool Decimal::isZero() const {
+  return digitos.find_first_not_of('0') == std::string::npos;
+}
 
 Decimal Decimal::roundedHalfEven(int decimales) const {
   return redondear(*this, decimales, Empate::AlPar);
@@ -212,10 +235,13 @@ Currency Decimal::toCurrency() const {
   const std::string entero = r.parteEntera();
   std::string fraccion = r.parteFraccion();
   fraccion.append(4 - fraccion.size(), '0');
-  if (entero.size() > 16) throw errorEjecucion(err::kDesbordamiento);
+  if (entero.size() > 16)
+    throw errorEjecucion(err::kDesbordamiento);
   __int128 valor = 0;
-  for (char c : entero + fraccion) valor = valor * 10 + (c - '0');
-  if (r.negativo) valor = -valor;
+  for (char c : entero + fraccion)
+    valor = valor * 10 + (c - '0');
+  if (r.negativo)
+    valor = -valor;
   if (valor > std::numeric_limits<std::int64_t>::max() ||
       valor < std::numeric_limits<std::int64_t>::min())
     throw errorEjecucion(err::kDesbordamiento);
@@ -223,8 +249,7 @@ Currency Decimal::toCurrency() const {
 }
 
 double Decimal::toDouble() const {
-  const std::string texto =
-      (negativo ? "-" : "") + digitos + "e-" + std::to_string(escala);
+  const std::string texto = (negativo ? "-" : "") + digitos + "e-" + std::to_string(escala);
   return std::strtod(texto.c_str(), nullptr);
 }
 
@@ -234,7 +259,8 @@ namespace caja {
 
 std::string Decimal::toMachineText() const {
   std::string fraccion = parteFraccion();
-  while (!fraccion.empty() && fraccion.back() == '0') fraccion.pop_back();
+  while (!fraccion.empty() && fraccion.back() == '0')
+    fraccion.pop_back();
   const bool cero = parteEntera().find_first_not_of('0') == std::string::npos && fraccion.empty();
   return (negativo && !cero ? "-" : "") + parteEntera() + (fraccion.empty() ? "" : "." + fraccion);
 }

@@ -55,9 +55,8 @@ Partes partes(double serial) {
 }  // namespace
 
 Fecha Fecha::fromYmd(int anio, int mes, int dia) {
-  return Fecha(static_cast<double>(daysFromCivil(anio, static_cast<unsigned>(mes),
-                                                 static_cast<unsigned>(dia)) -
-                                   kDiasOrigen));
+  return Fecha(static_cast<double>(
+      daysFromCivil(anio, static_cast<unsigned>(mes), static_cast<unsigned>(dia)) - kDiasOrigen));
 }
 
 Fecha Fecha::fromHms(int hora, int minuto, int segundo) {
@@ -72,7 +71,9 @@ Fecha Fecha::now() {
          fromHms(local.tm_hour, local.tm_min, local.tm_sec);
 }
 
-Fecha Fecha::today() { return now().date(); }
+Fecha Fecha::today() {
+  return now().date();
+}
 
 bool Fecha::parse(const std::string& texto, Fecha& resultado) {
   int y = 0, mo = 1, d = 1, h = 0, mi = 0, s = 0;
@@ -90,14 +91,19 @@ bool Fecha::parse(const std::string& texto, Fecha& resultado) {
   } else {
     return false;
   }
-  if (mo < 1 || mo > 12 || d < 1 || d > 31 || h > 23 || mi > 59 || s > 59) return false;
+  if (mo < 1 || mo > 12 || d < 1 || d > 31 || h > 23 || mi > 59 || s > 59)
+    return false;
   resultado = leida;
   return true;
 }
 
-Fecha Fecha::date() const { return Fecha(std::floor(serial_)); }
+Fecha Fecha::date() const {
+  return Fecha(std::floor(serial_));
+}
 
-Fecha Fecha::timeOfDay() const { return Fecha(serial_ - std::floor(serial_)); }
+Fecha Fecha::timeOfDay() const {
+  return Fecha(serial_ - std::floor(serial_));
+}
 
 std::string Fecha::toIsoText() const {
   const Partes p = partes(serial_);
@@ -109,12 +115,18 @@ std::string Fecha::toIsoText() const {
 
 std::string Fecha::toString() const {
   const std::string iso = toIsoText();
-  if (date().serial() == 0.0) return iso.substr(11);
-  if (timeOfDay().serial() == 0.0) return iso.substr(0, 10);
+  if (date().serial() == 0.0)
+    return iso.substr(11);
+  if (timeOfDay().serial() == 0.0)
+    return iso.substr(0, 10);
   return iso;
 }
 
-Fecha operator+(Fecha a, Fecha b) { return Fecha(a.serial() + b.serial()); }
-Fecha operator-(Fecha a, Fecha b) { return Fecha(a.serial() - b.serial()); }
+Fecha operator+(Fecha a, Fecha b) {
+  return Fecha(a.serial() + b.serial());
+}
+Fecha operator-(Fecha a, Fecha b) {
+  return Fecha(a.serial() - b.serial());
+}
 
 }  // namespace caja

@@ -24,7 +24,8 @@ Patron analizar(std::string_view texto) {
     return p;
   }
   auto fin = texto.find_first_not_of("#0,.", inicio);
-  if (fin == std::string_view::npos) fin = texto.size();
+  if (fin == std::string_view::npos)
+    fin = texto.size();
   p.prefijo = texto.substr(0, inicio);
   p.sufijo = texto.substr(fin);
   const std::string_view numero = texto.substr(inicio, fin - inicio);
@@ -32,11 +33,14 @@ Patron analizar(std::string_view texto) {
   const std::string_view entero = numero.substr(0, punto);
   p.agrupar = entero.find(',') != std::string_view::npos;
   for (char c : entero)
-    if (c == '0') ++p.minimoEnteros;
+    if (c == '0')
+      ++p.minimoEnteros;
   if (punto != std::string_view::npos) {
     for (char c : numero.substr(punto + 1)) {
-      if (c == '0') ++p.decimalesFijos;
-      if (c == '#') ++p.decimalesOpcionales;
+      if (c == '0')
+        ++p.decimalesFijos;
+      if (c == '#')
+        ++p.decimalesOpcionales;
     }
   }
   return p;
@@ -46,7 +50,8 @@ std::string agrupado(const std::string& entero) {
   std::string r;
   const std::size_t n = entero.size();
   for (std::size_t i = 0; i < n; ++i) {
-    if (i > 0 && (n - i) % 3 == 0) r += regional().separadorMiles;
+    if (i > 0 && (n - i) % 3 == 0)
+      r += regional().separadorMiles;
     r += entero[i];
   }
   return r;
@@ -55,14 +60,17 @@ std::string agrupado(const std::string& entero) {
 std::string aplicar(const Decimal& valor, const Patron& p) {
   const Decimal r = valor.roundedHalfAway(p.decimalesFijos + p.decimalesOpcionales);
   std::string entero = r.parteEntera();
-  if (entero == "0" && p.minimoEnteros == 0) entero.clear();
-  while (static_cast<int>(entero.size()) < p.minimoEnteros) entero.insert(0, 1, '0');
+  if (entero == "0" && p.minimoEnteros == 0)
+    entero.clear();
+  while (static_cast<int>(entero.size()) < p.minimoEnteros)
+    entero.insert(0, 1, '0');
   std::string fraccion = r.parteFraccion();
   fraccion.resize(static_cast<std::size_t>(p.decimalesFijos + p.decimalesOpcionales), '0');
   while (static_cast<int>(fraccion.size()) > p.decimalesFijos && fraccion.back() == '0')
     fraccion.pop_back();
   std::string numero = p.agrupar ? agrupado(entero) : entero;
-  if (!fraccion.empty()) numero += regional().separadorDecimal + fraccion;
+  if (!fraccion.empty())
+    numero += regional().separadorDecimal + fraccion;
   // A value that rounds to zero is shown without its sign.
   const bool negativo = r.negativo && !r.isZero();
   return (negativo ? "-" : "") + p.prefijo + numero + p.sufijo;
@@ -71,13 +79,15 @@ std::string aplicar(const Decimal& valor, const Patron& p) {
 }  // namespace
 
 std::string Format(const Variant& valor, std::string_view patron) {
-  if (valor.isNull() || valor.isEmpty()) return "";
+  if (valor.isNull() || valor.isEmpty())
+    return "";
   const std::string_view efectivo = patron == kFormatoMoneda ? regional().formatoMoneda : patron;
   Decimal d;
   switch (valor.type()) {
     case VarType::String: {
       auto leido = Decimal::parseRegional(valor.asString());
-      if (!leido) return valor.asString();
+      if (!leido)
+        return valor.asString();
       d = *leido;
       break;
     }

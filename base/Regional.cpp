@@ -9,7 +9,11 @@ Regional& actual() {
 }
 }  // namespace
 
-const Regional& regional() { return actual(); }
-void setRegional(const Regional& valor) { actual() = valor; }
+const Regional& regional() {
+  return actual();
+}
+void setRegional(const Regional& valor) {
+  actual() = valor;
+}
 
 }  // namespace caja

@@ -3,38 +3,48 @@
 namespace caja {
 
 namespace {
-char bajar(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-char subir(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+char bajar(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+char subir(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
 }  // namespace
 
 std::string lowerAscii(std::string_view texto) {
   std::string r(texto);
-  for (char& c : r) c = bajar(c);
+  for (char& c : r)
+    c = bajar(c);
   return r;
 }
 
 std::string upperAscii(std::string_view texto) {
   std::string r(texto);
-  for (char& c : r) c = subir(c);
+  for (char& c : r)
+    c = subir(c);
   return r;
 }
 
 bool equalsIgnoreCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
+  if (a.size() != b.size())
+    return false;
   for (std::size_t i = 0; i < a.size(); ++i)
-    if (bajar(a[i]) != bajar(b[i])) return false;
+    if (bajar(a[i]) != bajar(b[i]))
+      return false;
   return true;
 }
 
 std::string trimBlanks(std::string_view texto) {
   const auto inicio = texto.find_first_not_of(' ');
-  if (inicio == std::string_view::npos) return "";
+  if (inicio == std::string_view::npos)
+    return "";
   const auto fin = texto.find_last_not_of(' ');
   return std::string(texto.substr(inicio, fin - inicio + 1));
 }
 
 std::string replaceAll(std::string_view texto, std::string_view buscar, std::string_view poner) {
-  if (buscar.empty()) return std::string(texto);
+  if (buscar.empty())
+    return std::string(texto);
   std::string r;
   std::size_t desde = 0;
   for (auto pos = texto.find(buscar); pos != std::string_view::npos;

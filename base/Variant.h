@@ -49,7 +49,9 @@ class Variant {
   Currency asCurrency() const { return std::get<Currency>(valor_); }
   Fecha asDate() const { return std::get<Fecha>(valor_); }
   const std::string& asString() const { return std::get<std::string>(valor_); }
-  const std::shared_ptr<Objeto>& asObject() const { return std::get<std::shared_ptr<Objeto>>(valor_); }
+  const std::shared_ptr<Objeto>& asObject() const {
+    return std::get<std::shared_ptr<Objeto>>(valor_);
+  }
 
   // Same type and same value; objects compare by identity.
   friend bool operator==(const Variant& a, const Variant& b) = default;
@@ -74,8 +76,10 @@ std::shared_ptr<T> objetoDe(const Variant& v);
 
 template <class T>
 std::shared_ptr<T> caja::objetoDe(const Variant& v) {
-  if (v.type() != VarType::Object || !v.asObject()) throw errorEjecucion(err::kObjetoNoEstablecido);
+  if (v.type() != VarType::Object || !v.asObject())
+    throw errorEjecucion(err::kObjetoNoEstablecido);
   auto objeto = std::dynamic_pointer_cast<T>(v.asObject());
-  if (!objeto) throw errorEjecucion(err::kTiposNoCoinciden);
+  if (!objeto)
+    throw errorEjecucion(err::kTiposNoCoinciden);
   return objeto;
 }

@@ -20,6 +20,7 @@ enum AtributosMedioPago : std::int32_t {
 };
 
 // Either foreign-currency flag.
-inline constexpr std::int32_t kMascaraMonedaExtranjera = monedaExtranjera | IndexadoMonedaExtranjera;
+inline constexpr std::int32_t kMascaraMonedaExtranjera =
+    monedaExtranjera | IndexadoMonedaExtranjera;
 
 }  // namespace caja

@@ -14,9 +14,12 @@ double CMedioPago::tipoCambio() const {
 }
 
 double CMedioPago::FactorCambio() const {
-  if (Clase == ClaseIngresoSesion::EfectivoME) return ObtenerTipoCambioCaja();
-  if (Atributos & monedaExtranjera) return tipoCambio();
-  if (Atributos & IndexadoMonedaExtranjera) return tipoCambio() * ObtenerTipoCambioCaja();
+  if (Clase == ClaseIngresoSesion::EfectivoME)
+    return ObtenerTipoCambioCaja();
+  if (Atributos & monedaExtranjera)
+    return tipoCambio();
+  if (Atributos & IndexadoMonedaExtranjera)
+    return tipoCambio() * ObtenerTipoCambioCaja();
   return 1.0;
 }
 
@@ -41,7 +44,8 @@ bool CMedioPago::load(const std::string& codigoMedio) {
   auto rs = factoria().openrecordset("SELECT * FROM MediosPago WHERE Codigo = " +
                                      factoria().StringDB(codigoMedio));
   const bool hallado = !rs->Eof();
-  if (hallado) loadInstance(*rs, this);
+  if (hallado)
+    loadInstance(*rs, this);
   rs->Close();
   return hallado;
 }
@@ -56,7 +60,8 @@ Variant CMedioPago::ActualizarDescriptivos(
   const auto electronico = static_cast<std::int16_t>(std::abs(CInt(Variant(isElectron))));
   const long filas = factoria().ExecuteSQL(
       "UPDATE MediosPago SET Descripcion = ?, Atributos = ?, PorcentajeRetencionEmisor = ?, "
-      "PorcentajeISLR = ?, CuentaActivo = ?, CuentaComisiones = ?, BancoRelacionado = ?, Clase = ?, "
+      "PorcentajeISLR = ?, CuentaActivo = ?, CuentaComisiones = ?, BancoRelacionado = ?, Clase = "
+      "?, "
       "titulo = ?, textoAyuda = ?, posicion = ?, isMedioElectronico = ? WHERE Codigo = ?",
       {iDescripcion, iAtributos, iPorcentajeRetencionEmisor, iPorcentajeISLR, iCuentaActivo,
        iCuentaComisiones, iBancoRelacionado, iClaseIngreso, ititulo, iTextoAyuda, iPosicion,
@@ -77,7 +82,8 @@ Variant CMedioPago::ActualizarDescriptivos(
 }
 
 bool CMedioPago::CreateNew(const std::string& iCodigo) {
-  if (!hostUtil().Preguntar("Desea registrar el medio de pago " + iCodigo)) return false;
+  if (!hostUtil().Preguntar("Desea registrar el medio de pago " + iCodigo))
+    return false;
   std::int16_t contexto = 3;
   dialogosCaja().DefinirMedioPagoNuevo(iCodigo, contexto);
   load(iCodigo);

@@ -28,7 +28,8 @@ struct Archivo {
 
 std::string recortar(std::string_view t) {
   const auto inicio = t.find_first_not_of(" \t\r");
-  if (inicio == std::string_view::npos) return "";
+  if (inicio == std::string_view::npos)
+    return "";
   const auto fin = t.find_last_not_of(" \t\r");
   return std::string(t.substr(inicio, fin - inicio + 1));
 }
@@ -38,14 +39,15 @@ Archivo leer(const fs::path& ruta) {
   std::ifstream in(ruta, std::ios::binary);
   std::string seccion;
   for (std::string texto; std::getline(in, texto);) {
-    if (!texto.empty() && texto.back() == '\r') texto.pop_back();
+    if (!texto.empty() && texto.back() == '\r')
+      texto.pop_back();
     Linea l{texto, seccion, {}, {}};
     const std::string limpio = recortar(texto);
     if (limpio.size() >= 2 && limpio.front() == '[' && limpio.back() == ']') {
       seccion = limpio.substr(1, limpio.size() - 2);
       l.seccion = seccion;
-    } else if (const auto igual = texto.find('='); igual != std::string::npos &&
-                                                   limpio.front() != ';' && limpio.front() != '#') {
+    } else if (const auto igual = texto.find('=');
+               igual != std::string::npos && limpio.front() != ';' && limpio.front() != '#') {
       l.clave = recortar(std::string_view(texto).substr(0, igual));
       l.valor = texto.substr(igual + 1);
     }
@@ -58,7 +60,8 @@ Archivo leer(const fs::path& ruta) {
 template <class A>
 auto buscar(A& a, const std::string& seccion, const std::string& clave) -> decltype(&a.lineas[0]) {
   for (auto& l : a.lineas)
-    if (!l.clave.empty() && equalsIgnoreCase(l.seccion, seccion) && equalsIgnoreCase(l.clave, clave))
+    if (!l.clave.empty() && equalsIgnoreCase(l.seccion, seccion) &&
+        equalsIgnoreCase(l.clave, clave))
       return &l;
   return nullptr;
 }
@@ -106,7 +109,8 @@ fs::path archivoDe(const std::string& dir, const std::string& app) {
   const std::string nombre = app + ".ini";
   std::error_code ec;
   for (fs::directory_iterator it(dir, ec), fin; !ec && it != fin; it.increment(ec))
-    if (equalsIgnoreCase(it->path().filename().string(), nombre)) return it->path();
+    if (equalsIgnoreCase(it->path().filename().string(), nombre))
+      return it->path();
   return fs::path(dir) / nombre;
 }
 
@@ -115,9 +119,11 @@ void escribir(const fs::path& ruta, const Archivo& a) {
   const fs::path temporal = ruta.string() + ".tmp";
   {
     std::ofstream out(temporal, std::ios::binary | std::ios::trunc);
-    for (const auto& l : a.lineas) out << l.texto << '\n';
+    for (const auto& l : a.lineas)
+      out << l.texto << '\n';
     out.flush();
-    if (!out) throw CajaError(75, "IniSettingsStore", "No se pudo escribir " + temporal.string());
+    if (!out)
+      throw CajaError(75, "IniSettingsStore", "No se pudo escribir " + temporal.string());
   }
   fs::rename(temporal, ruta);
 }
@@ -129,7 +135,8 @@ IniSettingsStore::IniSettingsStore(std::string installDir, std::string userDir)
 
 std::string IniSettingsStore::defaultUserDir() {
   const char* xdg = std::getenv("XDG_CONFIG_HOME");
-  if (xdg && *xdg) return (fs::path(xdg) / "caja").string();
+  if (xdg && *xdg)
+    return (fs::path(xdg) / "caja").string();
   const char* home = std::getenv("HOME");
   return (fs::path(home ? home : ".") / ".config" / "caja").string();
 }
@@ -181,13 +188,15 @@ std::optional<SettingsStore::Pares> IniSettingsStore::GetAllSettings(const std::
   bool existe = false;
   Pares pares;
   for (const auto& l : a.lineas) {
-    if (!equalsIgnoreCase(l.seccion, seccion)) continue;
+    if (!equalsIgnoreCase(l.seccion, seccion))
+      continue;
     existe = true;
-    if (!l.clave.empty()) pares.emplace_back(l.clave, desescapar(l.valor));
+    if (!l.clave.empty())
+      pares.emplace_back(l.clave, desescapar(l.valor));
   }
-  if (!existe) return std::nullopt;
+  if (!existe)
+    return std::nullopt;
   return pares;
 }
 
 }  // namespace caja
-

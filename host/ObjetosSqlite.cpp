@@ -22,7 +22,8 @@ class EntidadHost : public Entidad {
 EmpresaSqlite::EmpresaSqlite(SqliteFactoria& host) {
   auto rs = host.openrecordset(
       "SELECT FormatoMEX, ContribuyenteEspecial, porcentajeIGTF456 FROM hostEmpresa WHERE id = 1");
-  if (rs->Eof()) return;
+  if (rs->Eof())
+    return;
   if (const Variant formato = rs->Fields("FormatoMEX"); !formato.isNull())
     formatoMEX_ = CStr(formato);
   contribuyenteEspecial_ = rs->Fields("ContribuyenteEspecial");
@@ -33,7 +34,8 @@ std::shared_ptr<Entidad> InstanciadorSqlite::Entidad(const std::string& tipo,
                                                      const std::string& codigo) {
   const Variant nombre = host_->ReadScalar(
       "SELECT Nombre FROM hostEntidades WHERE Tipo = ? AND Codigo = ?", {tipo, codigo});
-  if (nombre.isEmpty()) return nullptr;
+  if (nombre.isEmpty())
+    return nullptr;
   return std::make_shared<EntidadHost>(NzTexto(nombre));
 }
 

@@ -26,8 +26,10 @@ std::string reescribir(const std::string& sql) {
   std::string r;
   bool enLiteral = false;
   for (std::size_t i = 0; i < sql.size(); ++i) {
-    if (sql[i] == '\'') enLiteral = !enLiteral;
-    if (!enLiteral && sql[i] == '@' && equalsIgnoreCase(std::string_view(sql).substr(i, kToken.size()), kToken)) {
+    if (sql[i] == '\'')
+      enLiteral = !enLiteral;
+    if (!enLiteral && sql[i] == '@' &&
+        equalsIgnoreCase(std::string_view(sql).substr(i, kToken.size()), kToken)) {
       r += "last_insert_rowid()";
       i += kToken.size() - 1;
     } else {
@@ -70,7 +72,8 @@ std::string tipoDeclarado(sqlite3_stmt* st, int i) {
 }
 
 Variant enteroComoVariant(sqlite3_int64 n) {
-  if (n >= std::numeric_limits<std::int32_t>::min() && n <= std::numeric_limits<std::int32_t>::max())
+  if (n >= std::numeric_limits<std::int32_t>::min() &&
+      n <= std::numeric_limits<std::int32_t>::max())
     return Variant(static_cast<std::int32_t>(n));
   return Variant(static_cast<double>(n));
 }
@@ -89,16 +92,22 @@ Variant valorSegunAlmacen(sqlite3_stmt* st, int i) {
 
 // A column as the host's data layer would type it, from its declared type.
 Variant leerColumna(sqlite3_stmt* st, int i) {
-  if (sqlite3_column_type(st, i) == SQLITE_NULL) return Variant::Null();
+  if (sqlite3_column_type(st, i) == SQLITE_NULL)
+    return Variant::Null();
   const std::string tipo = tipoDeclarado(st, i);
   const Variant crudo = valorSegunAlmacen(st, i);
-  if (tipo == "MONEY") return Variant(CCur(crudo));
-  if (tipo == "BIT") return Variant(CBool(crudo));
-  if (tipo == "SMALLINT" && crudo.type() == VarType::Long) return Variant(CInt(crudo));
-  if (tipo == "FLOAT" && crudo.type() != VarType::String) return Variant(CDbl(crudo));
+  if (tipo == "MONEY")
+    return Variant(CCur(crudo));
+  if (tipo == "BIT")
+    return Variant(CBool(crudo));
+  if (tipo == "SMALLINT" && crudo.type() == VarType::Long)
+    return Variant(CInt(crudo));
+  if (tipo == "FLOAT" && crudo.type() != VarType::String)
+    return Variant(CDbl(crudo));
   if (tipo == "DATETIME" && crudo.type() == VarType::String) {
     Fecha f;
-    if (Fecha::parse(crudo.asString(), f)) return Variant(f);
+    if (Fecha::parse(crudo.asString(), f))
+      return Variant(f);
   }
   return crudo;
 }
@@ -116,7 +125,8 @@ class SqliteFactoria::Sentencia {
     const int rc =
         sqlite3_prepare_v2(host_.db_, texto.c_str(), static_cast<int>(texto.size()), &st, &resto);
     st_.reset(st);
-    if (rc != SQLITE_OK) host_.fallar();
+    if (rc != SQLITE_OK)
+      host_.fallar();
     if (resto && std::string_view(resto).find_first_not_of(" \t\r\n;") != std::string_view::npos) {
       throw CajaError(kErrorBaseDatos, kFuente, "Solo se admite una sentencia por llamada");
     }
@@ -125,12 +135,15 @@ class SqliteFactoria::Sentencia {
       throw CajaError(kErrorBaseDatos, kFuente,
                       "Faltan valores para uno o mas parametros requeridos");
     }
-    for (int i = 0; i < marcas; ++i) enlazar(i + 1, args[static_cast<std::size_t>(i)]);
+    for (int i = 0; i < marcas; ++i)
+      enlazar(i + 1, args[static_cast<std::size_t>(i)]);
   }
   bool paso() {
     const int rc = sqlite3_step(st_.get());
-    if (rc == SQLITE_ROW) return true;
-    if (rc != SQLITE_DONE) host_.fallar();
+    if (rc == SQLITE_ROW)
+      return true;
+    if (rc != SQLITE_DONE)
+      host_.fallar();
     return false;
   }
   sqlite3_stmt* st() const { return st_.get(); }
@@ -165,13 +178,14 @@ class SqliteFactoria::Sentencia {
         break;
       }
       case VarType::String:
-        rc = sqlite3_bind_text(st_.get(), i, v.asString().c_str(), static_cast<int>(v.asString().size()),
-                               SQLITE_TRANSIENT);
+        rc = sqlite3_bind_text(st_.get(), i, v.asString().c_str(),
+                               static_cast<int>(v.asString().size()), SQLITE_TRANSIENT);
         break;
       case VarType::Object:
         throw errorEjecucion(err::kTiposNoCoinciden);
     }
-    if (rc != SQLITE_OK) host_.fallar();
+    if (rc != SQLITE_OK)
+      host_.fallar();
   }
 
   SqliteFactoria& host_;
@@ -185,8 +199,8 @@ std::shared_ptr<SqliteFactoria> SqliteFactoria::Abrir(const std::string& archivo
 }
 
 void SqliteFactoria::abrir(const std::string& archivo) {
-  if (sqlite3_open_v2(archivo.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
-                      nullptr) != SQLITE_OK) {
+  if (sqlite3_open_v2(archivo.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
+      SQLITE_OK) {
     const std::string mensaje = db_ ? sqlite3_errmsg(db_) : "sin memoria";
     throw CajaError(kErrorBaseDatos, kFuente, "No se pudo abrir " + archivo + ": " + mensaje);
   }
@@ -207,17 +221,21 @@ void SqliteFactoria::abrir(const std::string& archivo) {
   }
 }
 
-SqliteFactoria::~SqliteFactoria() { sqlite3_close_v2(db_); }
+SqliteFactoria::~SqliteFactoria() {
+  sqlite3_close_v2(db_);
+}
 
 void SqliteFactoria::fallar() const {
   throw CajaError(kErrorBaseDatos, kFuente, sqlite3_errmsg(db_));
 }
 
 std::shared_ptr<Objeto> SqliteFactoria::CrearObjeto(const std::string& clase) {
-  if (equalsIgnoreCase(clase, "Empresa")) return std::make_shared<EmpresaSqlite>(*this);
+  if (equalsIgnoreCase(clase, "Empresa"))
+    return std::make_shared<EmpresaSqlite>(*this);
   if (equalsIgnoreCase(clase, "Instanciador"))
     return std::make_shared<InstanciadorSqlite>(shared_from_this());
-  if (equalsIgnoreCase(clase, "posExt")) return std::make_shared<PosExtSqlite>(shared_from_this());
+  if (equalsIgnoreCase(clase, "posExt"))
+    return std::make_shared<PosExtSqlite>(shared_from_this());
   throw CajaError(kNoPuedeCrearObjeto, kFuente, "No se puede crear el objeto " + clase);
 }
 
@@ -230,7 +248,8 @@ long SqliteFactoria::ExecuteSQL(const std::string& sql, const Argumentos& args) 
 
 Variant SqliteFactoria::ReadScalar(const std::string& sql, const Argumentos& args) {
   Sentencia s(*this, sql, args);
-  if (!s.paso()) return Variant();
+  if (!s.paso())
+    return Variant();
   return leerColumna(s.st(), 0);
 }
 
@@ -239,19 +258,23 @@ std::shared_ptr<Recordset> SqliteFactoria::openrecordset(const std::string& sql,
   Sentencia s(*this, sql, args);
   const int n = sqlite3_column_count(s.st());
   std::vector<std::string> columnas;
-  for (int i = 0; i < n; ++i) columnas.emplace_back(sqlite3_column_name(s.st(), i));
+  for (int i = 0; i < n; ++i)
+    columnas.emplace_back(sqlite3_column_name(s.st(), i));
   std::vector<TablaRecordset::Fila> filas;
   while (s.paso()) {
     TablaRecordset::Fila fila;
-    for (int i = 0; i < n; ++i) fila.push_back(leerColumna(s.st(), i));
+    for (int i = 0; i < n; ++i)
+      fila.push_back(leerColumna(s.st(), i));
     filas.push_back(std::move(fila));
   }
   return std::make_shared<TablaRecordset>(std::move(columnas), std::move(filas));
 }
 
 std::string SqliteFactoria::NumeroDB(const Variant& numero) {
-  if (numero.isNull()) return "NULL";
-  if (numero.type() == VarType::Boolean) return numero.asBool() ? "1" : "0";
+  if (numero.isNull())
+    return "NULL";
+  if (numero.type() == VarType::Boolean)
+    return numero.asBool() ? "1" : "0";
   return toDecimal(numero).toMachineText();
 }
 
@@ -282,13 +305,22 @@ double SqliteFactoria::TipoCambioCaja() {
   return tasa.isEmpty() || tasa.isNull() ? 0.0 : CDbl(tasa);
 }
 
-std::shared_ptr<caja::TemaUI> SqliteFactoria::TemaUI() { return tema_; }
+std::shared_ptr<caja::TemaUI> SqliteFactoria::TemaUI() {
+  return tema_;
+}
 
-void SqliteFactoria::BeginTrans() { ExecuteSQL("BEGIN IMMEDIATE"); }
-void SqliteFactoria::CommitTrans() { ExecuteSQL("COMMIT"); }
-void SqliteFactoria::Rollback() { ExecuteSQL("ROLLBACK"); }
+void SqliteFactoria::BeginTrans() {
+  ExecuteSQL("BEGIN IMMEDIATE");
+}
+void SqliteFactoria::CommitTrans() {
+  ExecuteSQL("COMMIT");
+}
+void SqliteFactoria::Rollback() {
+  ExecuteSQL("ROLLBACK");
+}
 
-void SqliteFactoria::RegistrarProcedimiento(const std::string& nombre, Procedimiento procedimiento) {
+void SqliteFactoria::RegistrarProcedimiento(const std::string& nombre,
+                                            Procedimiento procedimiento) {
   procedimientos_[lowerAscii(nombre)] = std::move(procedimiento);
 }
 
@@ -296,9 +328,13 @@ void SqliteFactoria::SetVerificador(std::function<Variant(const std::string&)> v
   verificador_ = std::move(verificador);
 }
 
-void SqliteFactoria::SetCarpetaIconos(const std::string& carpeta) { carpetaIconos_ = carpeta; }
+void SqliteFactoria::SetCarpetaIconos(const std::string& carpeta) {
+  carpetaIconos_ = carpeta;
+}
 
-void SqliteFactoria::SetTemaUI(std::shared_ptr<caja::TemaUI> tema) { tema_ = std::move(tema); }
+void SqliteFactoria::SetTemaUI(std::shared_ptr<caja::TemaUI> tema) {
+  tema_ = std::move(tema);
+}
 
 Variant SqliteFactoria::EjecutarProcedimiento(const std::string& nombre,
                                               std::vector<Variant>& argumentos) {

@@ -38,7 +38,8 @@ class SqliteFactoria : public Factoria, public std::enable_shared_from_this<Sqli
                                            const Argumentos& args = {}) override;
   std::string NumeroDB(const Variant& numero) override;
   std::string StringDB(const std::string& texto) override;
-  bool ExisteProcedimiento(const std::string& nombre, const std::shared_ptr<Objeto>& dueno) override;
+  bool ExisteProcedimiento(const std::string& nombre,
+                           const std::shared_ptr<Objeto>& dueno) override;
   void Log(const std::string& mensaje) override;
   Variant VerificarUsuario(const std::string& mensaje) override;
   std::shared_ptr<Objeto> loadFileIcon(const std::string& archivo) override;

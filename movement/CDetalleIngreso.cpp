@@ -43,7 +43,9 @@ class Lineas {
   std::vector<std::string> lineas_;
 };
 
-Currency montoDeLinea(const std::string& linea) { return CCur(Val(linea)); }
+Currency montoDeLinea(const std::string& linea) {
+  return CCur(Val(linea));
+}
 
 CajaError estructuraInvalida() {
   return CajaError(err::kErrorComponente, kFuenteDeserialize, "Estructura invalida");
@@ -52,13 +54,15 @@ CajaError estructuraInvalida() {
 // The 16-bit line counter of the denominations block: overflow is error 6.
 std::int16_t siguienteLinea(std::int16_t i) {
   std::int16_t r;
-  if (__builtin_add_overflow(i, std::int16_t{1}, &r)) throw errorEjecucion(err::kDesbordamiento);
+  if (__builtin_add_overflow(i, std::int16_t{1}, &r))
+    throw errorEjecucion(err::kDesbordamiento);
   return r;
 }
 
 // Denominations are a settable reference; Nothing there is error 91.
 void agregarDenominacion(CDetalleIngreso& linea, std::shared_ptr<CDetalleDenominacion> d) {
-  if (!linea.Denominaciones) throw errorEjecucion(err::kObjetoNoEstablecido);
+  if (!linea.Denominaciones)
+    throw errorEjecucion(err::kObjetoNoEstablecido);
   linea.Denominaciones->Add(std::move(d));
 }
 
@@ -86,7 +90,8 @@ std::string CDetalleIngreso::Serialize() const {
     linea("");  // nor Track2
     linea(CStr(Variant(DetalleConfirmacion->Monto)));
   } else {
-    for (int i = 0; i < 7; ++i) linea("");
+    for (int i = 0; i < 7; ++i)
+      linea("");
   }
   linea("<DEC/>");
   if (Denominaciones && Denominaciones->Count() > 0) {
@@ -103,7 +108,8 @@ std::string CDetalleIngreso::Serialize() const {
 
 void CDetalleIngreso::Deserialize(const std::string& s) {
   const Lineas l(partirEnLineas(s));
-  if (l[0] != "<DIC>") throw estructuraInvalida();
+  if (l[0] != "<DIC>")
+    throw estructuraInvalida();
   try {
     medio = l[1];
     Monto = montoDeLinea(l[2]);
@@ -126,7 +132,8 @@ void CDetalleIngreso::Deserialize(const std::string& s) {
     } else {
       DetalleConfirmacion = nullptr;
     }
-    if (l[18] == "<DIC/>" || l.ultimo() == 18) return;
+    if (l[18] == "<DIC/>" || l.ultimo() == 18)
+      return;
     // Line 18 is taken to be "<DEN>" without a check.
     std::int16_t i = 19;
     while (l[i] != "<DEN/>") {
@@ -139,7 +146,8 @@ void CDetalleIngreso::Deserialize(const std::string& s) {
     }
     i = siguienteLinea(i);
     // A bad closing line is raised and swallowed below: the denominations read stay.
-    if (l[i] != "<DIC/>") throw estructuraInvalida();
+    if (l[i] != "<DIC/>")
+      throw estructuraInvalida();
   } catch (const CajaError&) {
     // Intended: a damaged text keeps what was read and ends quietly.
   }
@@ -158,16 +166,22 @@ bool CDetalleIngreso::EvalVar(const Variant& sVarID, Variant& vRetBuffer,
     sRetBuffer = Variant(Format(valor, kFormatoMonto));
     return true;
   };
-  if (nombre == "MEDIO") return texto(medio);
-  if (nombre == "MONTO") return numero(Variant(Monto));
-  if (nombre == "TITULAR" || nombre == "IDTITULAR") return texto(IdTitular);
-  if (nombre == "NUMEROCUENTA" || nombre == "CUENTA") return texto(NumeroCuenta);
+  if (nombre == "MEDIO")
+    return texto(medio);
+  if (nombre == "MONTO")
+    return numero(Variant(Monto));
+  if (nombre == "TITULAR" || nombre == "IDTITULAR")
+    return texto(IdTitular);
+  if (nombre == "NUMEROCUENTA" || nombre == "CUENTA")
+    return texto(NumeroCuenta);
   if (nombre == "NUMERODOCUMENTO" || nombre == "DOCUMENTO" || nombre == "REFERENCIA")
     return texto(NumeroDocumento);
   if (nombre == "CLAVEAUTORIZACION" || nombre == "CLAVE" || nombre == "CLAVECONFORMACION")
     return texto(ClaveAutorizacion);
-  if (nombre == "EMISOR" || nombre == "CODIGOEMISOR") return texto(CodigoEmisor);
-  if (nombre == "MONTONOMINAL") return numero(Variant(montoNominal));
+  if (nombre == "EMISOR" || nombre == "CODIGOEMISOR")
+    return texto(CodigoEmisor);
+  if (nombre == "MONTONOMINAL")
+    return numero(Variant(montoNominal));
   if (nombre == "TIPOCAMBIO") {
     // A failed division (no nominal amount) gives the integer 1.
     return numero(montoNominal.isZero() ? Variant(std::int16_t{1})
@@ -178,11 +192,15 @@ bool CDetalleIngreso::EvalVar(const Variant& sVarID, Variant& vRetBuffer,
 
 std::string CDetalleIngreso::ToString() const {
   const std::string monto = Format(Variant(Monto), kFormatoMoneda);
-  if (medio == "EFE") return "EFECTIVO " + monto;
+  if (medio == "EFE")
+    return "EFECTIVO " + monto;
   CMedioPago m;
-  if (!m.load(medio)) return "MEDIO INVALIDO (" + medio + ") " + monto;
-  if (!(m.Atributos & monedaExtranjera)) return medio + " " + monto;
-  if (montoNominal.isZero()) throw errorEjecucion(err::kDivisionPorCero);
+  if (!m.load(medio))
+    return "MEDIO INVALIDO (" + medio + ") " + monto;
+  if (!(m.Atributos & monedaExtranjera))
+    return medio + " " + monto;
+  if (montoNominal.isZero())
+    throw errorEjecucion(err::kDivisionPorCero);
   // No blank between the amount and the code: the line reads as designed.
   return Format(Variant(montoNominal), kFormatoMonto) + medio + " x " +
          Format(Variant(Monto.toDouble() / montoNominal.toDouble()), kFormatoMoneda);
@@ -217,7 +235,8 @@ bool CDetalleIngreso::ExisteEmisor(const std::string& istrEmisor) const {
   const Variant q1 = factoria().ReadScalar(
       "SELECT count(*) FROM generalEmisores WHERE TipoDocumento = ? AND codigoEmisor = ?",
       {medio, istrEmisor});
-  if (CLng(q1) != 0) return true;
+  if (CLng(q1) != 0)
+    return true;
   const Variant q2 = factoria().ReadScalar(
       "SELECT Count(*) As Q FROM DetallesVarelta WHERE Medio = ? AND Emisor = ?",
       {medio, istrEmisor});

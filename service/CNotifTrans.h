@@ -13,7 +13,8 @@ class CNotifTrans {
   std::function<void(std::int16_t& a, std::string& b)> CambioTransaccion;
 
   void NotificarCambioTransaccion(std::int16_t& a, std::string& b) {
-    if (CambioTransaccion) CambioTransaccion(a, b);
+    if (CambioTransaccion)
+      CambioTransaccion(a, b);
   }
 };
 

@@ -19,7 +19,8 @@ std::shared_ptr<DialogosCaja>& dialogosInstalados() {
 }  // namespace
 
 DialogosCaja& dialogosCaja() {
-  if (!dialogosInstalados()) throw errorEjecucion(err::kObjetoNoEstablecido);
+  if (!dialogosInstalados())
+    throw errorEjecucion(err::kObjetoNoEstablecido);
   return *dialogosInstalados();
 }
 
@@ -27,7 +28,9 @@ void setDialogosCaja(std::shared_ptr<DialogosCaja> dialogos) {
   dialogosInstalados() = std::move(dialogos);
 }
 
-CServiciosCaja::CServiciosCaja() { hostUtil().EstablecerTitulo("Varelta"); }
+CServiciosCaja::CServiciosCaja() {
+  hostUtil().EstablecerTitulo("Varelta");
+}
 
 std::shared_ptr<CVarelta> CServiciosCaja::Varelta(const Variant& MontoVenta,
                                                   const Variant& MontoIVA,
@@ -39,7 +42,9 @@ std::shared_ptr<CVarelta> CServiciosCaja::Varelta(const Variant& MontoVenta,
       [this](Currency& monto, bool& aplicar) { frm_Aplicar2602(monto, aplicar); });
 }
 
-void CServiciosCaja::DefinirMediosPago() { dialogosCaja().DefinirMediosPago(); }
+void CServiciosCaja::DefinirMediosPago() {
+  dialogosCaja().DefinirMediosPago();
+}
 
 void CServiciosCaja::Init(const Variant& /*Handle*/, const std::shared_ptr<Factoria>& Factoria) {
   InicializarEntorno(Factoria);
@@ -49,7 +54,8 @@ std::shared_ptr<Collection<CDetalleIngreso>> CServiciosCaja::DetallesEnRegistro(
   auto lineas = std::make_shared<Collection<CDetalleIngreso>>();
   try {
     const auto pares = settingsStore().GetAllSettings(kAppZOR, "frmVarelta\\Detalles");
-    if (!pares) return lineas;
+    if (!pares)
+      return lineas;
     for (const auto& [clave, valor] : *pares) {
       auto linea = std::make_shared<CDetalleIngreso>();
       linea->Deserialize(valor);
@@ -62,7 +68,8 @@ std::shared_ptr<Collection<CDetalleIngreso>> CServiciosCaja::DetallesEnRegistro(
 }
 
 void CServiciosCaja::frm_Aplicar2602(Currency& Monto, bool& Aplicar) {
-  if (Listener2602) Listener2602->Aplicar2602(Monto, Aplicar);
+  if (Listener2602)
+    Listener2602->Aplicar2602(Monto, Aplicar);
 }
 
 Currency RedondearMonto(const Variant& valor, std::int16_t decimales) {

@@ -31,7 +31,8 @@ class Factoria : public Objeto {
   // their quotes doubled.
   virtual std::string NumeroDB(const Variant& numero) = 0;
   virtual std::string StringDB(const std::string& texto) = 0;
-  virtual bool ExisteProcedimiento(const std::string& nombre, const std::shared_ptr<Objeto>& dueno) = 0;
+  virtual bool ExisteProcedimiento(const std::string& nombre,
+                                   const std::shared_ptr<Objeto>& dueno) = 0;
   virtual void Log(const std::string& mensaje) = 0;
   // An authorisation level; 5 or more authorises.
   virtual Variant VerificarUsuario(const std::string& mensaje) = 0;

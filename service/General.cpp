@@ -13,7 +13,8 @@ std::string gFormatoMEX;
 std::shared_ptr<Collection<CMedioPago>> gMediosPago;
 
 Factoria& factoria() {
-  if (!gFactoria) throw errorEjecucion(err::kObjetoNoEstablecido);
+  if (!gFactoria)
+    throw errorEjecucion(err::kObjetoNoEstablecido);
   return *gFactoria;
 }
 
@@ -36,7 +37,8 @@ double ObtenerTipoCambioCaja() {
 double ObtenerPorcentajeIGTF() {
   auto empresa = crearObjeto<Empresa>(factoria(), "Empresa");
   const Variant especial = empresa->ContribuyenteEspecial();
-  if (especial.isNull() || !CBool(especial)) return 0.0;
+  if (especial.isNull() || !CBool(especial))
+    return 0.0;
   try {
     return empresa->porcentajeIGTF456();
   } catch (const std::exception&) {
@@ -49,11 +51,14 @@ std::string LeerSimboloMEX() {
 }
 
 std::shared_ptr<CMedioPago> ObtenerMedioPago(std::string& codigo) {
-  if (!gMediosPago) gMediosPago = std::make_shared<Collection<CMedioPago>>();
-  if (auto enCache = gMediosPago->Find(codigo)) return enCache;
+  if (!gMediosPago)
+    gMediosPago = std::make_shared<Collection<CMedioPago>>();
+  if (auto enCache = gMediosPago->Find(codigo))
+    return enCache;
   auto medio = std::make_shared<CMedioPago>();
   if (codigo != "EFE") {
-    if (!medio->load(codigo)) return nullptr;
+    if (!medio->load(codigo))
+      return nullptr;
   } else {
     medio->codigo = "EFE";
     medio->Clase = ClaseIngresoSesion::Efectivo;
@@ -85,9 +90,11 @@ Currency multiploMasCercano(Currency monto, Currency paso) {
   __int128 numerador = 2 * m + p;
   const __int128 divisor = 2 * p;
   __int128 cociente = numerador / divisor;
-  if (numerador % divisor != 0 && numerador < 0) --cociente;
+  if (numerador % divisor != 0 && numerador < 0)
+    --cociente;
   const __int128 resultado = cociente * p;
-  if (resultado > INT64_MAX || resultado < INT64_MIN) throw errorEjecucion(err::kDesbordamiento);
+  if (resultado > INT64_MAX || resultado < INT64_MIN)
+    throw errorEjecucion(err::kDesbordamiento);
   return Currency::fromRaw(static_cast<std::int64_t>(resultado));
 }
 

@@ -30,20 +30,36 @@ std::shared_ptr<HostUtil>& actual() {
   return util;
 }
 
-bool sinValor(const Variant& v) { return v.isNull() || v.isEmpty(); }
+bool sinValor(const Variant& v) {
+  return v.isNull() || v.isEmpty();
+}
 
 }  // namespace
 
-HostUtil& hostUtil() { return *actual(); }
+HostUtil& hostUtil() {
+  return *actual();
+}
 void setHostUtil(std::shared_ptr<HostUtil> util) {
   actual() = util ? std::move(util) : std::make_shared<HostUtilConsola>();
 }
 
-std::string NzTexto(const Variant& v) { return sinValor(v) ? std::string{} : CStr(v); }
-std::int32_t NzLong(const Variant& v) { return sinValor(v) ? 0 : CLng(v); }
-std::int16_t NzInteger(const Variant& v) { return sinValor(v) ? 0 : CInt(v); }
-Currency NzMoneda(const Variant& v) { return sinValor(v) ? Currency{} : CCur(v); }
-double NzDouble(const Variant& v) { return sinValor(v) ? 0.0 : CDbl(v); }
-Fecha NzFecha(const Variant& v) { return sinValor(v) ? Fecha{} : CDate(v); }
+std::string NzTexto(const Variant& v) {
+  return sinValor(v) ? std::string{} : CStr(v);
+}
+std::int32_t NzLong(const Variant& v) {
+  return sinValor(v) ? 0 : CLng(v);
+}
+std::int16_t NzInteger(const Variant& v) {
+  return sinValor(v) ? 0 : CInt(v);
+}
+Currency NzMoneda(const Variant& v) {
+  return sinValor(v) ? Currency{} : CCur(v);
+}
+double NzDouble(const Variant& v) {
+  return sinValor(v) ? 0.0 : CDbl(v);
+}
+Fecha NzFecha(const Variant& v) {
+  return sinValor(v) ? Fecha{} : CDate(v);
+}
 
 }  // namespace caja

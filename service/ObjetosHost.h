@@ -32,7 +32,7 @@ class Instanciador : public Objeto {
  public:
   // nullptr when the host has no such entity.
   virtual std::shared_ptr<caja::Entidad> Entidad(const std::string& tipo,
-                                                const std::string& codigo) = 0;
+                                                 const std::string& codigo) = 0;
   virtual std::shared_ptr<Objeto> EntidadDOCUMENTO(const std::string& tipoDoc,
                                                    std::int32_t numero) = 0;
 };

@@ -19,7 +19,9 @@ std::shared_ptr<SettingsStore>& actual() {
 
 }  // namespace
 
-SettingsStore& settingsStore() { return *actual(); }
+SettingsStore& settingsStore() {
+  return *actual();
+}
 
 void setSettingsStore(std::shared_ptr<SettingsStore> store) {
   actual() = store ? std::move(store) : std::make_shared<MemoriaSettingsStore>();
@@ -58,8 +60,7 @@ std::string MemoriaSettingsStore::ReadInstallValue(const std::string& app,
 }
 
 std::string MemoriaSettingsStore::GetSetting(const std::string& app, const std::string& seccion,
-                                             const std::string& clave,
-                                             const std::string& defecto) {
+                                             const std::string& clave, const std::string& defecto) {
   const Valor* v = buscar(usuario_, app, seccion, clave);
   return v ? v->valor : defecto;
 }
@@ -75,7 +76,8 @@ std::optional<SettingsStore::Pares> MemoriaSettingsStore::GetAllSettings(
   for (const auto& v : usuario_)
     if (equalsIgnoreCase(v.app, app) && equalsIgnoreCase(v.seccion, seccion))
       pares.emplace_back(v.clave, v.valor);
-  if (pares.empty()) return std::nullopt;
+  if (pares.empty())
+    return std::nullopt;
   return pares;
 }
 
@@ -97,8 +99,8 @@ Variant lmGetSetting(const std::string& app, const std::string& seccion, const s
   return Variant(valor);
 }
 
-bool lmGetSettingBool(const std::string& app, const std::string& seccion,
-                      const std::string& clave, bool defecto) {
+bool lmGetSettingBool(const std::string& app, const std::string& seccion, const std::string& clave,
+                      bool defecto) {
   try {
     return CBool(lmGetSetting(app, seccion, clave, CStr(Variant(defecto))));
   } catch (const CajaError&) {

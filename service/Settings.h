@@ -41,8 +41,8 @@ void setSettingsStore(std::shared_ptr<SettingsStore> store);
 // A store held in memory, for hosts without files and for tests.
 class MemoriaSettingsStore : public SettingsStore {
  public:
-  void SetInstallValue(const std::string& app, const std::string& seccion,
-                       const std::string& clave, const std::string& valor);
+  void SetInstallValue(const std::string& app, const std::string& seccion, const std::string& clave,
+                       const std::string& valor);
   std::string ReadInstallValue(const std::string& app, const std::string& seccion,
                                const std::string& clave) override;
   std::string GetSetting(const std::string& app, const std::string& seccion,
@@ -59,8 +59,8 @@ class MemoriaSettingsStore : public SettingsStore {
   template <class V>
   static V* buscar(std::vector<V>& valores, const std::string& app, const std::string& seccion,
                    const std::string& clave);
-  static void poner(std::vector<Valor>& valores, const std::string& app,
-                    const std::string& seccion, const std::string& clave, const std::string& valor);
+  static void poner(std::vector<Valor>& valores, const std::string& app, const std::string& seccion,
+                    const std::string& clave, const std::string& valor);
   std::vector<Valor> instalacion_;
   std::vector<Valor> usuario_;
 };
@@ -69,8 +69,8 @@ class MemoriaSettingsStore : public SettingsStore {
 // value, then the per-user store, then `defecto`. None of them raises.
 Variant lmGetSetting(const std::string& app, const std::string& seccion, const std::string& clave,
                      const std::string& defecto);
-bool lmGetSettingBool(const std::string& app, const std::string& seccion,
-                      const std::string& clave, bool defecto);
+bool lmGetSettingBool(const std::string& app, const std::string& seccion, const std::string& clave,
+                      bool defecto);
 // Accepts both ',' and '.' as the decimal separator of the stored text.
 Currency lmGetSettingCur(const std::string& app, const std::string& seccion,
                          const std::string& clave, Currency defecto);

@@ -22,7 +22,8 @@ TEST(Collection, KeysIgnoreCaseAndKeepInsertionOrder) {
   EXPECT_EQ(c.Item("usd")->n, 1);
   EXPECT_EQ(c.Item(2)->n, 2);
   std::vector<int> orden;
-  for (const auto& x : c) orden.push_back(x->n);
+  for (const auto& x : c)
+    orden.push_back(x->n);
   EXPECT_EQ(orden, (std::vector<int>{1, 2, 3}));
   c.Remove("Usd");
   EXPECT_EQ(c.Count(), 2);

@@ -14,7 +14,8 @@ TEST(CLng, RoundsHalvesToEven) {
   const struct {
     double valor;
     std::int32_t esperado;
-  } casos[] = {{2.5, 2}, {3.5, 4}, {-2.5, -2}, {-3.5, -4}, {2.5000001, 3}, {-2147483648.5, -2147483648}};
+  } casos[] = {{2.5, 2},   {3.5, 4},       {-2.5, -2},
+               {-3.5, -4}, {2.5000001, 3}, {-2147483648.5, -2147483648}};
   for (const auto& c : casos) {
     SCOPED_TRACE(c.valor);
     EXPECT_EQ(CLng(Variant(c.valor)), c.esperado);
@@ -91,8 +92,14 @@ TEST(Val, ReadsDotDecimalsAndStopsAtTheFirstOtherCharacter) {
   const struct {
     const char* texto;
     double esperado;
-  } casos[] = {{"  12 34.5xyz", 1234.5}, {"-1.2.3", -1.2}, {"", 0.0},  {"abc", 0.0},
-               {"+7", 7.0},              {"1e3", 1.0},    {"1-2", 1.0}, {"1234,5", 1234.0}};
+  } casos[] = {{"  12 34.5xyz", 1234.5},
+               {"-1.2.3", -1.2},
+               {"", 0.0},
+               {"abc", 0.0},
+               {"+7", 7.0},
+               {"1e3", 1.0},
+               {"1-2", 1.0},
+               {"1234,5", 1234.0}};
   for (const auto& c : casos) {
     SCOPED_TRACE(c.texto);
     EXPECT_EQ(Val(c.texto), c.esperado);

@@ -21,8 +21,8 @@ TEST(Currency, ParsesMachineTextExactly) {
 }
 
 TEST(Currency, RefusesTextItCannotHoldExactly) {
-  for (const char* malo : {"", "-", "1.", ".5", "1.23456", "1,5", "1e3", " 1", "922337203685477.5808",
-                           "abc"}) {
+  for (const char* malo :
+       {"", "-", "1.", ".5", "1.23456", "1,5", "1e3", " 1", "922337203685477.5808", "abc"}) {
     SCOPED_TRACE(malo);
     EXPECT_FALSE(Currency::parse(malo).has_value());
   }
@@ -38,7 +38,8 @@ TEST(Currency, MachineTextDropsTrailingZeros) {
 
 TEST(Currency, SumsAreExactWhereDoublesDrift) {
   Currency total;
-  for (int i = 0; i < 10; ++i) total += cur("0.1");
+  for (int i = 0; i < 10; ++i)
+    total += cur("0.1");
   EXPECT_EQ(total, cur("1"));
   EXPECT_EQ(cur("0.1") * std::int16_t{3}, cur("0.3"));
 }

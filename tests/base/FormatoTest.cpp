@@ -15,12 +15,18 @@ TEST(Format, AmountsRoundHalfAwayFromZero) {
     std::string_view patron;
     const char* esperado;
   } casos[] = {
-      {"1234.565", kFormatoMonto, "1,234.57"},  {"-1234.565", kFormatoMonto, "-1,234.57"},
-      {"0.005", kFormatoMonto, "0.01"},          {"-0.004", kFormatoMonto, "0.00"},
-      {"1234567.891", kFormatoMonto, "1,234,567.89"}, {"2.5", kFormatoCuenta, "3"},
-      {"-2.5", kFormatoCuenta, "-3"},            {"1000", kFormatoCuenta, "1,000"},
-      {"0.4", kFormatoCuenta, "0"},              {"1234.5", "$#,##0.00", "$1,234.50"},
-      {"12.35", kFormatoMoneda, "Bs. 12.35"},    {"-5", kFormatoMoneda, "-Bs. 5.00"},
+      {"1234.565", kFormatoMonto, "1,234.57"},
+      {"-1234.565", kFormatoMonto, "-1,234.57"},
+      {"0.005", kFormatoMonto, "0.01"},
+      {"-0.004", kFormatoMonto, "0.00"},
+      {"1234567.891", kFormatoMonto, "1,234,567.89"},
+      {"2.5", kFormatoCuenta, "3"},
+      {"-2.5", kFormatoCuenta, "-3"},
+      {"1000", kFormatoCuenta, "1,000"},
+      {"0.4", kFormatoCuenta, "0"},
+      {"1234.5", "$#,##0.00", "$1,234.50"},
+      {"12.35", kFormatoMoneda, "Bs. 12.35"},
+      {"-5", kFormatoMoneda, "-Bs. 5.00"},
   };
   for (const auto& c : casos) {
     SCOPED_TRACE(std::string(c.valor) + " " + std::string(c.patron));

@@ -22,7 +22,8 @@ class Sqlite : public ::testing::Test {
   }
   std::int32_t insertarMovimiento() {
     db_->ExecuteSQL(
-        "INSERT INTO MovimientosCaja (Fecha, Hora, Sesion, Debitos, Creditos, machineID, MontoIGTF, "
+        "INSERT INTO MovimientosCaja (Fecha, Hora, Sesion, Debitos, Creditos, machineID, "
+        "MontoIGTF, "
         "tipoCambio) VALUES (?, getdate(), ?, ?, ?, ?, ?, ?)",
         {Variant(Fecha::fromYmd(2026, 11, 21)), Variant(7), Variant(cur("10.5")), Variant(cur("0")),
          Variant(1), Variant(cur("0.3")), Variant(36.5)});
@@ -93,15 +94,18 @@ TEST_F(Sqlite, UpdateFromSubtractsEachDetailOfTheTransaction) {
                   {idCec, Variant("USD")});
   const Variant idDet = db_->ReadScalar("SELECT scope_identity()");
   db_->ExecuteSQL(
-      "UPDATE CVCajaDetalles SET valorMN = valorMN + ?, valorNominal = valorNominal + ? WHERE id = ?",
+      "UPDATE CVCajaDetalles SET valorMN = valorMN + ?, valorNominal = valorNominal + ? WHERE id = "
+      "?",
       {Variant(cur("4000")), Variant(cur("100")), idDet});
   db_->ExecuteSQL(
-      "INSERT INTO transaccionesEfectivo (tipoTrans, idOrigen, machineID, efectivoMN) VALUES (?, ?, "
+      "INSERT INTO transaccionesEfectivo (tipoTrans, idOrigen, machineID, efectivoMN) VALUES (?, "
+      "?, "
       "?, ?)",
       {Variant(0), Variant(9), Variant(std::int16_t{3}), Variant(cur("0"))});
   const Variant trans = db_->ReadScalar("SELECT scope_identity()");
   db_->ExecuteSQL(
-      "INSERT INTO transaccionEfectivoDetalles (transID, codigoMedio, valorMN, valorNominal) VALUES "
+      "INSERT INTO transaccionEfectivoDetalles (transID, codigoMedio, valorMN, valorNominal) "
+      "VALUES "
       "(?, ?, ?, ?)",
       {trans, Variant("usd"), Variant(cur("1500.25")), Variant(cur("37.5"))});
   const long filas = db_->ExecuteSQL(
@@ -131,11 +135,23 @@ TEST_F(Sqlite, MoneyAddedInSqlReadsBackExact) {
 TEST_F(Sqlite, SurplusValuesAreIgnoredMissingOnesRefused) {
   const std::string insertar =
       "INSERT INTO MediosPago (Codigo, Descripcion, Atributos, PorcentajeRetencionEmisor, "
-      "PorcentajeISLR, CuentaActivo, CuentaComisiones, BancoRelacionado, Clase, titulo, textoAyuda, "
+      "PorcentajeISLR, CuentaActivo, CuentaComisiones, BancoRelacionado, Clase, titulo, "
+      "textoAyuda, "
       "posicion, isMedioElectronico) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
-  Argumentos args{Variant("USD"), Variant("Dolares"), Variant(1088), Variant(0.0), Variant(36.5),
-                  Variant(""), Variant(""), Variant(""), Variant(8), Variant("Dólares"),
-                  Variant(""), Variant(std::int16_t{1}), Variant(std::int16_t{0}), Variant("USD")};
+  Argumentos args{Variant("USD"),
+                  Variant("Dolares"),
+                  Variant(1088),
+                  Variant(0.0),
+                  Variant(36.5),
+                  Variant(""),
+                  Variant(""),
+                  Variant(""),
+                  Variant(8),
+                  Variant("Dólares"),
+                  Variant(""),
+                  Variant(std::int16_t{1}),
+                  Variant(std::int16_t{0}),
+                  Variant("USD")};
   EXPECT_EQ(db_->ExecuteSQL(insertar, args), 1);
   args.resize(12);
   args[0] = Variant("ZEL");
@@ -149,9 +165,9 @@ TEST_F(Sqlite, SplicedQuotesStayInsideTheirLiteral) {
   const std::string malo = "X'); DROP TABLE MediosPago; --";
   EXPECT_EQ(db_->StringDB("O'Brien"), "'O''Brien'");
   db_->ExecuteSQL("INSERT INTO MediosPago (Codigo) VALUES (" + db_->StringDB(malo) + ")");
-  EXPECT_EQ(CStr(db_->ReadScalar("SELECT Codigo FROM MediosPago WHERE Codigo = " +
-                                 db_->StringDB(malo))),
-            malo);
+  EXPECT_EQ(
+      CStr(db_->ReadScalar("SELECT Codigo FROM MediosPago WHERE Codigo = " + db_->StringDB(malo))),
+      malo);
   EXPECT_EQ(numeroError([&] { db_->ExecuteSQL("SELECT 1; DROP TABLE MediosPago"); }),
             kErrorBaseDatos);
   EXPECT_EQ(contar("MediosPago"), 1);
@@ -174,9 +190,8 @@ TEST_F(Sqlite, FailuresCarrySqlitesMessageAndWriteNothing) {
     EXPECT_EQ(e.source(), "SqliteFactoria");
     EXPECT_EQ(e.description(), "no such table: NoExiste");
   }
-  EXPECT_EQ(numeroError([&] {
-              SqliteFactoria::Abrir((carpeta_.ruta() / "no" / "hay" / "x.db").string());
-            }),
+  EXPECT_EQ(numeroError(
+                [&] { SqliteFactoria::Abrir((carpeta_.ruta() / "no" / "hay" / "x.db").string()); }),
             kErrorBaseDatos);
   EXPECT_TRUE(db_->ReadScalar("SELECT id FROM cvCaja WHERE MachineID = 99").isEmpty());
 }
@@ -185,7 +200,8 @@ TEST_F(Sqlite, StagedLinesCascadeFromTheirKey) {
   db_->ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {Variant("V-1")});
   db_->ExecuteSQL("INSERT INTO saveDetallesCaja (TransID, Medio, Monto) VALUES (1, 'EFE', 5)");
   db_->ExecuteSQL(
-      "INSERT INTO saveDenominaciones (idDetalle, Denominacion, CantidadRecibida) VALUES (1, 5, 1)");
+      "INSERT INTO saveDenominaciones (idDetalle, Denominacion, CantidadRecibida) VALUES (1, 5, "
+      "1)");
   EXPECT_EQ(db_->ExecuteSQL("DELETE FROM saveMovsCaja WHERE clave = ?", {Variant("v-1")}), 1);
   EXPECT_EQ(contar("saveDetallesCaja"), 0);
   EXPECT_EQ(contar("saveDenominaciones"), 0);

@@ -17,9 +17,12 @@ TEST(RedondearMonto, HalvesGoUpNegativesTowardZero) {
     Variant valor;
     const char* esperado;
   } casos[] = {
-      {Variant(cur("10.005")), "10.01"}, {Variant(cur("-10.005")), "-10.00"},
-      {Variant(10.005), "10.01"},        {Variant("10.005"), "10.01"},
-      {Variant(cur("10.0049")), "10.00"}, {Variant(cur("-10.0051")), "-10.01"},
+      {Variant(cur("10.005")), "10.01"},
+      {Variant(cur("-10.005")), "-10.00"},
+      {Variant(10.005), "10.01"},
+      {Variant("10.005"), "10.01"},
+      {Variant(cur("10.0049")), "10.00"},
+      {Variant(cur("-10.0051")), "-10.01"},
       {Variant(), "0"},
   };
   for (const auto& c : casos) {

@@ -18,7 +18,8 @@ class EmpresaFija : public Empresa {
   std::string FormatoMEX() override { return "US$ #,##0.00"; }
   Variant ContribuyenteEspecial() override { return especial_; }
   double porcentajeIGTF456() override {
-    if (falla_) throw CajaError(438, "Empresa", "sin propiedad");
+    if (falla_)
+      throw CajaError(438, "Empresa", "sin propiedad");
     return porcentaje_;
   }
 
@@ -63,9 +64,7 @@ TEST_F(General, InitKeepsTheCompanyFormatOrFallsBack) {
 
 TEST_F(General, TillRateOfZeroReadsAsOne) {
   InicializarEntorno(host_);
-  const struct {
-    double host, esperado;
-  } casos[] = {{0.0, 1.0}, {36.5, 36.5}, {-2.0, -2.0}};
+  const struct { double host, esperado; } casos[] = {{0.0, 1.0}, {36.5, 36.5}, {-2.0, -2.0}};
   for (const auto& c : casos) {
     host_->tipoCambioCaja = c.host;
     EXPECT_EQ(ObtenerTipoCambioCaja(), c.esperado);
@@ -90,8 +89,9 @@ TEST_F(General, FormatearVueltoRoundsToTheChangeStep) {
     const char* monto;
     const char* esperado;
   } casos[] = {
-      {"0.05", "12.37", "Bs. 12.35"},  {"0.05", "12.375", "Bs. 12.40"}, {"0.05", "-12.37", "-Bs. 12.35"},
-      {"0", "12.37", "Bs. 12.37"},     {"0.50", "12.24", "Bs. 12.00"},  {"0.50", "12.25", "Bs. 12.50"},
+      {"0.05", "12.37", "Bs. 12.35"},   {"0.05", "12.375", "Bs. 12.40"},
+      {"0.05", "-12.37", "-Bs. 12.35"}, {"0", "12.37", "Bs. 12.37"},
+      {"0.50", "12.24", "Bs. 12.00"},   {"0.50", "12.25", "Bs. 12.50"},
       {"-1", "12.3749", "Bs. 12.37"},
   };
   for (const auto& c : casos) {

@@ -11,7 +11,9 @@
 namespace caja::test {
 
 // A currency from its machine text; the test's own literal.
-inline Currency cur(const char* texto) { return Currency::parse(texto).value(); }
+inline Currency cur(const char* texto) {
+  return Currency::parse(texto).value();
+}
 
 // The number of the CajaError `f` raises, or 0 when it raises none.
 inline long numeroError(const std::function<void()>& f) {

@@ -14,6 +14,7 @@ class DialogosFalsos : public DialogosCaja {
   Currency montoNotificado = Currency::fromUnits(7);
   bool cancelado = false;
   std::string codigoNuevo;
+  std::int16_t contextoRecibido = 0;
   std::int16_t contextoDejado = 0;
   std::function<void(const std::string&)> alCrear;
 
@@ -29,7 +30,9 @@ class DialogosFalsos : public DialogosCaja {
   void DefinirMediosPago() override {}
   void DefinirMedioPagoNuevo(const std::string& codigo, std::int16_t& contexto) override {
     codigoNuevo = codigo;
-    if (alCrear) alCrear(codigo);
+    contextoRecibido = contexto;
+    if (alCrear)
+      alCrear(codigo);
     contexto = contextoDejado;
   }
 };

@@ -10,9 +10,11 @@ template <class T>
 T FakeFactoria::siguiente(std::map<std::string, std::deque<T>>& guion, const std::string& sql,
                           T defecto) {
   auto it = guion.find(sql);
-  if (it == guion.end() || it->second.empty()) return defecto;
+  if (it == guion.end() || it->second.empty())
+    return defecto;
   T valor = it->second.front();
-  if (it->second.size() > 1) it->second.pop_front();
+  if (it->second.size() > 1)
+    it->second.pop_front();
   return valor;
 }
 
@@ -31,13 +33,15 @@ void FakeFactoria::alEjecutar(const std::string& sql, long filasAfectadas) {
 
 std::vector<std::string> FakeFactoria::sqls() const {
   std::vector<std::string> r;
-  for (const auto& l : llamadas) r.push_back(l.sql);
+  for (const auto& l : llamadas)
+    r.push_back(l.sql);
   return r;
 }
 
 std::shared_ptr<Objeto> FakeFactoria::CrearObjeto(const std::string& clase) {
   auto it = objetos.find(clase);
-  if (it == objetos.end()) throw CajaError(429, "FakeFactoria", "No se puede crear " + clase);
+  if (it == objetos.end())
+    throw CajaError(429, "FakeFactoria", "No se puede crear " + clase);
   return it->second();
 }
 

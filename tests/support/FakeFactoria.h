@@ -46,7 +46,8 @@ class FakeFactoria : public Factoria {
                                                  const Argumentos& args = {}) override;
   std::string NumeroDB(const Variant& numero) override;
   std::string StringDB(const std::string& texto) override;
-  bool ExisteProcedimiento(const std::string& nombre, const std::shared_ptr<Objeto>& dueno) override;
+  bool ExisteProcedimiento(const std::string& nombre,
+                           const std::shared_ptr<Objeto>& dueno) override;
   void Log(const std::string& mensaje) override { logs.push_back(mensaje); }
   Variant VerificarUsuario(const std::string&) override { return nivelUsuario; }
   std::shared_ptr<Objeto> loadFileIcon(const std::string& archivo) override;
@@ -64,7 +65,8 @@ class FakeFactoria : public Factoria {
     std::vector<TablaRecordset::Fila> filas;
   };
   template <class T>
-  static T siguiente(std::map<std::string, std::deque<T>>& guion, const std::string& sql, T defecto);
+  static T siguiente(std::map<std::string, std::deque<T>>& guion, const std::string& sql,
+                     T defecto);
 
   std::map<std::string, std::deque<Variant>> escalares_;
   std::map<std::string, std::deque<Tabla>> tablas_;

@@ -21,7 +21,8 @@ class HostUtilGuion : public HostUtil {
   void MostrarMensaje(const std::string& texto) override { mensajes.push_back(texto); }
   bool Preguntar(const std::string& texto) override {
     preguntas.push_back(texto);
-    if (respuestas.empty()) return false;
+    if (respuestas.empty())
+      return false;
     const bool r = respuestas.front();
     respuestas.pop_front();
     return r;

@@ -1,0 +1,270 @@
+#include "movement/CDetalleIngreso.h"
+
+#include <gtest/gtest.h>
+
+#include "base/Conversiones.h"
+#include "service/CServiciosCaja.h"
+#include "tests/support/HostPrueba.h"
+
+namespace caja {
+namespace {
+
+using test::cur;
+using test::numeroError;
+
+const char* const kLineaSimple =
+    "<DIC>\r\nEFE\r\n1234.5\r\n\r\n\r\n\r\n\r\n\r\n0\r\n<DEC>\r\n"
+    "\r\n\r\n\r\n\r\n\r\n\r\n\r\n<DEC/>\r\n<DIC/>\r\n";
+
+std::shared_ptr<CDetalleDenominacion> den(const char* valor, std::int16_t cantidad) {
+  auto d = std::make_shared<CDetalleDenominacion>();
+  d->Denominacion = cur(valor);
+  d->CantidadRecibida = cantidad;
+  return d;
+}
+
+TEST(TextoDeLinea, PlainLineIsNineteenLines) {
+  CDetalleIngreso l;
+  l.medio = "EFE";
+  l.Monto = cur("1234.50");
+  EXPECT_EQ(l.Serialize(), kLineaSimple);
+}
+
+TEST(TextoDeLinea, ConfirmationAndDenominations) {
+  CDetalleIngreso l;
+  l.medio = "TDC";
+  l.Monto = cur("100");
+  l.IdTitular = "V123";
+  l.NumeroCuenta = "0102";
+  l.NumeroDocumento = "778";
+  l.ClaveAutorizacion = "A1B2";
+  l.CodigoEmisor = "VISA";
+  l.montoNominal = cur("100");
+  l.DetalleConfirmacion = std::make_shared<CDetalleConfirmacion>();
+  l.DetalleConfirmacion->TextoComprobante = "APROBADA\r\nGRACIAS";
+  l.DetalleConfirmacion->Id = "T9";
+  l.DetalleConfirmacion->TipoMedio = "CREDITO";
+  l.DetalleConfirmacion->CodigoEmisor = "VISA";
+  l.DetalleConfirmacion->Track1 = "%B4111";
+  l.DetalleConfirmacion->Track2 = ";4111=";
+  l.DetalleConfirmacion->Monto = cur("100.25");
+  l.Denominaciones->Add(den("20", 3));
+  l.Denominaciones->Add(den("0.5", 2));
+  EXPECT_EQ(l.Serialize(),
+            "<DIC>\r\nTDC\r\n100\r\nV123\r\n0102\r\n778\r\nA1B2\r\nVISA\r\n100\r\n<DEC>\r\n"
+            "APROBADA\tGRACIAS\r\nT9\r\nCREDITO\r\nVISA\r\n\r\n\r\n100.25\r\n<DEC/>\r\n"
+            "<DEN>\r\n20\r\n3\r\n0.5\r\n2\r\n<DEN/>\r\n<DIC/>\r\n");
+
+  CDetalleIngreso leida;
+  leida.Deserialize(l.Serialize());
+  EXPECT_EQ(leida.Serialize(), l.Serialize());
+  ASSERT_NE(leida.DetalleConfirmacion, nullptr);
+  EXPECT_EQ(leida.DetalleConfirmacion->TextoComprobante, "APROBADA\r\nGRACIAS");
+  EXPECT_EQ(leida.DetalleConfirmacion->Track1, "");
+  EXPECT_EQ(leida.DetalleConfirmacion->Track2, "");
+  EXPECT_EQ(leida.DetalleConfirmacion->Referencia, "778");
+  ASSERT_EQ(leida.Denominaciones->Count(), 2);
+  EXPECT_EQ(leida.Denominaciones->Item(2)->valor(), cur("1"));
+}
+
+TEST(TextoDeLinea, VoucherTabsComeBackAsLineBreaksAndAnEmptyVoucherIsLost) {
+  CDetalleIngreso l;
+  l.DetalleConfirmacion = std::make_shared<CDetalleConfirmacion>();
+  l.DetalleConfirmacion->TextoComprobante = "A\tB";
+  CDetalleIngreso leida;
+  leida.Deserialize(l.Serialize());
+  EXPECT_EQ(leida.DetalleConfirmacion->TextoComprobante, "A\r\nB");
+
+  l.DetalleConfirmacion->TextoComprobante = "";
+  l.DetalleConfirmacion->Id = "T9";
+  leida.Deserialize(l.Serialize());
+  EXPECT_EQ(leida.DetalleConfirmacion, nullptr);
+}
+
+TEST(TextoDeLinea, BadFirstLineRaisesAndChangesNothing) {
+  for (const char* malo : {"", "<DIC >\r\nEFE\r\n", "DIC\r\n", "\r\n<DIC>\r\n"}) {
+    SCOPED_TRACE(malo);
+    CDetalleIngreso l;
+    l.medio = "USD";
+    try {
+      l.Deserialize(malo);
+      ADD_FAILURE() << "no error";
+    } catch (const CajaError& e) {
+      EXPECT_EQ(e.number(), 10001);
+      EXPECT_EQ(e.source(), "CDetalleVarelta::Deserialize");
+      EXPECT_EQ(e.description(), "Estructura invalida");
+    }
+    EXPECT_EQ(l.medio, "USD");
+  }
+}
+
+TEST(TextoDeLinea, DamagedTextsStopSilentlyKeepingWhatWasRead) {
+  CDetalleIngreso cortada;
+  cortada.medio = "USD";
+  cortada.Deserialize("<DIC>");
+  EXPECT_EQ(cortada.medio, "USD");
+  cortada.Deserialize("<DIC>\r\nCHE\r\n12.5\r\n");
+  EXPECT_EQ(cortada.medio, "CHE");
+  EXPECT_EQ(cortada.Monto, cur("12.5"));
+
+  // A count beyond 16 bits stops the reading before that element is added.
+  const std::string cabeza =
+      std::string(kLineaSimple).substr(0, std::string(kLineaSimple).size() - 8);
+  CDetalleIngreso fuera;
+  fuera.Deserialize(cabeza + "<DEN>\r\n5\r\n2\r\n10\r\n40000\r\n<DEN/>\r\n<DIC/>\r\n");
+  EXPECT_EQ(fuera.Denominaciones->Count(), 1);
+
+  // A wrong closing line is swallowed; the denominations stay.
+  CDetalleIngreso cierre;
+  cierre.Deserialize(cabeza + "<DEN>\r\n5\r\n2\r\n<DEN/>\r\nXXX\r\n");
+  EXPECT_EQ(cierre.Denominaciones->Count(), 1);
+
+  // A huge block with no end runs the 16-bit line counter out and stops.
+  std::string enorme = cabeza + "<DEN>\r\n";
+  for (int i = 0; i < 20000; ++i)
+    enorme += "1\r\n1\r\n";
+  CDetalleIngreso grande;
+  grande.Deserialize(enorme);
+  EXPECT_EQ(grande.Denominaciones->Count(), 16374);
+}
+
+TEST(TextoDeLinea, DenominationsAreAppended) {
+  CDetalleIngreso l;
+  l.Denominaciones->Add(den("100", 1));
+  CDetalleIngreso otra;
+  otra.Denominaciones->Add(den("20", 3));
+  otra.Denominaciones->Add(den("5", 1));
+  l.Deserialize(otra.Serialize());
+  EXPECT_EQ(l.Denominaciones->Count(), 3);
+  EXPECT_EQ(l.Denominaciones->Item(1)->Denominacion, cur("100"));
+}
+
+TEST(TextoDeLinea, CommaSeparatorDoesNotRoundTrip) {
+  test::RegionalTemporal coma({',', '.', "Bs. #,##0.00"});
+  CDetalleIngreso l;
+  l.Monto = cur("1234.5");
+  CDetalleIngreso leida;
+  leida.Deserialize(l.Serialize());
+  EXPECT_EQ(leida.Monto, cur("1234"));
+}
+
+TEST(EvalVar, NamesIgnoreCase) {
+  CDetalleIngreso l;
+  l.Monto = cur("1234.5");
+  l.ClaveAutorizacion = "A1";
+  Variant v, s;
+  EXPECT_TRUE(l.EvalVar(Variant("tipocambio"), v, s));
+  EXPECT_EQ(v, Variant(std::int16_t{1}));
+  EXPECT_EQ(s, Variant("1.00"));
+  EXPECT_TRUE(l.EvalVar(Variant("Monto"), v, s));
+  EXPECT_EQ(v, Variant(cur("1234.5")));
+  EXPECT_EQ(s, Variant("1,234.50"));
+  EXPECT_TRUE(l.EvalVar(Variant("ClaveConformacion"), v, s));
+  EXPECT_EQ(s, Variant("A1"));
+  l.montoNominal = cur("30");
+  EXPECT_TRUE(l.EvalVar(Variant("TIPOCAMBIO"), v, s));
+  EXPECT_EQ(s, Variant("41.15"));
+  EXPECT_FALSE(l.EvalVar(Variant("XYZ"), v, s));
+  EXPECT_EQ(s, Variant("41.15"));
+}
+
+class LineaFake : public ::testing::Test, protected test::ConFake {};
+
+TEST_F(LineaFake, LoadInstanceIsNullSafeAndReadsDenominationsByPosition) {
+  TablaRecordset fila(
+      {"Id", "TransID", "Medio", "Monto", "IdTitular", "NumeroCuenta", "NumeroDocumento",
+       "ClaveAutorizacion", "Emisor", "MontoNominal"},
+      {{Variant(7), Variant(3), Variant("CHE"), Variant(cur("50")), Variant::Null(),
+        Variant::Null(), Variant("001"), Variant::Null(), Variant("BANESCO"), Variant::Null()}});
+  const std::string sqlDen =
+      "SELECT * FROM DetallesDenominacion WHERE idDetalle = 7 ORDER BY idDetalle";
+  fake->alAbrir(sqlDen, {"x", "y", "z", "w"},
+                {{Variant(1), Variant(7), Variant(cur("20")), Variant(std::int16_t{2})}});
+  CDetalleIngreso destino;
+  CDetalleIngreso().loadInstance(fila, &destino);
+  EXPECT_EQ(destino.Id, 7);
+  EXPECT_EQ(destino.IdTitular, "");
+  EXPECT_EQ(destino.CodigoEmisor, "BANESCO");
+  EXPECT_EQ(destino.montoNominal, cur("0"));
+  EXPECT_EQ(fake->sqls(), std::vector<std::string>{sqlDen});
+  ASSERT_EQ(destino.Denominaciones->Count(), 1);
+  EXPECT_EQ(destino.Denominaciones->Item(1)->valor(), cur("40"));
+}
+
+TEST_F(LineaFake, ExisteEmisorAsksTheIssuerTableFirst) {
+  const std::string q1 =
+      "SELECT count(*) FROM generalEmisores WHERE TipoDocumento = ? AND codigoEmisor = ?";
+  const std::string q2 = "SELECT Count(*) As Q FROM DetallesVarelta WHERE Medio = ? AND Emisor = ?";
+  CDetalleIngreso l;
+  l.medio = "CHE";
+  fake->alLeer(q1, Variant(1));
+  fake->alLeer(q1, Variant(0));
+  fake->alLeer(q2, Variant(0));
+  EXPECT_TRUE(l.ExisteEmisor("BANESCO"));
+  EXPECT_EQ(fake->sqls(), std::vector<std::string>{q1});
+  EXPECT_EQ(fake->llamadas[0].args, (Argumentos{Variant("CHE"), Variant("BANESCO")}));
+  EXPECT_FALSE(l.ExisteEmisor("BOD"));
+  EXPECT_EQ(fake->llamadas.back().sql, q2);
+}
+
+TEST_F(LineaFake, ToStringByKindOfMethod) {
+  const std::vector<std::string> columnas = {
+      "Codigo",         "descripcion",  "Atributos",        "PorcentajeRetencionEmisor",
+      "PorcentajeISLR", "CuentaActivo", "CuentaComisiones", "BancoRelacionado",
+      "Clase",          "titulo",       "textoAyuda",       "isMedioElectronico",
+      "posicion"};
+  auto fila = [](const char* codigo, int atributos) {
+    return TablaRecordset::Fila{Variant(codigo), Variant(""), Variant(atributos), Variant(0.0),
+                                Variant(36.5),   Variant(""), Variant(""),        Variant(""),
+                                Variant(7),      Variant(""), Variant(""),        Variant(0),
+                                Variant(1)};
+  };
+  fake->alAbrir("SELECT * FROM MediosPago WHERE Codigo = 'USD'", columnas, {fila("USD", 64)});
+  fake->alAbrir("SELECT * FROM MediosPago WHERE Codigo = 'TDD'", columnas, {fila("TDD", 0)});
+  CDetalleIngreso l;
+  l.medio = "EFE";
+  l.Monto = cur("1234.5");
+  EXPECT_EQ(l.ToString(), "EFECTIVO Bs. 1,234.50");
+  l.medio = "ZZZ";
+  EXPECT_EQ(l.ToString(), "MEDIO INVALIDO (ZZZ) Bs. 1,234.50");
+  l.medio = "TDD";
+  EXPECT_EQ(l.ToString(), "TDD Bs. 1,234.50");
+  l.medio = "USD";
+  l.Monto = cur("3650");
+  l.montoNominal = cur("100");
+  EXPECT_EQ(l.ToString(), "100.00USD x Bs. 36.50");
+  l.montoNominal = cur("0");
+  EXPECT_EQ(numeroError([&] { l.ToString(); }), 11);
+}
+
+class LineaSqlite : public ::testing::Test, protected test::ConSqlite {};
+
+TEST_F(LineaSqlite, IssuerKnownThroughEitherTable) {
+  CDetalleIngreso l;
+  l.medio = "CHE";
+  EXPECT_FALSE(l.ExisteEmisor("BANESCO"));
+  db->ExecuteSQL(
+      "INSERT INTO generalEmisores (TipoDocumento, CodigoEmisor) VALUES ('CHE', 'BANESCO')");
+  EXPECT_TRUE(l.ExisteEmisor("banesco"));
+  db->ExecuteSQL("INSERT INTO MovimientosCaja (Sesion) VALUES (1)");
+  db->ExecuteSQL("INSERT INTO DetallesVarelta (TransID, Medio, Emisor) VALUES (1, 'CHE', 'BOD')");
+  EXPECT_TRUE(l.ExisteEmisor("BOD"));
+  l.medio = "TDC";
+  EXPECT_FALSE(l.ExisteEmisor("BOD"));
+}
+
+TEST_F(LineaSqlite, DetallesEnRegistroReadsUntilTheFirstBadLine) {
+  CServiciosCaja servicios;
+  EXPECT_EQ(servicios.DetallesEnRegistro()->Count(), 0);
+  CDetalleIngreso l;
+  l.medio = "CHE";
+  entorno.settings->SaveSetting("ZOR", "frmVarelta\\Detalles", "1", l.Serialize());
+  entorno.settings->SaveSetting("ZOR", "frmVarelta\\Detalles", "2", "basura");
+  entorno.settings->SaveSetting("ZOR", "frmVarelta\\Detalles", "3", l.Serialize());
+  auto lineas = servicios.DetallesEnRegistro();
+  ASSERT_EQ(lineas->Count(), 1);
+  EXPECT_EQ(lineas->Item(1)->medio, "CHE");
+}
+
+}  // namespace
+}  // namespace caja
