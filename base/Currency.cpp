@@ -104,6 +104,12 @@ Currency operator*(Currency a, std::int16_t n) {
   return Currency::fromRaw(checkedMul(a.raw_, n));
 }
 
+double operator/(Currency a, Currency b) {
+  if (b.isZero())
+    throw errorEjecucion(err::kDivisionPorCero);
+  return static_cast<double>(a.raw_) / static_cast<double>(b.raw_);
+}
+
 Currency Int(Currency valor) {
   std::int64_t unidades = valor.raw() / Currency::kEscala;
   if (valor.raw() % Currency::kEscala < 0)

@@ -41,6 +41,10 @@ class Currency {
   friend Currency operator*(Currency a, std::int16_t n);
   friend Currency operator*(std::int16_t n, Currency a) { return a * n; }
 
+  // The quotient of two amounts is a rate, not money: a double. A zero
+  // divisor raises error 11.
+  friend double operator/(Currency a, Currency b);
+
   friend constexpr auto operator<=>(Currency a, Currency b) = default;
 
  private:

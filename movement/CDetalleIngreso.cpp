@@ -184,8 +184,7 @@ bool CDetalleIngreso::EvalVar(const Variant& sVarID, Variant& vRetBuffer,
     return numero(Variant(montoNominal));
   if (nombre == "TIPOCAMBIO") {
     // A failed division (no nominal amount) gives the integer 1.
-    return numero(montoNominal.isZero() ? Variant(std::int16_t{1})
-                                        : Variant(Monto.toDouble() / montoNominal.toDouble()));
+    return numero(montoNominal.isZero() ? Variant(std::int16_t{1}) : Variant(Monto / montoNominal));
   }
   return false;
 }
@@ -203,7 +202,7 @@ std::string CDetalleIngreso::ToString() const {
     throw errorEjecucion(err::kDivisionPorCero);
   // No blank between the amount and the code: the line reads as designed.
   return Format(Variant(montoNominal), kFormatoMonto) + medio + " x " +
-         Format(Variant(Monto.toDouble() / montoNominal.toDouble()), kFormatoMoneda);
+         Format(Variant(Monto / montoNominal), kFormatoMoneda);
 }
 
 void CDetalleIngreso::loadInstance(Recordset& rs, CDetalleIngreso* pDest) {

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+#include "base/Currency.h"
+#include "base/Objeto.h"
+
+namespace caja {
+
+// One payment method's amount in a drawer or a drawer transaction: its value
+// in national currency and its amount in the method's own unit.
+class DetalleEfectivo : public Objeto {
+ public:
+  std::string codigoMedio;
+  Currency valorNominal;
+  Currency valorMN;
+
+  // Always derived from the two amounts, rounded to four decimals; 1 without a
+  // nominal amount. The amounts are the single source of the rate.
+  double tipoCambio() const;
+  // Kept, rounded to four decimals, and deliberately never read back.
+  void tipoCambio(double valor);
+
+ private:
+  Currency tasaGuardada_;
+};
+
+}  // namespace caja

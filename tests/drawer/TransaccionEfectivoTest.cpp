@@ -1,0 +1,223 @@
+#include "drawer/TransaccionEfectivo.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "base/Conversiones.h"
+#include "drawer/SaldoCaja.h"
+#include "tests/support/HostPrueba.h"
+
+namespace caja {
+namespace {
+
+using test::cur;
+using Tipo = test::FakeFactoria::Tipo;
+
+const std::vector<std::string> kColumnasMedio = {
+    "Codigo",         "descripcion",  "Atributos",        "PorcentajeRetencionEmisor",
+    "PorcentajeISLR", "CuentaActivo", "CuentaComisiones", "BancoRelacionado",
+    "Clase",          "titulo",       "textoAyuda",       "isMedioElectronico",
+    "posicion"};
+
+class TransaccionFake : public ::testing::Test, protected test::ConFake {
+ protected:
+  void medio(const char* codigo, int clase, int atributos) {
+    fake->alAbrir(std::string("SELECT * FROM MediosPago WHERE Codigo = '") + codigo + "'",
+                  kColumnasMedio,
+                  {{Variant(codigo), Variant(""), Variant(atributos), Variant(0.0), Variant(0.0),
+                    Variant(""), Variant(""), Variant(""), Variant(clase), Variant(""), Variant(""),
+                    Variant(0), Variant(1)}});
+  }
+  std::vector<test::FakeFactoria::Llamada> desde(std::size_t n) const {
+    return {fake->llamadas.begin() + static_cast<long>(n), fake->llamadas.end()};
+  }
+};
+
+TEST_F(TransaccionFake, GrabarWritesHeaderThenEachLineBeforeItsBalance) {
+  medio("USD", 8, 0);
+  medio("TDC", 3, 0);  // not cash-like: never reaches the drawer
+  TransaccionEfectivo t;
+  t.beginProcess(Variant(4));
+  t.addDetalle("EFE", cur("100"), cur("5"));
+  t.addDetalle("USD", cur("400"), cur("10"));
+  t.addDetalle("usd", cur("200"), cur("5"));
+  t.addDetalle("TDC", cur("50"), cur("50"));
+  t.addDetalle("USD", cur("0"), cur("10"));
+  EXPECT_EQ(t.EfectivoMN, cur("100"));
+  const std::size_t antes = fake->llamadas.size();
+  fake->alLeer("SELECT scope_identity()", Variant(77));
+  fake->alLeer("SELECT id FROM CVCaja WHERE MachineID = ?", Variant(12));
+  fake->alLeer("SELECT COUNT(*) FROM CVCaja WHERE machineID = ?", Variant(1));
+  t.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, 55);
+
+  const auto ll = desde(antes);
+  const std::vector<std::string> esperadas = {
+      "INSERT INTO transaccionesEfectivo (tipoTrans, idOrigen, machineID, efectivoMN) VALUES (?, "
+      "?, ?, ?)",
+      "SELECT scope_identity()",
+      "SELECT COUNT(*) FROM CVCaja WHERE machineID = ?",
+      "SELECT id FROM CVCaja WHERE MachineID = ?",
+      "UPDATE cvCaja SET efectivoMN = efectivoMN + ? WHERE id = ?",
+      "INSERT INTO transaccionEfectivoDetalles (transID, codigoMedio, valorMN, valorNominal) "
+      "VALUES "
+      "(?, ?, ?, ?)",
+      "SELECT COUNT(*) FROM CVCaja WHERE machineID = ?",
+      "SELECT id FROM CVCaja WHERE MachineID = ?",
+      "SELECT id FROM CVCajaDetalles WHERE idCEC = ? AND codigoMedio = ?",
+      "INSERT INTO CVCajaDetalles (idCec, codigoMedio) VALUES (?, ?)",
+      "SELECT scope_identity()",
+      "UPDATE CVCajaDetalles SET valorMN = valorMN + ?, valorNominal = valorNominal + ? WHERE id = "
+      "?",
+  };
+  std::vector<std::string> sqls;
+  for (const auto& l : ll)
+    sqls.push_back(l.sql);
+  EXPECT_EQ(sqls, esperadas);
+  EXPECT_EQ(ll[0].args,
+            (Argumentos{Variant(0), Variant(55), Variant(std::int16_t{4}), Variant(cur("100"))}));
+  EXPECT_EQ(ll[4].args, (Argumentos{Variant(cur("100")), Variant(12)}));
+  // One line for "USD" and "usd": 600 for 15, at 40.
+  EXPECT_EQ(ll[5].args,
+            (Argumentos{Variant(77), Variant("USD"), Variant(cur("600")), Variant(cur("15"))}));
+  EXPECT_EQ(ll[11].args, (Argumentos{Variant(cur("600")), Variant(cur("15")), Variant(77)}));
+}
+
+TEST_F(TransaccionFake, NoBalanceIsEverWrittenAsAnAbsoluteValue) {
+  medio("USD", 8, 0);
+  TransaccionEfectivo t;
+  t.beginProcess(Variant(1));
+  t.addDetalle("EFE", cur("10"), cur("10"));
+  t.addDetalle("USD", cur("40"), cur("1"));
+  t.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, 1);
+  t.revertir();
+  const std::regex relativo(R"(SET (\w+\.)?(\w+) = (\w+\.)?\2 [-+] )", std::regex::icase);
+  int updates = 0;
+  for (const auto& l : fake->llamadas) {
+    if (l.sql.rfind("UPDATE", 0) != 0)
+      continue;
+    ++updates;
+    EXPECT_TRUE(std::regex_search(l.sql, relativo)) << l.sql;
+  }
+  EXPECT_EQ(updates, 4);
+}
+
+TEST_F(TransaccionFake, NothingToWriteWritesNothing) {
+  TransaccionEfectivo t;
+  t.beginProcess(Variant(1));
+  t.addDetalle("USD", cur("0"), cur("10"));
+  t.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, 1);
+  EXPECT_TRUE(fake->llamadas.empty());
+}
+
+TEST_F(TransaccionFake, BeforeBeginProcessOnlyNationalCashIsTaken) {
+  medio("USD", 8, 0);
+  TransaccionEfectivo t;
+  t.addDetalle("EFE", cur("5"), cur("0"));
+  EXPECT_EQ(t.EfectivoMN, cur("5"));
+  EXPECT_EQ(test::numeroError([&] { t.addDetalle("USD", cur("5"), cur("1")); }), 91);
+  EXPECT_EQ(test::numeroError([&] { t.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, 1); }), 91);
+}
+
+TEST_F(TransaccionFake, RevertirJoinsItsSixPiecesExactly) {
+  TransaccionEfectivo t;
+  t.Id = 31;
+  t.MachineID = 2;
+  t.EfectivoMN = cur("12.5");
+  t.revertir();
+  ASSERT_EQ(fake->llamadas.size(), 4u);
+  EXPECT_EQ(fake->llamadas[0].sql,
+            "UPDATE cvCaja SET efectivoMN = efectivoMN - ? WHERE machineID = ?");
+  EXPECT_EQ(fake->llamadas[0].args, (Argumentos{Variant(cur("12.5")), Variant(std::int16_t{2})}));
+  EXPECT_EQ(
+      fake->llamadas[1].sql,
+      "UPDATE cvCajaDetalles SET valorMN = cvCajaDetalles.valorMN - D.valorMN, valorNominal = "
+      "cvCajaDetalles.valorNominal - D.ValorNominal FROM (SELECT d.*, cv.id AS CEC FROM "
+      "(SELECT * FROM transaccionEfectivodetalles WHERE transID = ?) D INNER JOIN "
+      "TransaccionesEfectivo te ON D.transID = te.id INNER JOIN cvCaja CV ON cv.machineID = "
+      "te.machineID) D WHERE D.CEC = idCec AND D.codigoMedio = cvCajaDetalles.codigoMedio");
+  EXPECT_EQ(fake->llamadas[1].args, Argumentos{Variant(31)});
+  EXPECT_EQ(fake->llamadas[2].sql, "DELETE FROM transaccionEfectivoDetalles WHERE transId = ?");
+  EXPECT_EQ(fake->llamadas[3].sql, "DELETE FROM TransaccionesEfectivo WHERE id = ?");
+}
+
+class TransaccionSqlite : public ::testing::Test, protected test::ConSqlite {
+ protected:
+  void SetUp() override {
+    db->ExecuteSQL(
+        "INSERT INTO MediosPago (Codigo, Clase, Atributos, titulo, posicion) VALUES "
+        "('USD', 8, 1024, 'Dólares', 1), ('TDC', 3, 0, 'Tarjeta', 2)");
+  }
+  Currency efectivo(int maquina) {
+    return NzMoneda(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = ?", {maquina}));
+  }
+  Currency detalle(int maquina, const char* columna) {
+    return NzMoneda(db->ReadScalar(std::string("SELECT D.") + columna +
+                                       " FROM cvCajaDetalles D JOIN cvCaja C ON C.id = D.idCec "
+                                       "WHERE C.MachineID = ? AND D.codigoMedio = 'USD'",
+                                   {maquina}));
+  }
+  void grabar(int maquina, int documento, const char* efe, const char* usdMN, const char* usd) {
+    TransaccionEfectivo t;
+    t.beginProcess(Variant(maquina));
+    t.addDetalle("EFE", cur(efe), cur(efe));
+    t.addDetalle("USD", cur(usdMN), cur(usd));
+    t.addDetalle("TDC", cur("99"), cur("99"));
+    t.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, documento);
+  }
+};
+
+TEST_F(TransaccionSqlite, FirstGrabarCreatesTheTillRowsAndAdds) {
+  grabar(1, 10, "150", "400", "10");
+  EXPECT_EQ(efectivo(1), cur("150"));
+  EXPECT_EQ(detalle(1, "valorMN"), cur("400"));
+  EXPECT_EQ(detalle(1, "valorNominal"), cur("10"));
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM transaccionEfectivoDetalles"), 1);
+  grabar(1, 11, "50", "80", "2");
+  EXPECT_EQ(efectivo(1), cur("200"));
+  EXPECT_EQ(detalle(1, "valorMN"), cur("480"));
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM cvCaja"), 1);
+}
+
+TEST_F(TransaccionSqlite, RevertirRestoresTheBalancesOfItsTillOnly) {
+  grabar(1, 10, "150", "400", "10");
+  grabar(2, 20, "70", "40", "1");
+  grabar(1, 11, "30", "200", "5");
+  TransaccionEfectivo t;
+  ASSERT_TRUE(t.loadFromTransid(origenTransaccionEfectivo::OTE_MOVCAJA, 11));
+  EXPECT_EQ(t.MachineID, 1);
+  EXPECT_EQ(t.EfectivoMN, cur("30"));
+  t.revertir();
+  EXPECT_EQ(efectivo(1), cur("150"));
+  EXPECT_EQ(detalle(1, "valorMN"), cur("400"));
+  EXPECT_EQ(detalle(1, "valorNominal"), cur("10"));
+  EXPECT_EQ(efectivo(2), cur("70"));
+  EXPECT_EQ(detalle(2, "valorMN"), cur("40"));
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM transaccionesEfectivo"), 2);
+  EXPECT_FALSE(t.loadFromTransid(origenTransaccionEfectivo::OTE_MOVCAJA, 11));
+  EXPECT_FALSE(t.loadFromTransid(origenTransaccionEfectivo::OTE_ORIGENT, 10));
+}
+
+TEST_F(TransaccionSqlite, OutgoingMoneyIsValuedAtTheDrawersRate) {
+  grabar(1, 10, "0", "3000", "100");
+  TransaccionEfectivo t;
+  t.beginProcess(Variant(1));
+  t.addDetalle("USD", cur("-500"), cur("-10"));
+  t.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, 12);
+  EXPECT_EQ(detalle(1, "valorMN"), cur("2700"));
+  EXPECT_EQ(detalle(1, "valorNominal"), cur("90"));
+}
+
+TEST_F(TransaccionSqlite, ANominalThatCancelsOutTakesThisCallsAmount) {
+  // No drawer yet: the outgoing amount keeps the caller's value.
+  TransaccionEfectivo t;
+  t.beginProcess(Variant(5));
+  t.addDetalle("USD", cur("400"), cur("10"));
+  t.addDetalle("USD", cur("-400"), cur("-10"));
+  t.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, 1);
+  EXPECT_EQ(detalle(5, "valorMN"), cur("0"));
+  EXPECT_EQ(detalle(5, "valorNominal"), cur("-400"));
+}
+
+}  // namespace
+}  // namespace caja
