@@ -1,0 +1,12 @@
+#include "movement/CDocsMovCaja.h"
+
+#include "service/General.h"
+
+namespace caja {
+
+std::shared_ptr<Objeto> CDocsMovCaja::Documento() const {
+  if (!gFactoria) return nullptr;
+  return crearObjeto<Instanciador>(*gFactoria, "Instanciador")->EntidadDOCUMENTO(TipoDoc, NumeroDoc);
+}
+
+}  // namespace caja

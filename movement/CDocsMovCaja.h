@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "base/Currency.h"
+#include "base/Objeto.h"
+
+namespace caja {
+
+// One related document of a cash movement: a row of `subDocsMC`.
+class CDocsMovCaja : public Objeto {
+ public:
+  std::int32_t TransID = 0;
+  std::string TipoDoc;
+  std::int32_t NumeroDoc = 0;
+  Currency Debitos;
+  Currency Creditos;
+
+  // The host's document object, or nullptr before `Init`.
+  std::shared_ptr<Objeto> Documento() const;
+};
+
+}  // namespace caja
