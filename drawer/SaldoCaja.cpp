@@ -19,7 +19,8 @@ std::shared_ptr<DetalleEfectivo> SaldoCaja::makeDetalleEfectivo(const Variant& m
   } else {
     // The inverse of the rate; without visible effect, as reading derives
     // the rate from the amounts. Kept as it always was.
-    if (mn == 0.0) throw errorEjecucion(err::kDivisionPorCero);
+    if (mn == 0.0)
+      throw errorEjecucion(err::kDivisionPorCero);
     d->tipoCambio(nominal / mn);
   }
   return d;
@@ -50,10 +51,13 @@ bool SaldoCaja::load(std::int32_t idCajaBuscada) {
 }
 
 double SaldoCaja::tipoCambio(const std::string& codigoMedio) const {
-  if (!detalles) return 0.0;
+  if (!detalles)
+    return 0.0;
   const auto linea = detalles->Find(codigoMedio);
-  if (!linea) return 0.0;
-  if (linea->valorNominal.isZero()) return 1.0;
+  if (!linea)
+    return 0.0;
+  if (linea->valorNominal.isZero())
+    return 1.0;
   return linea->valorMN / linea->valorNominal;
 }
 

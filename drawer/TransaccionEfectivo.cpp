@@ -20,32 +20,38 @@ void TransaccionEfectivo::beginProcess(const Variant& idMaquina) {
 }
 
 Collection<DetalleEfectivo>& TransaccionEfectivo::lineas() {
-  if (!detalles_) throw errorEjecucion(err::kObjetoNoEstablecido);
+  if (!detalles_)
+    throw errorEjecucion(err::kObjetoNoEstablecido);
   return *detalles_;
 }
 
 double TransaccionEfectivo::tasaDelCajon(const std::string& medio) {
   const std::int32_t idCec =
       CLng(factoria().ReadScalar("SELECT id FROM cvCaja WHERE machineID = ?", {MachineID}));
-  if (idCec == 0) return 0.0;
+  if (idCec == 0)
+    return 0.0;
   auto rs = factoria().openrecordset(
       "SELECT * FROM cvCajaDetalles WHERE idCec =? AND codigoMedio = ?", {idCec, medio});
-  if (rs->Eof()) return 0.0;
+  if (rs->Eof())
+    return 0.0;
   const Currency nominal = CCur(rs->Fields("valorNominal"));
-  if (nominal.isZero()) return 0.0;
+  if (nominal.isZero())
+    return 0.0;
   return CCur(rs->Fields("valorMN")) / nominal;
 }
 
 void TransaccionEfectivo::addDetalle(const std::string& medio, Currency Monto, Currency nominal) {
   // A zero amount is ignored even with a nominal amount: intended.
-  if (Monto.isZero()) return;
+  if (Monto.isZero())
+    return;
   if (medio == "EFE") {
     EfectivoMN += Monto;
     return;
   }
   std::string codigo = medio;
   const auto metodo = ObtenerMedioPago(codigo);
-  if (!metodo || EsMedioEfectivo(*metodo) == 0) return;
+  if (!metodo || EsMedioEfectivo(*metodo) == 0)
+    return;
   auto linea = lineas().Find(medio);
   if (!linea) {
     linea = std::make_shared<DetalleEfectivo>();
@@ -54,12 +60,14 @@ void TransaccionEfectivo::addDetalle(const std::string& medio, Currency Monto, C
   }
   if (nominal < Currency{}) {
     const double tasa = tasaDelCajon(medio);
-    if (tasa != 0.0) Monto = CCur(nominal.toDouble() * tasa);
+    if (tasa != 0.0)
+      Monto = CCur(nominal.toDouble() * tasa);
   }
   linea->valorMN += Monto;
   linea->valorNominal += nominal;
   // Keeps the divisor below from being zero: this call's amount, intended.
-  if (linea->valorNominal.isZero()) linea->valorNominal = Monto;
+  if (linea->valorNominal.isZero())
+    linea->valorNominal = Monto;
   linea->tipoCambio(linea->valorMN / linea->valorNominal);
 }
 
@@ -77,19 +85,23 @@ void TransaccionEfectivo::actualizarSaldo(const Variant& medio, const Variant& v
   std::int32_t idDet = CLng(host.ReadScalar(
       "SELECT id FROM CVCajaDetalles WHERE idCEC = ? AND codigoMedio = ?", {idCec, medio}));
   if (idDet == 0) {
-    host.ExecuteSQL("INSERT INTO CVCajaDetalles (idCec, codigoMedio) VALUES (?, ?)", {idCec, medio});
+    host.ExecuteSQL("INSERT INTO CVCajaDetalles (idCec, codigoMedio) VALUES (?, ?)",
+                    {idCec, medio});
     idDet = CLng(host.ReadScalar("SELECT scope_identity()"));
   }
   host.ExecuteSQL(
-      "UPDATE CVCajaDetalles SET valorMN = valorMN + ?, valorNominal = valorNominal + ? WHERE id = ?",
+      "UPDATE CVCajaDetalles SET valorMN = valorMN + ?, valorNominal = valorNominal + ? WHERE id = "
+      "?",
       {valorMN, valorNominal, idDet});
 }
 
 void TransaccionEfectivo::grabar(origenTransaccionEfectivo origen, std::int32_t numRef) {
-  if (EfectivoMN.isZero() && lineas().Count() == 0) return;
+  if (EfectivoMN.isZero() && lineas().Count() == 0)
+    return;
   Factoria& host = factoria();
   host.ExecuteSQL(
-      "INSERT INTO transaccionesEfectivo (tipoTrans, idOrigen, machineID, efectivoMN) VALUES (?, ?, "
+      "INSERT INTO transaccionesEfectivo (tipoTrans, idOrigen, machineID, efectivoMN) VALUES (?, "
+      "?, "
       "?, ?)",
       {origenComoVariant(origen), numRef, MachineID, EfectivoMN});
   // Kept in a local only: Id, tipoTrans and idOrigen describe a loaded transaction.
@@ -136,7 +148,8 @@ bool TransaccionEfectivo::loadFromTransid(origenTransaccionEfectivo origen, std:
   auto rs = factoria().openrecordset(
       "SELECT * FROM transaccionesEfectivo WHERE tipoTrans = ? AND idOrigen = ?",
       {origenComoVariant(origen), numRef});
-  if (rs->Eof()) return false;
+  if (rs->Eof())
+    return false;
   loadInstance(*rs);
   return true;
 }

@@ -5,8 +5,10 @@
 namespace caja {
 
 std::shared_ptr<Objeto> CDocsMovCaja::Documento() const {
-  if (!gFactoria) return nullptr;
-  return crearObjeto<Instanciador>(*gFactoria, "Instanciador")->EntidadDOCUMENTO(TipoDoc, NumeroDoc);
+  if (!gFactoria)
+    return nullptr;
+  return crearObjeto<Instanciador>(*gFactoria, "Instanciador")
+      ->EntidadDOCUMENTO(TipoDoc, NumeroDoc);
 }
 
 }  // namespace caja

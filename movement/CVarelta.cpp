@@ -46,7 +46,8 @@ bool CVarelta::load(std::int32_t iTransID) {
 }
 
 std::shared_ptr<Collection<CDetalleIngreso>> CVarelta::detalles() {
-  if (Numero() == 0) return colDetalles;
+  if (Numero() == 0)
+    return colDetalles;
   auto lineas = std::make_shared<Collection<CDetalleIngreso>>();
   auto rs = factoria().openrecordset("SELECT * FROM DetallesVarelta WHERE TransID = " +
                                      factoria().NumeroDB(Variant(Numero())) + " ORDER BY Id");
@@ -60,7 +61,8 @@ std::shared_ptr<Collection<CDetalleIngreso>> CVarelta::detalles() {
 }
 
 std::string CVarelta::NombreEntidadRelacionada() const {
-  if (!gFactoria) return "NombreEntidadRelacionada NO DISPONIBLE";
+  if (!gFactoria)
+    return "NombreEntidadRelacionada NO DISPONIBLE";
   auto entidad =
       crearObjeto<Instanciador>(*gFactoria, "Instanciador")->Entidad(TipoEntidad, CodigoEntidad);
   return entidad ? entidad->Nombre() : "NombreEntidadRelacionada NO LOCALIZADO";
@@ -75,8 +77,10 @@ Currency CVarelta::TotalClase(ClaseIngresoSesion clase) {
     }
     std::string codigo = d->medio;
     const auto medio = ObtenerMedioPago(codigo);
-    if (!medio) throw errorEjecucion(err::kObjetoNoEstablecido);
-    if (medio->Clase == clase) total += d->Monto;
+    if (!medio)
+      throw errorEjecucion(err::kObjetoNoEstablecido);
+    if (medio->Clase == clase)
+      total += d->Monto;
   }
   return total;
 }
@@ -90,14 +94,16 @@ bool CVarelta::LoadFromDocumento(const std::string& sTipoDoc, std::int32_t lNume
   if (rs->Eof()) {
     rs->Close();
     // Through the related documents, the most recent reference winning.
-    rs = host.openrecordset(std::string("SELECT M.* ") + "FROM MovimientosCaja AS M, subDocsMC AS S " +
+    rs = host.openrecordset(std::string("SELECT M.* ") +
+                            "FROM MovimientosCaja AS M, subDocsMC AS S " +
                             "WHERE s.TipoDoc = " + tipo + " " + "AND s.numDoc = " + numero + " " +
                             "AND M.TransID = S.TransID " + "AND S.ID IN " +
                             "  (SELECT MAX(ID) FROM subDocsMC WHERE TipoDoc = " + tipo + " " +
                             "AND NumDoc = " + numero + ");");
   }
   const bool hallado = !rs->Eof();
-  if (hallado) loadInstance(*rs);
+  if (hallado)
+    loadInstance(*rs);
   rs->Close();
   return hallado;
 }
@@ -111,7 +117,8 @@ std::shared_ptr<Collection<DetalleEfectivo>> CVarelta::detallesEfectivo() {
       medio = std::make_shared<CMedioPago>();
       medio->codigo = "EFE";
     }
-    if (!esMedioEfectivoMovimiento(*medio)) continue;
+    if (!esMedioEfectivoMovimiento(*medio))
+      continue;
     auto linea = resultado->Find(medio->codigo);
     if (!linea) {
       linea = std::make_shared<DetalleEfectivo>();

@@ -104,11 +104,11 @@ class CVarelta : public Objeto, public std::enable_shared_from_this<CVarelta> {
  private:
   Currency TotalClase(ClaseIngresoSesion clase);
   // Steps 1 to 14 of `Save`; `paso` tells the handler where it failed.
-  std::shared_ptr<PosExt> guardar(std::int32_t iSesion, const std::string& iOperador, const std::string& iTipoDoc,
-               std::int32_t iNumeroDoc, const std::string& iTipoEntidad,
-               const std::string& iCodigoEntidad, const std::string& iDescripcion, Fecha iFecha,
-               const std::string& iClasificacion, const std::string& iBeneficiario, Currency IGTF,
-               double tc, int& paso);
+  std::shared_ptr<PosExt> guardar(
+      std::int32_t iSesion, const std::string& iOperador, const std::string& iTipoDoc,
+      std::int32_t iNumeroDoc, const std::string& iTipoEntidad, const std::string& iCodigoEntidad,
+      const std::string& iDescripcion, Fecha iFecha, const std::string& iClasificacion,
+      const std::string& iBeneficiario, Currency IGTF, double tc, int& paso);
   TransaccionEfectivo& transaccion();
 
   std::shared_ptr<TransaccionEfectivo> transEf_;

@@ -14,20 +14,23 @@ constexpr const char* kFuenteMaquina = "cVarelta::Save";
 
 // The till configured for this machine in the host suite's settings.
 Variant maquinaConfigurada(std::int64_t defecto) {
-  return Variant(lmGetSettingCur(kAppNubetral, "General", "MachineID", Currency::fromUnits(defecto)));
+  return Variant(
+      lmGetSettingCur(kAppNubetral, "General", "MachineID", Currency::fromUnits(defecto)));
 }
 
 // The movement itself as the argument of a host procedure; a movement not
 // owned by a shared_ptr is lent without ownership.
 std::shared_ptr<CVarelta> comoObjeto(CVarelta& mov) {
-  if (auto propio = mov.weak_from_this().lock()) return propio;
+  if (auto propio = mov.weak_from_this().lock())
+    return propio;
   return std::shared_ptr<CVarelta>(&mov, [](CVarelta*) {});
 }
 
 }  // namespace
 
 TransaccionEfectivo& CVarelta::transaccion() {
-  if (!transEf_) throw errorEjecucion(err::kObjetoNoEstablecido);
+  if (!transEf_)
+    throw errorEjecucion(err::kObjetoNoEstablecido);
   return *transEf_;
 }
 
@@ -39,12 +42,11 @@ void CVarelta::Save(std::int32_t iSesion, const std::string& iOperador, const st
   int paso = 0;
   std::shared_ptr<PosExt> extension;
   try {
-    extension = guardar(iSesion, iOperador, iTipoDoc, iNumeroDoc, iTipoEntidad, iCodigoEntidad, iDescripcion,
-            iFecha, iClasificacion, iBeneficiario, IGTF, tc, paso);
+    extension = guardar(iSesion, iOperador, iTipoDoc, iNumeroDoc, iTipoEntidad, iCodigoEntidad,
+                        iDescripcion, iFecha, iClasificacion, iBeneficiario, IGTF, tc, paso);
   } catch (const CajaError& e) {
     const std::string fuente = e.source() == kFuenteMaquina ? kFuenteMaquina : kFuenteSave;
-    throw CajaError(e.number(), fuente,
-                    e.description() + "(DLL#" + std::to_string(paso) + ")");
+    throw CajaError(e.number(), fuente, e.description() + "(DLL#" + std::to_string(paso) + ")");
   }
   // Step 15, with errors ignored: the movement stays saved whatever the procedure does.
   try {
@@ -54,32 +56,36 @@ void CVarelta::Save(std::int32_t iSesion, const std::string& iOperador, const st
   }
 }
 
-std::shared_ptr<PosExt> CVarelta::guardar(std::int32_t iSesion, const std::string& iOperador,
-                       const std::string& iTipoDoc, std::int32_t iNumeroDoc,
-                       const std::string& iTipoEntidad, const std::string& iCodigoEntidad,
-                       const std::string& iDescripcion, Fecha iFecha,
-                       const std::string& iClasificacion, const std::string& iBeneficiario,
-                       Currency IGTF, double tc, int& paso) {
+std::shared_ptr<PosExt> CVarelta::guardar(
+    std::int32_t iSesion, const std::string& iOperador, const std::string& iTipoDoc,
+    std::int32_t iNumeroDoc, const std::string& iTipoEntidad, const std::string& iCodigoEntidad,
+    const std::string& iDescripcion, Fecha iFecha, const std::string& iClasificacion,
+    const std::string& iBeneficiario, Currency IGTF, double tc, int& paso) {
   Factoria& host = factoria();
   paso = 1;
-  if (IGTF.isZero()) IGTF = montoIGTF;
+  if (IGTF.isZero())
+    IGTF = montoIGTF;
   paso = 2;
-  if (tc < 0) tc = CDbl(host.ReadScalar("SELECT MAX(TipoCambio) FROM parametrosEmpresa"));
+  if (tc < 0)
+    tc = CDbl(host.ReadScalar("SELECT MAX(TipoCambio) FROM parametrosEmpresa"));
   paso = 3;
   transEf_ = std::make_shared<TransaccionEfectivo>();
   paso = 4;
-  MachineID = CLng(host.ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {iSesion}));
+  MachineID =
+      CLng(host.ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {iSesion}));
   paso = 5;
   // Before the fallbacks, deliberately: a closed session's transaction begins with 0.
   transEf_->beginProcess(Variant(MachineID));
   paso = 6;
   if (MachineID == 0)
-    MachineID =
-        CLng(host.ReadScalar("SELECT MachineID FROM SesionesCerradas WHERE SessionID = ?", {iSesion}));
+    MachineID = CLng(
+        host.ReadScalar("SELECT MachineID FROM SesionesCerradas WHERE SessionID = ?", {iSesion}));
   paso = 7;
-  if (MachineID == 0) MachineID = CLng(maquinaConfigurada(0));
+  if (MachineID == 0)
+    MachineID = CLng(maquinaConfigurada(0));
   paso = 8;
-  if (MachineID == 0) throw CajaError(err::kErrorComponente2, kFuenteMaquina, "MachineID Invalido");
+  if (MachineID == 0)
+    throw CajaError(err::kErrorComponente2, kFuenteMaquina, "MachineID Invalido");
   paso = 9;
   if (TransID != 0) {
     throw CajaError(err::kErrorComponente, kFuenteSave,
@@ -101,8 +107,11 @@ std::shared_ptr<PosExt> CVarelta::guardar(std::int32_t iSesion, const std::strin
   Hora = Fecha::now() - Fecha::today();
   paso = 11;
   CStringBuffer sql;
-  sql.Append("INSERT INTO MovimientosCaja (Fecha, Hora, Sesion, Operador, TipoDocumento, NumeroDocumento, ");
-  sql.Append("TipoEntidad, CodigoEntidad, Descripcion, Debitos, Creditos, Clasificacion, Beneficiario, ");
+  sql.Append(
+      "INSERT INTO MovimientosCaja (Fecha, Hora, Sesion, Operador, TipoDocumento, "
+      "NumeroDocumento, ");
+  sql.Append(
+      "TipoEntidad, CodigoEntidad, Descripcion, Debitos, Creditos, Clasificacion, Beneficiario, ");
   sql.Append("machineID, MontoIGTF, tipoCambio) ");
   sql.Append("VALUES (?, getdate(), ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
   host.ExecuteSQL(sql.value(), {iFecha, iSesion, iOperador, iTipoDoc, iNumeroDoc, iTipoEntidad,
@@ -111,18 +120,19 @@ std::shared_ptr<PosExt> CVarelta::guardar(std::int32_t iSesion, const std::strin
   paso = 12;
   TransID = CLng(host.ReadScalar("SELECT IDENT_CURRENT('MovimientosCaja')"));
   paso = 13;
-  for (const auto& linea : *colDetalles) AddDetalleS(*linea);
+  for (const auto& linea : *colDetalles)
+    AddDetalleS(*linea);
   paso = 14;
   return crearObjeto<PosExt>(host, "posExt");
 }
 
-std::int32_t CVarelta::addDetalle(const std::string& iCodigoMedio, Currency iMonto,
-                                  const std::string& iIdTitular, const std::string& iNumeroCuenta,
-                                  const std::string& iNumeroDoc,
-                                  const std::string& iClaveAutorizacion,
-                                  const std::string& iCodigoEmisor, Currency iMontoNominal,
-                                  const std::shared_ptr<Collection<CDetalleDenominacion>>& iDetalles) {
-  if (Abs(iMonto) < Currency::fromRaw(100)) return 0;
+std::int32_t CVarelta::addDetalle(
+    const std::string& iCodigoMedio, Currency iMonto, const std::string& iIdTitular,
+    const std::string& iNumeroCuenta, const std::string& iNumeroDoc,
+    const std::string& iClaveAutorizacion, const std::string& iCodigoEmisor, Currency iMontoNominal,
+    const std::shared_ptr<Collection<CDetalleDenominacion>>& iDetalles) {
+  if (Abs(iMonto) < Currency::fromRaw(100))
+    return 0;
   transaccion().addDetalle(iCodigoMedio, iMonto, iMontoNominal);
   Factoria& host = factoria();
   host.ExecuteSQL(
@@ -150,11 +160,12 @@ std::int32_t CVarelta::addDetalle(const std::string& iCodigoMedio, Currency iMon
 }
 
 void CVarelta::AddDetalleS(CDetalleIngreso& pDetalle) {
-  if (Abs(pDetalle.Monto) < Currency::fromRaw(100)) return;
-  pDetalle.Id = addDetalle(pDetalle.medio, pDetalle.Monto, pDetalle.IdTitular,
-                           pDetalle.NumeroCuenta, pDetalle.NumeroDocumento,
-                           pDetalle.ClaveAutorizacion, pDetalle.CodigoEmisor, pDetalle.montoNominal,
-                           pDetalle.Denominaciones);
+  if (Abs(pDetalle.Monto) < Currency::fromRaw(100))
+    return;
+  pDetalle.Id =
+      addDetalle(pDetalle.medio, pDetalle.Monto, pDetalle.IdTitular, pDetalle.NumeroCuenta,
+                 pDetalle.NumeroDocumento, pDetalle.ClaveAutorizacion, pDetalle.CodigoEmisor,
+                 pDetalle.montoNominal, pDetalle.Denominaciones);
 }
 
 void CVarelta::commitTransEf() {

@@ -55,11 +55,14 @@ void TempVarelta::Save(const std::string& clave, CVarelta& mov) {
         {Id, d->medio, d->Monto, d->IdTitular, d->NumeroCuenta, d->NumeroDocumento,
          d->ClaveAutorizacion, d->CodigoEmisor, d->montoNominal});
     const std::int32_t idDetalle = CLng(host.ReadScalar("SELECT scope_identity()"));
-    if (!d->CodigoEmisor.empty()) registrarEmisor(*d);
-    if (!d->Denominaciones) continue;
+    if (!d->CodigoEmisor.empty())
+      registrarEmisor(*d);
+    if (!d->Denominaciones)
+      continue;
     for (const auto& x : *d->Denominaciones) {
       host.ExecuteSQL(
-          "INSERT INTO saveDenominaciones (idDetalle, Denominacion, CantidadRecibida) VALUES (?, ?, "
+          "INSERT INTO saveDenominaciones (idDetalle, Denominacion, CantidadRecibida) VALUES (?, "
+          "?, "
           "?)",
           {idDetalle, x->Denominacion, x->CantidadRecibida});
     }
@@ -68,10 +71,12 @@ void TempVarelta::Save(const std::string& clave, CVarelta& mov) {
 
 void TempVarelta::load(const std::string& clave, CVarelta& mov) {
   Id = idDeClave(clave);
-  if (Id <= 0) return;
+  if (Id <= 0)
+    return;
   auto rs = factoria().openrecordset("SELECT * FROM saveDetallesCaja WHERE transID = ? ORDER BY id",
                                      {Id});
-  for (; !rs->Eof(); rs->MoveNext()) mov.colDetalles->Add(lineaGuardada(*rs));
+  for (; !rs->Eof(); rs->MoveNext())
+    mov.colDetalles->Add(lineaGuardada(*rs));
   // Consumed by loading; the lines go as far as the database cascades the delete.
   factoria().ExecuteSQL("DELETE FROM saveMovsCaja WHERE clave = ?", {clave});
 }

@@ -1,0 +1,243 @@
+#include <gtest/gtest.h>
+
+#include "base/Conversiones.h"
+#include "movement/CVarelta.h"
+#include "movement/TempVarelta.h"
+#include "service/TransaccionHost.h"
+#include "tests/support/HostPrueba.h"
+
+namespace caja {
+namespace {
+
+using test::cur;
+
+class MovimientoSqlite : public ::testing::Test, protected test::ConSqlite {
+ protected:
+  void SetUp() override {
+    db->ExecuteSQL(
+        "INSERT INTO MediosPago (Codigo, Clase, Atributos, titulo, posicion) VALUES "
+        "('USD', 8, 1024, 'Dólares', 1), ('CHE', 1, 8, 'Cheque', 2), ('TDC', 3, 0, 'Visa', 3), "
+        "('AMX', 2, 0, 'Amex', 4)");
+    db->ExecuteSQL("INSERT INTO SesionesPOS (SessionID, MachineID) VALUES (1, 2)");
+    db->ExecuteSQL("INSERT INTO SesionesCerradas (SessionID, MachineID) VALUES (9, 4)");
+    db->ExecuteSQL("INSERT INTO parametrosEmpresa (TipoCambio) VALUES (36.5)");
+    db->RegistrarProcedimiento("PostVarelta", [](std::vector<Variant>&) { return Variant(); });
+  }
+
+  std::shared_ptr<CVarelta> cobro() {
+    auto mov = std::make_shared<CVarelta>();
+    agregar(*mov, "EFE", "100", "100");
+    agregar(*mov, "USD", "365", "10");
+    auto che = agregar(*mov, "CHE", "50", "50");
+    che->CodigoEmisor = "BANESCO";
+    che->Denominaciones->Add(denominacion("20", 2));
+    che->Denominaciones->Add(denominacion("10", 1));
+    agregar(*mov, "TDC", "20", "20");
+    agregar(*mov, "AMX", "0.004", "0.004");
+    agregar(*mov, "EFE", "-5", "-5");
+    mov->Debitos = cur("530");
+    return mov;
+  }
+  static std::shared_ptr<CDetalleIngreso> agregar(CVarelta& mov, const char* medio,
+                                                  const char* monto, const char* nominal) {
+    auto d = std::make_shared<CDetalleIngreso>();
+    d->medio = medio;
+    d->Monto = cur(monto);
+    d->montoNominal = cur(nominal);
+    mov.colDetalles->Add(d);
+    return d;
+  }
+  static std::shared_ptr<CDetalleDenominacion> denominacion(const char* valor, std::int16_t n) {
+    auto d = std::make_shared<CDetalleDenominacion>();
+    d->Denominacion = cur(valor);
+    d->CantidadRecibida = n;
+    return d;
+  }
+  void guardar(CVarelta& mov, std::int32_t sesion = 1, std::int32_t documento = 7) {
+    mov.Save(sesion, "ANA", "FAC", documento, "CLI", "C1", "Venta", Fecha::fromYmd(2026, 11, 21));
+  }
+  long filas() {
+    return contar(
+        "SELECT (SELECT COUNT(*) FROM MovimientosCaja) + (SELECT COUNT(*) FROM "
+        "DetallesVarelta) + (SELECT COUNT(*) FROM DetallesDenominacion) + (SELECT "
+        "COUNT(*) FROM transaccionesEfectivo)");
+  }
+  Currency saldo(const std::string& sql) { return NzMoneda(db->ReadScalar(sql)); }
+};
+
+TEST_F(MovimientoSqlite, SavedMovementLoadsBackWithItsTotalsAndMovesTheDrawer) {
+  auto mov = cobro();
+  guardar(*mov);
+  mov->commitTransEf();
+
+  CVarelta leido;
+  ASSERT_TRUE(leido.load(mov->TransID));
+  EXPECT_EQ(leido.Operador, "ANA");
+  EXPECT_EQ(leido.fecha, Fecha::fromYmd(2026, 11, 21));
+  EXPECT_EQ(leido.tipoCambio, 36.5);
+  EXPECT_EQ(leido.Debitos, cur("530"));
+  auto lineas = leido.detalles();
+  ASSERT_EQ(lineas->Count(), 5);  // the 0.004 line is not stored
+  EXPECT_EQ(lineas->Item(2)->medio, "USD");
+  EXPECT_EQ(lineas->Item(3)->Denominaciones->Count(), 2);
+  EXPECT_EQ(lineas->Item(5)->Monto, cur("-5"));
+  EXPECT_EQ(leido.Efectivo(), cur("95"));
+  EXPECT_EQ(leido.EfectivoME(), cur("365"));
+  EXPECT_EQ(leido.Cheques(), cur("50"));
+  EXPECT_EQ(leido.TCVisa(), cur("20"));
+  const Currency nueve = leido.Efectivo() + leido.TCVisa() + leido.TCMaster() + leido.TCAmex() +
+                         leido.Cheques() + leido.OtrasTC() + leido.TDebito() + leido.OtrosMedios() +
+                         leido.EfectivoME();
+  EXPECT_EQ(nueve, cur("530"));
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM generalEmisores WHERE CodigoEmisor = 'BANESCO'"), 1);
+
+  // Drawer of machine 2: national cash, the foreign cash, and the cheque,
+  // which the drawer's rule counts for its attribute bit; never the card.
+  EXPECT_EQ(saldo("SELECT efectivoMN FROM cvCaja WHERE MachineID = 2"), cur("95"));
+  EXPECT_EQ(saldo("SELECT valorMN FROM cvCajaDetalles WHERE codigoMedio = 'USD'"), cur("365"));
+  EXPECT_EQ(saldo("SELECT valorNominal FROM cvCajaDetalles WHERE codigoMedio = 'USD'"), cur("10"));
+  EXPECT_EQ(saldo("SELECT valorMN FROM cvCajaDetalles WHERE codigoMedio = 'CHE'"), cur("50"));
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM cvCajaDetalles WHERE codigoMedio = 'TDC'"), 0);
+}
+
+TEST_F(MovimientoSqlite, SecondSaveRaisesAndWritesNothing) {
+  auto mov = cobro();
+  guardar(*mov);
+  const long antes = filas();
+  EXPECT_EQ(test::numeroError([&] { guardar(*mov); }), 10001);
+  EXPECT_EQ(filas(), antes);
+}
+
+TEST_F(MovimientoSqlite, ClosedSessionSavesWithItsMachineButTheDrawerBeganWithZero) {
+  auto mov = cobro();
+  guardar(*mov, 9);
+  mov->commitTransEf();
+  EXPECT_EQ(contar("SELECT machineID FROM MovimientosCaja"), 4);
+  EXPECT_EQ(contar("SELECT machineID FROM transaccionesEfectivo"), 0);
+  EXPECT_EQ(saldo("SELECT efectivoMN FROM cvCaja WHERE MachineID = 0"), cur("95"));
+}
+
+TEST_F(MovimientoSqlite, LoadFromDocumentoPrefersTheHighestReference) {
+  auto primero = cobro();
+  guardar(*primero, 1, 100);
+  auto segundo = cobro();
+  guardar(*segundo, 1, 200);
+  primero->AddConcepto(cur("10"), cur("0"), "NC", 5);
+  segundo->AddConcepto(cur("20"), cur("0"), "NC", 5);
+  CVarelta porDocumento;
+  ASSERT_TRUE(porDocumento.LoadFromDocumento("FAC", 100));
+  EXPECT_EQ(porDocumento.TransID, primero->TransID);
+  CVarelta porReferencia;
+  ASSERT_TRUE(porReferencia.LoadFromDocumento("NC", 5));
+  EXPECT_EQ(porReferencia.TransID, segundo->TransID);
+  EXPECT_FALSE(porReferencia.LoadFromDocumento("NC", 6));
+
+  auto conceptos = segundo->Conceptos();
+  ASSERT_EQ(conceptos->Count(), 1);
+  EXPECT_EQ(conceptos->Item(1)->Debitos, cur("20"));
+  CVarelta sinConceptos;
+  sinConceptos.load(primero->TransID);
+  sinConceptos.TransID = 0;
+  auto propio = sinConceptos.Conceptos();
+  ASSERT_EQ(propio->Count(), 1);
+  EXPECT_EQ(propio->Item(1)->TipoDoc, "FAC");
+  EXPECT_EQ(propio->Item(1)->NumeroDoc, 100);
+}
+
+TEST_F(MovimientoSqlite, DetallesOfAnUnsavedMovementIsItsOwnCollection) {
+  CVarelta mov;
+  EXPECT_EQ(mov.detalles(), mov.colDetalles);
+  agregar(mov, "ZZZ", "1", "1");
+  EXPECT_EQ(test::numeroError([&] { mov.Cheques(); }), 91);
+  auto efectivo = mov.detallesEfectivo();
+  EXPECT_EQ(efectivo->Item("EFE")->valorMN, cur("1"));
+}
+
+struct Falla {
+  const char* caso;
+  int sentencia;
+  bool envuelta;
+  long movimientos;
+  long lineas;
+};
+
+class FallaAlGuardar : public MovimientoSqlite, public ::testing::WithParamInterface<Falla> {};
+
+TEST_P(FallaAlGuardar, OnlyAHostTransactionMakesItAllOrNothing) {
+  const Falla f = GetParam();
+  auto falla = std::make_shared<test::FallaEnSentencia>(db, f.sentencia);
+  gFactoria = falla;
+  auto mov = std::make_shared<CVarelta>();
+  agregar(*mov, "EFE", "100", "100");
+  agregar(*mov, "USD", "365", "10");
+  agregar(*mov, "EFE", "5", "5");
+  auto intentar = [&] {
+    guardar(*mov);
+    mov->commitTransEf();
+  };
+  if (f.envuelta) {
+    EXPECT_NE(test::numeroError([&] {
+                TransaccionHost t(*falla);
+                intentar();
+                t.commit();
+              }),
+              0);
+  } else {
+    EXPECT_NE(test::numeroError(intentar), 0);
+  }
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja"), f.movimientos);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM DetallesVarelta"), f.lineas);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM cvCaja"), 0);
+}
+
+// Statements: 1 rate, 2 session, 3 header, 4 identity, 5 first line, 6 its
+// identity, 7 catalogue read for "USD", 8 second line.
+INSTANTIATE_TEST_SUITE_P(Guardar, FallaAlGuardar,
+                         ::testing::Values(Falla{"tras la cabecera", 5, false, 1, 0},
+                                           Falla{"tras la primera linea", 8, false, 1, 1},
+                                           Falla{"tras la cabecera, envuelta", 5, true, 0, 0},
+                                           Falla{"tras la primera linea, envuelta", 8, true, 0, 0}),
+                         [](const auto& info) {
+                           return "Sentencia" + std::to_string(info.param.sentencia) +
+                                  (info.param.envuelta ? "Envuelta" : "Suelta");
+                         });
+
+TEST_F(MovimientoSqlite, StagingRoundTripKeepsOrderAndConsumesTheKey) {
+  auto mov = cobro();
+  TempVarelta t;
+  t.Save("V-1", *mov);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM saveDetallesCaja"), 6);  // zero amounts staged too
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM cvCaja"), 0);
+
+  CVarelta retomado;
+  agregar(retomado, "EFE", "1", "1");
+  t.load("v-1", retomado);
+  ASSERT_EQ(retomado.colDetalles->Count(), 7);
+  EXPECT_EQ(retomado.colDetalles->Item(2)->medio, "EFE");
+  EXPECT_EQ(retomado.colDetalles->Item(3)->montoNominal, cur("10"));
+  const auto che = retomado.colDetalles->Item(4);
+  EXPECT_EQ(che->CodigoEmisor, "BANESCO");
+  ASSERT_EQ(che->Denominaciones->Count(), 2);
+  EXPECT_EQ(che->Denominaciones->Item(1)->Denominacion, cur("20"));
+  EXPECT_EQ(che->Denominaciones->Item(2)->CantidadRecibida, 1);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM saveMovsCaja"), 0);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM saveDenominaciones"), 0);
+  EXPECT_EQ(test::numeroError([&] { t.revertir("V-1"); }), 10001);
+
+  t.Save("V-2", *mov);
+  t.revertir("V-2");
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM saveDetallesCaja"), 0);
+}
+
+TEST_F(MovimientoSqlite, ActualizarSaldosEfectivoMovesBalancesWithoutTransactionRows) {
+  auto mov = cobro();
+  mov->actualizarSaldosEfectivo();
+  EXPECT_EQ(saldo("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("95"));
+  EXPECT_EQ(saldo("SELECT valorMN FROM cvCajaDetalles WHERE codigoMedio = 'USD'"), cur("365"));
+  // The movement's rule: the cheque is not cash-like here.
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM cvCajaDetalles WHERE codigoMedio = 'CHE'"), 0);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM transaccionesEfectivo"), 0);
+}
+
+}  // namespace
+}  // namespace caja
