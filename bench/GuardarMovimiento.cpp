@@ -1,0 +1,227 @@
+// Movements saved and committed per second on the embedded SQLite host,
+// against the very same statements issued straight to SQLite by a bare loop.
+// The ratio printed at the end is the component's overhead.
+
+#include <benchmark/benchmark.h>
+#include <sqlite3.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+
+#include "host/SqliteFactoria.h"
+#include "movement/CVarelta.h"
+#include "service/General.h"
+#include "service/Settings.h"
+
+namespace {
+
+using namespace caja;
+namespace fs = std::filesystem;
+
+// Records each statement the component issues, then lets the host run it.
+class Grabadora : public Factoria {
+ public:
+  explicit Grabadora(std::shared_ptr<Factoria> host) : host_(std::move(host)) {}
+  std::vector<std::pair<std::string, Argumentos>> sentencias;
+
+  long ExecuteSQL(const std::string& s, const Argumentos& a = {}) override {
+    sentencias.emplace_back(s, a);
+    return host_->ExecuteSQL(s, a);
+  }
+  Variant ReadScalar(const std::string& s, const Argumentos& a = {}) override {
+    sentencias.emplace_back(s, a);
+    return host_->ReadScalar(s, a);
+  }
+  std::shared_ptr<Recordset> openrecordset(const std::string& s,
+                                           const Argumentos& a = {}) override {
+    sentencias.emplace_back(s, a);
+    return host_->openrecordset(s, a);
+  }
+  std::shared_ptr<Objeto> CrearObjeto(const std::string& c) override {
+    return host_->CrearObjeto(c);
+  }
+  std::string NumeroDB(const Variant& n) override { return host_->NumeroDB(n); }
+  std::string StringDB(const std::string& t) override { return host_->StringDB(t); }
+  bool ExisteProcedimiento(const std::string& n, const std::shared_ptr<Objeto>& d) override {
+    return host_->ExisteProcedimiento(n, d);
+  }
+  void Log(const std::string& m) override { host_->Log(m); }
+  Variant VerificarUsuario(const std::string& m) override { return host_->VerificarUsuario(m); }
+  std::shared_ptr<Objeto> loadFileIcon(const std::string& a) override {
+    return host_->loadFileIcon(a);
+  }
+  double TipoCambioCaja() override { return host_->TipoCambioCaja(); }
+  std::shared_ptr<caja::TemaUI> TemaUI() override { return host_->TemaUI(); }
+  void BeginTrans() override { host_->BeginTrans(); }
+  void CommitTrans() override { host_->CommitTrans(); }
+  void Rollback() override { host_->Rollback(); }
+
+ private:
+  std::shared_ptr<Factoria> host_;
+};
+
+fs::path archivoNuevo(const char* nombre) {
+  const fs::path ruta = fs::temp_directory_path() / nombre;
+  for (const char* sufijo : {"", "-wal", "-shm"})
+    fs::remove(ruta.string() + sufijo);
+  return ruta;
+}
+
+std::shared_ptr<SqliteFactoria> hostDePrueba(const char* nombre) {
+  auto db = SqliteFactoria::Abrir(archivoNuevo(nombre).string());
+  db->ExecuteSQL(
+      "INSERT INTO MediosPago (Codigo, Clase, Atributos, titulo, posicion) VALUES "
+      "('USD', 8, 1024, 'Dólares', 1), ('TDC', 3, 0, 'Visa', 2)");
+  db->ExecuteSQL("INSERT INTO SesionesPOS (SessionID, MachineID) VALUES (1, 2)");
+  db->ExecuteSQL("INSERT INTO parametrosEmpresa (TipoCambio) VALUES (36.5)");
+  return db;
+}
+
+std::shared_ptr<CVarelta> venta(int lineas) {
+  static const char* const kMedios[] = {"EFE", "USD", "TDC"};
+  auto mov = std::make_shared<CVarelta>();
+  for (int i = 0; i < lineas; ++i) {
+    auto d = std::make_shared<CDetalleIngreso>();
+    d->medio = kMedios[i % (lineas == 2 ? 2 : 3)];
+    d->montoNominal = Currency::fromUnits(10 + i);
+    d->Monto = d->medio == "USD" ? d->montoNominal * std::int16_t{36} : d->montoNominal;
+    mov->colDetalles->Add(d);
+  }
+  return mov;
+}
+
+void cobrar(int lineas);
+
+// One sale on a host of its own, so the bare loop starts from the same drawer rows.
+void cobrarEn(const std::shared_ptr<Factoria>& host, int lineas) {
+  InicializarEntorno(host);
+  cobrar(lineas);
+  gFactoria.reset();
+  gMediosPago.reset();
+}
+
+void cobrar(int lineas) {
+  auto mov = venta(lineas);
+  mov->Save(1, "ANA", "FAC", 1, "CLI", "C1", "", Fecha::fromYmd(2026, 11, 21));
+  mov->commitTransEf();
+}
+
+std::map<std::string, double> segundosPorMovimiento;
+
+void BM_Componente(benchmark::State& state) {
+  const int lineas = static_cast<int>(state.range(0));
+  setSettingsStore(std::make_shared<MemoriaSettingsStore>());
+  InicializarEntorno(hostDePrueba("caja-bench-componente.db"));
+  const auto inicio = std::chrono::steady_clock::now();
+  for (auto _ : state)
+    cobrar(lineas);
+  const std::chrono::duration<double> total = std::chrono::steady_clock::now() - inicio;
+  segundosPorMovimiento["componente/" + std::to_string(lineas)] =
+      total.count() / static_cast<double>(state.iterations());
+  state.counters["mov/s"] =
+      benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+  gFactoria.reset();
+  gMediosPago.reset();
+}
+
+// The dialect the bare loop needs, token for token what the host does.
+std::string aSqlite(std::string sql) {
+  const std::pair<const char*, const char*> cambios[] = {
+      {"getdate()", "datetime('now','localtime')"},
+      {"@@IDENTITY", "last_insert_rowid()"},
+      {"scope_identity()", "last_insert_rowid()"},
+      {"IDENT_CURRENT('MovimientosCaja')",
+       "(SELECT seq FROM sqlite_sequence WHERE name = 'MovimientosCaja')"}};
+  for (const auto& [de, a] : cambios)
+    for (auto p = sql.find(de); p != std::string::npos; p = sql.find(de, p))
+      sql.replace(p, std::string(de).size(), a);
+  return sql;
+}
+
+void enlazar(sqlite3_stmt* st, int i, const Variant& v) {
+  switch (v.type()) {
+    case VarType::Integer:
+      sqlite3_bind_int(st, i, v.asInteger());
+      break;
+    case VarType::Long:
+      sqlite3_bind_int(st, i, v.asLong());
+      break;
+    case VarType::Double:
+      sqlite3_bind_double(st, i, v.asDouble());
+      break;
+    case VarType::Currency:
+      sqlite3_bind_double(st, i, v.asCurrency().toDouble());
+      break;
+    case VarType::String:
+      sqlite3_bind_text(st, i, v.asString().c_str(), -1, SQLITE_TRANSIENT);
+      break;
+    case VarType::Date:
+      sqlite3_bind_text(st, i, v.asDate().toIsoText().c_str(), -1, SQLITE_TRANSIENT);
+      break;
+    default:
+      sqlite3_bind_null(st, i);
+  }
+}
+
+void BM_Directo(benchmark::State& state) {
+  const int lineas = static_cast<int>(state.range(0));
+  // Capture a sale's statements as the component issues them once the
+  // till's drawer rows exist: the steady state of a working day.
+  setSettingsStore(std::make_shared<MemoriaSettingsStore>());
+  auto grabadora = std::make_shared<Grabadora>(hostDePrueba("caja-bench-captura.db"));
+  InicializarEntorno(grabadora);
+  cobrar(lineas);
+  grabadora->sentencias.clear();
+  cobrar(lineas);
+  gFactoria.reset();
+  gMediosPago.reset();
+  std::vector<std::pair<std::string, Argumentos>> sentencias;
+  for (auto& [sql, args] : grabadora->sentencias)
+    if (sql.rfind("SELECT * FROM MediosPago", 0) != 0)
+      sentencias.emplace_back(aSqlite(sql), args);
+
+  cobrarEn(hostDePrueba("caja-bench-directo.db"), lineas);
+  sqlite3* db = nullptr;
+  sqlite3_open((fs::temp_directory_path() / "caja-bench-directo.db").c_str(), &db);
+  sqlite3_exec(db, "PRAGMA journal_mode = WAL; PRAGMA foreign_keys = ON;", nullptr, nullptr,
+               nullptr);
+  const auto inicio = std::chrono::steady_clock::now();
+  for (auto _ : state) {
+    for (const auto& [sql, args] : sentencias) {
+      sqlite3_stmt* st = nullptr;
+      sqlite3_prepare_v2(db, sql.c_str(), -1, &st, nullptr);
+      for (int i = 0; i < sqlite3_bind_parameter_count(st); ++i)
+        enlazar(st, i + 1, args[i]);
+      while (sqlite3_step(st) == SQLITE_ROW) {
+      }
+      sqlite3_finalize(st);
+    }
+  }
+  const std::chrono::duration<double> total = std::chrono::steady_clock::now() - inicio;
+  segundosPorMovimiento["directo/" + std::to_string(lineas)] =
+      total.count() / static_cast<double>(state.iterations());
+  state.counters["mov/s"] =
+      benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+  sqlite3_close(db);
+}
+
+BENCHMARK(BM_Componente)->Arg(2)->Arg(6)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_Directo)->Arg(2)->Arg(6)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  for (const char* lineas : {"2", "6"}) {
+    const auto c = segundosPorMovimiento.find(std::string("componente/") + lineas);
+    const auto d = segundosPorMovimiento.find(std::string("directo/") + lineas);
+    if (c == segundosPorMovimiento.end() || d == segundosPorMovimiento.end())
+      continue;
+    std::printf("venta de %s lineas: componente/directo = %.2f\n", lineas, c->second / d->second);
+  }
+  return 0;
+}
