@@ -48,4 +48,9 @@ Variant PosExtSqlite::Run(const std::string& procedimiento, std::vector<Variant>
   return host_->EjecutarProcedimiento(procedimiento, argumentos);
 }
 
+Variant PosExtSqlite::Eval(const std::string& expresion) {
+  std::vector<Variant> ninguno;
+  return host_->EjecutarProcedimiento(expresion, ninguno);
+}
+
 }  // namespace caja

@@ -49,6 +49,8 @@ class PosExtSqlite : public PosExt {
  public:
   explicit PosExtSqlite(std::shared_ptr<SqliteFactoria> host) : host_(std::move(host)) {}
   Variant Run(const std::string& procedimiento, std::vector<Variant>& argumentos) override;
+  // A registered procedure run without arguments.
+  Variant Eval(const std::string& expresion) override;
 
  private:
   std::shared_ptr<SqliteFactoria> host_;

@@ -40,8 +40,11 @@ class Instanciador : public Objeto {
 // "posExt": the host's extension procedures, run by name.
 class PosExt : public Objeto {
  public:
-  // Raises when the procedure does not exist or fails.
+  // Raises when the procedure does not exist or fails. A procedure may
+  // replace its arguments: they are passed by reference.
   virtual Variant Run(const std::string& procedimiento, std::vector<Variant>& argumentos) = 0;
+  // The value of an expression of the extension, such as "isValid".
+  virtual Variant Eval(const std::string& expresion) = 0;
 };
 
 // The host's UI theme. The dialogs layer asks it to style a form through its

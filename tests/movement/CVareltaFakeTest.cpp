@@ -4,6 +4,7 @@
 #include "movement/CVarelta.h"
 #include "movement/TempVarelta.h"
 #include "tests/support/HostPrueba.h"
+#include "tests/support/PosExtGrabadora.h"
 
 namespace caja {
 namespace {
@@ -26,19 +27,6 @@ const std::string kDenominacion =
 const std::string kMaquina = "SELECT MachineID FROM SesionesPOS WHERE SessionID = ?";
 const std::string kMaquinaCerrada = "SELECT MachineID FROM SesionesCerradas WHERE SessionID = ?";
 
-class PosExtGrabadora : public PosExt {
- public:
-  std::vector<std::string> llamadas;
-  std::shared_ptr<Objeto> recibido;
-  bool fallar = false;
-  Variant Run(const std::string& p, std::vector<Variant>& args) override {
-    llamadas.push_back(p);
-    recibido = args.at(0).asObject();
-    if (fallar)
-      throw CajaError(438, "posExt", "no existe");
-    return Variant();
-  }
-};
 
 std::shared_ptr<CDetalleIngreso> linea(const char* medio, const char* monto,
                                        const char* emisor = "") {
@@ -79,7 +67,7 @@ class GuardarFake : public ::testing::Test, protected test::ConFake {
     return false;
   }
 
-  std::shared_ptr<PosExtGrabadora> ext = std::make_shared<PosExtGrabadora>();
+  std::shared_ptr<test::PosExtGrabadora> ext = std::make_shared<test::PosExtGrabadora>();
   std::shared_ptr<CVarelta> mov = std::make_shared<CVarelta>();
 };
 

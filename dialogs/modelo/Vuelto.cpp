@@ -1,0 +1,16 @@
+#include "dialogs/modelo/Vuelto.h"
+
+namespace caja {
+
+bool Vuelto::detallarVuelto(Currency monto, Currency& acreditable) {
+  detalles_ = std::make_shared<Collection<CDetalleIngreso>>();
+  auto linea = std::make_shared<CDetalleIngreso>();
+  linea->medio = "EFE";
+  linea->Monto = -monto;
+  linea->montoNominal = -monto;
+  detalles_->Add(linea);
+  acreditable = Currency{};
+  return true;
+}
+
+}  // namespace caja

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+
+#include "base/Collection.h"
+#include "base/Currency.h"
+#include "movement/CDetalleIngreso.h"
+
+namespace caja {
+
+// The change object of a collection: how the change is handed back. This
+// default gives the whole change as one national-cash line and nothing to
+// credit; the change-split dialog may replace it.
+class Vuelto {
+ public:
+  virtual ~Vuelto() = default;
+  // Breaks `monto` down; false when the cashier cancels. Sets the amount
+  // that may be credited to the customer.
+  virtual bool detallarVuelto(Currency monto, Currency& acreditable);
+  // The change lines; amounts negative, as money leaving the drawer.
+  virtual std::shared_ptr<Collection<CDetalleIngreso>> detalles() const { return detalles_; }
+
+ protected:
+  std::shared_ptr<Collection<CDetalleIngreso>> detalles_ =
+      std::make_shared<Collection<CDetalleIngreso>>();
+};
+
+}  // namespace caja
