@@ -14,12 +14,15 @@ namespace caja {
 
 namespace {
 
-Currency capar(Currency igtf, Currency tope) { return igtf > tope ? tope : igtf; }
+Currency capar(Currency igtf, Currency tope) {
+  return igtf > tope ? tope : igtf;
+}
 
 // The legacy input names by class, for the AutoFill setting.
 const char* nombreLegado(ClaseIngresoSesion clase) {
-  static const char* const nombres[] = {"txEfectivo", "txCheques", "txAmex",   "txTCVisa", "txTCMaster",
-                                        "txOtrasTC",  "txTDebito", "txOtros", "txUSD"};
+  static const char* const nombres[] = {"txEfectivo", "txCheques",  "txAmex",
+                                        "txTCVisa",   "txTCMaster", "txOtrasTC",
+                                        "txTDebito",  "txOtros",    "txUSD"};
   const auto i = static_cast<std::size_t>(clase);
   return i < std::size(nombres) ? nombres[i] : "";
 }
@@ -44,8 +47,8 @@ OpcionesCobro OpcionesCobro::leer() {
   o.mostrarVuelto = CStr(lmGetSetting(kAppZOR, kSeccionVarelta, "NoMostrarVuelto", "0")) == "0" &&
                     !lmGetSettingBool(kAppZOR, kSeccionVarelta, "VueltoDetallado", false) &&
                     !lmGetSettingBool(kAppZOR, kSeccionVarelta, "acreditarVueltos", false);
-  o.MaximaUnidadMonetaria =
-      lmGetSettingCur(kAppZOR, kSeccionVarelta, "MaximaUnidadMonetaria", Currency::fromUnits(10000));
+  o.MaximaUnidadMonetaria = lmGetSettingCur(kAppZOR, kSeccionVarelta, "MaximaUnidadMonetaria",
+                                            Currency::fromUnits(10000));
   o.Tolerancia = lmGetSettingCur(kAppZOR, kSeccionVarelta, "Tolerancia", Currency{});
   o.SimboloMEX = LeerSimboloMEX();
   o.CodigoMEX = CStr(lmGetSetting(kAppZOR, kSeccionVarelta, "CodigoMEX", "USD"));
@@ -54,8 +57,8 @@ OpcionesCobro OpcionesCobro::leer() {
   return o;
 }
 
-CobroVarelta::CobroVarelta(Currency venta, Currency iva, Currency credito, double tasa,
-                           double igtf, OpcionesCobro o)
+CobroVarelta::CobroVarelta(Currency venta, Currency iva, Currency credito, double tasa, double igtf,
+                           OpcionesCobro o)
     : MontoVenta(venta),
       MontoIVA(iva),
       MontoCredito(credito),
@@ -75,7 +78,8 @@ void CobroVarelta::agregarMedios(Recordset& rs) {
     d.TextoAyuda = NzTexto(rs.Fields("TextoAyuda"));
     const std::int32_t atributos = CLng(rs.Fields("Atributos"));
     // The withholding column doubles as the factor of foreign methods: intended.
-    if (atributos & monedaExtranjera) d.Factor = CDbl(rs.Fields("PorcentajeISLR"));
+    if (atributos & monedaExtranjera)
+      d.Factor = CDbl(rs.Fields("PorcentajeISLR"));
     if (atributos & IndexadoMonedaExtranjera)
       d.Factor = CDbl(rs.Fields("PorcentajeISLR")) * tipoCambio;
     if (d.Clase == ClaseIngresoSesion::EfectivoME) {
@@ -84,13 +88,16 @@ void CobroVarelta::agregarMedios(Recordset& rs) {
     } else if (atributos & kMascaraMonedaExtranjera) {
       d.Tag = "ME";
     }
-    if (atributos & SujetoIGTF) d.Tag += "*";
+    if (atributos & SujetoIGTF)
+      d.Tag += "*";
     d.Codigo = CStr(rs.Fields("codigo"));
     medios.push_back(std::move(d));
   }
 }
 
-std::string CobroVarelta::textoMonto(Currency c) const { return Format(Variant(c), kFormatoMonto); }
+std::string CobroVarelta::textoMonto(Currency c) const {
+  return Format(Variant(c), kFormatoMonto);
+}
 
 std::string CobroVarelta::netoUSD(Currency c) const {
   return Format(Variant(Int(c.toDouble() / tipoCambio * 100 + 0.5) / 100), kFormatoMonto);
@@ -98,8 +105,10 @@ std::string CobroVarelta::netoUSD(Currency c) const {
 
 Currency CobroVarelta::valorEnMN(std::size_t i) const {
   const DescriptorMedio& d = medios.at(i);
-  if (d.Tag.rfind("USD", 0) == 0) return CCur(d.valor.toDouble() * tipoCambio);
-  if (d.Tag.rfind("ME", 0) == 0) return CCur(d.valor.toDouble() * d.Factor);
+  if (d.Tag.rfind("USD", 0) == 0)
+    return CCur(d.valor.toDouble() * tipoCambio);
+  if (d.Tag.rfind("ME", 0) == 0)
+    return CCur(d.valor.toDouble() * d.Factor);
   return d.valor;
 }
 
@@ -129,7 +138,8 @@ Currency CobroVarelta::TotalRecibido() const {
 }
 
 Currency CobroVarelta::valorIGTF() const {
-  if (netoTrabajo <= Currency{}) return Currency{};
+  if (netoTrabajo <= Currency{})
+    return Currency{};
   Currency igtf;
   for (const auto& d : medios)
     if (d.valor > Currency{} && d.sujetoIGTF())
@@ -168,13 +178,16 @@ void CobroVarelta::completar(std::optional<std::size_t> i) {
   double recibido = efectivo.toDouble();
   Currency baseIGTF;
   for (const auto& d : medios) {
-    if (d.valor <= Currency{}) continue;
+    if (d.valor <= Currency{})
+      continue;
     recibido += d.valor.toDouble() * d.Factor;
-    if (d.sujetoIGTF()) baseIGTF += CCur(d.valor.toDouble() * d.Factor);
+    if (d.sujetoIGTF())
+      baseIGTF += CCur(d.valor.toDouble() * d.Factor);
   }
   Currency igtf = capar(CCur(baseIGTF.toDouble() / 100 * tasaIGTF), montoIGTFApertura);
   Currency falta = netoTrabajo + igtf - CCur(recibido);
-  if (falta <= Currency{}) return;
+  if (falta <= Currency{})
+    return;
   if (!i) {
     entrada = falta;
     return;
@@ -188,11 +201,14 @@ void CobroVarelta::completar(std::optional<std::size_t> i) {
 }
 
 std::string CobroVarelta::ayuda(std::optional<std::size_t> i) const {
-  if (!i) return "Introduzca el monto cobrado en efectivo de curso legal";
+  if (!i)
+    return "Introduzca el monto cobrado en efectivo de curso legal";
   const DescriptorMedio& d = medios.at(*i);
-  if (d.Factor == 1.0) return d.TextoAyuda;
+  if (d.Factor == 1.0)
+    return d.TextoAyuda;
   Currency recibido = efectivo;
-  for (const auto& m : medios) recibido += CCur(m.valor.toDouble() * m.Factor);
+  for (const auto& m : medios)
+    recibido += CCur(m.valor.toDouble() * m.Factor);
   const Currency cuanto = CCur((neto - recibido).toDouble() / d.Factor);
   return d.TextoAyuda + " (" + d.Titulo + " = " + textoMonto(cuanto) + ")";
 }
@@ -206,7 +222,8 @@ std::string CobroVarelta::preguntaExceso(std::optional<std::size_t> i) const {
   // One unit of foreign currency never counts as excessive.
   const Currency tasa = CCur(tipoCambio);
   const Currency margen = std::max(opciones.MaximaUnidadMonetaria, tasa);
-  if (valorEnMN(*i) - neto > margen) return "Está seguro\n(el monto parece excesivo)";
+  if (valorEnMN(*i) - neto > margen)
+    return "Está seguro\n(el monto parece excesivo)";
   return "";
 }
 
@@ -216,11 +233,13 @@ void CobroVarelta::cambiarIVA(Currency nuevoIVA) {
   neto = MontoVenta + MontoIVA;
   netoTrabajo = neto;
   efectivo = Currency{};
-  for (auto& d : medios) d.valor = Currency{};
+  for (auto& d : medios)
+    d.valor = Currency{};
 }
 
 void CobroVarelta::autoLlenar() {
-  if (!opciones.AutoFill) return;
+  if (!opciones.AutoFill)
+    return;
   if (opciones.controlAutofill == "txEfectivo") {
     efectivo = neto;
     return;

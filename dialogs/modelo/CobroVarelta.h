@@ -56,7 +56,7 @@ class CobroVarelta {
 
   // Amounts as opened, and the working state.
   Currency MontoVenta, MontoIVA, MontoCredito;
-  Currency neto;        // net amount; each recomputation adds the IGTF
+  Currency neto;         // net amount; each recomputation adds the IGTF
   Currency netoTrabajo;  // net amount the arithmetic starts from
   Currency montoIGTFApertura;
   double tipoCambio;

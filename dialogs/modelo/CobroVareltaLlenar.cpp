@@ -20,43 +20,53 @@ std::shared_ptr<CDetalleIngreso> nuevaLinea(const std::string& medio, Currency m
 std::shared_ptr<CDetalleIngreso> primeraDeMedio(const Collection<CDetalleIngreso>& lineas,
                                                 const std::string& medio) {
   for (const auto& d : lineas)
-    if (d->medio == medio) return d;
+    if (d->medio == medio)
+      return d;
   return nullptr;
 }
 
 // The first converted line: the one whose amount differs from its nominal.
 std::shared_ptr<CDetalleIngreso> primeraConvertida(const Collection<CDetalleIngreso>& lineas) {
   for (const auto& d : lineas)
-    if (d->Monto != d->montoNominal) return d;
+    if (d->Monto != d->montoNominal)
+      return d;
   return nullptr;
 }
 
-std::string enMoneda(Currency c) { return Format(Variant(c), kFormatoMoneda); }
+std::string enMoneda(Currency c) {
+  return Format(Variant(c), kFormatoMoneda);
+}
 
 }  // namespace
 
 double CobroVarelta::tolerancia() const {
   double t = opciones.Tolerancia.toDouble();
-  if (t != 0.0) return t;
+  if (t != 0.0)
+    return t;
   t = tipoCambio / 200;
-  if (tipoCambio == 1.0) t = 0.01;
+  if (tipoCambio == 1.0)
+    t = 0.01;
   return t < 0.01 ? 0.01 : t;
 }
 
 std::shared_ptr<CVarelta> CobroVarelta::LlenarVarelta(Vuelto& vuelto) {
-  if (resultado) return resultado;
+  if (resultado)
+    return resultado;
   const double tol = tolerancia();
   Currency recibido = TotalRecibido();
-  if (Abs(neto - recibido).toDouble() < tol) recibido = neto;
+  if (Abs(neto - recibido).toDouble() < tol)
+    recibido = neto;
   auto mov = std::make_shared<CVarelta>();
   mov->Vuelto = recibido - neto;
   if (recibido < neto - Currency::fromRaw(100)) {
-    hostUtil().MostrarMensaje("Le faltan " + enMoneda(neto - recibido) + " para completar el monto");
+    hostUtil().MostrarMensaje("Le faltan " + enMoneda(neto - recibido) +
+                              " para completar el monto");
     return nullptr;
   }
   if (mov->Vuelto > Currency{}) {
     Currency acreditable;
-    if (!vuelto.detallarVuelto(mov->Vuelto, acreditable)) return nullptr;
+    if (!vuelto.detallarVuelto(mov->Vuelto, acreditable))
+      return nullptr;
     mov->MontoAcreditable = acreditable;
   }
   Currency total;
@@ -65,7 +75,8 @@ std::shared_ptr<CVarelta> CobroVarelta::LlenarVarelta(Vuelto& vuelto) {
     total = efectivo;
   }
   for (std::size_t i = 0; i < medios.size(); ++i) {
-    if (medios[i].valor.isZero()) continue;
+    if (medios[i].valor.isZero())
+      continue;
     auto linea = nuevaLinea(medios[i].Codigo, valorEnMN(i), medios[i].valor);
     mov->colDetalles->Add(linea);
     total += linea->Monto;
@@ -95,14 +106,16 @@ std::shared_ptr<CVarelta> CobroVarelta::LlenarVarelta(Vuelto& vuelto) {
     return nullptr;
   }
   Currency suma;
-  for (const auto& d : *mov->colDetalles) suma += d->Monto;
+  for (const auto& d : *mov->colDetalles)
+    suma += d->Monto;
   mov->Debitos = suma;
   if (suma < Currency{}) {
     mov->Creditos = -suma;
     mov->Debitos = Currency{};
   }
   mov->montoIGTF = valorIGTF();
-  if (!validarEnHost(mov)) return nullptr;
+  if (!validarEnHost(mov))
+    return nullptr;
   return mov;
 }
 
@@ -110,7 +123,8 @@ bool CobroVarelta::validarEnHost(std::shared_ptr<CVarelta>& mov) const {
   try {
     Factoria& host = factoria();
     auto ext = crearObjeto<PosExt>(host, "posExt");
-    if (!host.ExisteProcedimiento("ValidarVarelta", ext)) return true;
+    if (!host.ExisteProcedimiento("ValidarVarelta", ext))
+      return true;
     try {
       std::vector<Variant> argumentos{Variant(mov)};
       ext->Run("ValidarVarelta", argumentos);
@@ -124,7 +138,8 @@ bool CobroVarelta::validarEnHost(std::shared_ptr<CVarelta>& mov) const {
       return false;
     }
   } catch (const CajaError& e) {
-    if (gFactoria) gFactoria->Log("ERROR en frmVarelta-posExt: " + e.description());
+    if (gFactoria)
+      gFactoria->Log("ERROR en frmVarelta-posExt: " + e.description());
     return true;
   }
 }

@@ -27,7 +27,6 @@ const std::string kDenominacion =
 const std::string kMaquina = "SELECT MachineID FROM SesionesPOS WHERE SessionID = ?";
 const std::string kMaquinaCerrada = "SELECT MachineID FROM SesionesCerradas WHERE SessionID = ?";
 
-
 std::shared_ptr<CDetalleIngreso> linea(const char* medio, const char* monto,
                                        const char* emisor = "") {
   auto d = std::make_shared<CDetalleIngreso>();

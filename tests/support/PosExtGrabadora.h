@@ -21,8 +21,10 @@ class PosExtGrabadora : public PosExt {
   Variant Run(const std::string& p, std::vector<Variant>& args) override {
     llamadas.push_back(p);
     recibido = args.at(0).asObject();
-    if (fallar) throw CajaError(438, "posExt", "no existe");
-    if (alCorrer) alCorrer(args);
+    if (fallar)
+      throw CajaError(438, "posExt", "no existe");
+    if (alCorrer)
+      alCorrer(args);
     return Variant();
   }
   Variant Eval(const std::string& expresion) override {
