@@ -1,0 +1,349 @@
+#include "dialogs/frmVarelta.h"
+
+#include <QApplication>
+#include <QGroupBox>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QStatusBar>
+
+#include "base/Conversiones.h"
+#include "dialogs/frmShowVuelto.h"
+#include "service/General.h"
+#include "service/HostUtil.h"
+#include "uisupport/CajaNumerica.h"
+#include "uisupport/EstiloQt.h"
+#include "uisupport/Twips.h"
+
+namespace caja {
+
+namespace {
+
+// The form's design, in twips.
+constexpr int kAncho = 9480;
+constexpr int kAltoBase = 8040;
+constexpr int kPasoEntrada = 465;
+constexpr int kEntradasEnAltoBase = 9;
+constexpr int kColumnaMontos = 4440;
+constexpr int kAnchoMontos = 4920;
+constexpr int kFilaMonto = 450;
+
+QString q(const std::string& s) {
+  return QString::fromStdString(s);
+}
+
+QLabel* etiqueta(QWidget* padre, const char* nombre, const QString& texto = {}) {
+  auto* l = new QLabel(texto, padre);
+  l->setObjectName(nombre);
+  return l;
+}
+
+void colocar(QWidget* w, int izquierda, int arriba, int ancho, int alto) {
+  w->setGeometry(px(izquierda), px(arriba), px(ancho), px(alto));
+}
+
+}  // namespace
+
+frmVarelta::frmVarelta(QWidget* parent) : QDialog(parent) {
+  setObjectName("frmVarelta");
+  crearControles();
+}
+
+frmVarelta::~frmVarelta() = default;
+
+int frmVarelta::altoFormulario(std::size_t entradas) {
+  const int extra =
+      entradas > kEntradasEnAltoBase ? static_cast<int>(entradas) - kEntradasEnAltoBase : 0;
+  return kAltoBase + kPasoEntrada * extra;
+}
+
+void frmVarelta::crearControles() {
+  lblEfectivo1 = etiqueta(this, "lblEfectivo1", "Efectivo");
+  colocar(lblEfectivo1, 120, 90, 2160, 330);
+  txEfectivo = new CajaNumerica(this);
+  txEfectivo->setObjectName("txEfectivo");
+  colocar(txEfectivo, 2400, 60, 1800, 375);
+  conectarEntrada(txEfectivo, std::nullopt);
+
+  Frame1 = new QGroupBox("Montos", this);
+  Frame1->setObjectName("Frame1");
+  // One row per amount: caption control, its text, value control.
+  const struct {
+    const char* leyenda;
+    const char* texto;
+    const char* valor;
+    QLabel** destino;
+    QLabel** leyendaDestino;
+  } filas[] = {
+      {"Label1", "Monto de la compra:", "lblMontoCompra", &lblMontoCompra, nullptr},
+      {"lblIVA", "", "lblImpuesto", &lblImpuesto, &lblIVA},
+      {"Label2", "Total:", "lblTotal", &lblTotal, nullptr},
+      {"Label4", "Notas de crédito:", "lblNotasCredito", &lblNotasCredito, nullptr},
+      {"Label10", "IGTF:", "IGTF", &IGTF, nullptr},
+      {"lblConcepto", "Neto a cobrar:", "lblNetoMN", &lblNetoMN, nullptr},
+      {"Label3", "", "lblNetoUSD", &lblNetoUSD, &Label3},
+  };
+  int arriba = 300;
+  for (const auto& f : filas) {
+    QLabel* leyenda = etiqueta(Frame1, f.leyenda, f.texto);
+    colocar(leyenda, 120, arriba, 2280, 330);
+    QLabel* valor = etiqueta(Frame1, f.valor);
+    valor->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    colocar(valor, 2400, arriba, 2280, 330);
+    *f.destino = valor;
+    if (f.leyendaDestino)
+      *f.leyendaDestino = leyenda;
+    arriba += kFilaMonto;
+  }
+  lblImpuesto->installEventFilter(this);
+  QFont grande = lblNetoMN->font();
+  grande.setBold(true);
+  lblNetoMN->setFont(grande);
+
+  Label5 = etiqueta(this, "Label5", "Vuelto:");
+  lblVuelto = etiqueta(this, "lblVuelto");
+  lblVueltoUSD = etiqueta(this, "lblVueltoUSD");
+  lblVueltoMixto = etiqueta(this, "lblVueltoMixto");
+  QFont vuelto = lblVuelto->font();
+  vuelto.setPointSize(vuelto.pointSize() + 6);
+  vuelto.setBold(true);
+  for (QLabel* l : {Label5, lblVuelto})
+    l->setFont(vuelto);
+  for (QLabel* l : {lblVuelto, lblVueltoUSD, lblVueltoMixto})
+    l->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+
+  cbAceptar = new QPushButton("&Aceptar", this);
+  cbAceptar->setObjectName("cbAceptar");
+  cbCancelar = new QPushButton("&Cancelar", this);
+  cbCancelar->setObjectName("cbCancelar");
+  cbCancelar->setAutoDefault(false);
+  connect(cbAceptar, &QPushButton::clicked, this, &frmVarelta::aceptar);
+  connect(cbCancelar, &QPushButton::clicked, this, &QDialog::reject);
+
+  StatusBar1 = new QStatusBar(this);
+  StatusBar1->setObjectName("StatusBar1");
+  StatusBar1->setSizeGripEnabled(false);
+}
+
+void frmVarelta::conectarEntrada(CajaNumerica* caja, std::optional<std::size_t> indice) {
+  connect(caja, &CajaNumerica::enfocada, this,
+          [this, indice] { StatusBar1->showMessage(q(cobro_->ayuda(indice))); });
+  connect(caja, &QLineEdit::textEdited, this, [this] {
+    autoRechazado_ = false;
+    leerEntradas();
+    recalcular(false);
+  });
+  connect(caja, &CajaNumerica::espacio, this, [this, indice] {
+    leerEntradas();
+    cobro_->completar(indice);
+    mostrarEntradas();
+    if (!indice)
+      recalcular(false);
+  });
+  connect(caja, &CajaNumerica::enter, this, [this] { focusNextChild(); });
+  connect(caja, &CajaNumerica::dejada, this, [this, indice] { alDejar(indice); });
+}
+
+void frmVarelta::preparar(Currency venta, Currency iva, Currency credito) {
+  const double tasa = ObtenerTipoCambioCaja();
+  double igtf = 0.0;
+  try {
+    igtf = ObtenerPorcentajeIGTF();
+  } catch (const std::exception&) {
+    // Errors reading the IGTF rate leave it at 0.
+  }
+  cobro_ = std::make_unique<CobroVarelta>(venta, iva, credito, tasa, igtf, OpcionesCobro::leer());
+  auto rs = factoria().openrecordset(CobroVarelta::kConsultaMedios);
+  cobro_->agregarMedios(*rs);
+  for (std::size_t i = 0; i < cobro_->medios.size(); ++i)
+    crearEntradaMedio(i);
+  lblIVA->setText(q(cobro_->opciones.nombreIVA));
+  aplicarEstilo(*this);
+  aplicarTasa();
+  cbAceptar->setIcon(iconoDe(CargarIconoArchivo("general_ok.ico")));
+  cbCancelar->setIcon(iconoDe(CargarIconoArchivo("fie_cancel_back.ico")));
+  resaltarVuelto();
+  resize(px(kAncho), px(altoFormulario(cobro_->medios.size())));
+  Label3->setText(q(cobro_->opciones.CodigoMEX));
+
+  lblMontoCompra->setText(q(cobro_->textoMonto(venta)));
+  lblImpuesto->setText(q(cobro_->textoMonto(iva)));
+  lblTotal->setText(q(cobro_->textoMonto(iva + venta)));
+  lblNotasCredito->setText(q(cobro_->textoMonto(credito)));
+  lblNetoMN->setText(q(cobro_->textoMonto(cobro_->neto)));
+  lblNetoUSD->setText(q(cobro_->netoUSD(cobro_->neto)));
+  setTabOrder(txEfectivo, txMediosX.empty() ? static_cast<QWidget*>(cbAceptar) : txMediosX.front());
+  for (std::size_t i = 0; i + 1 < txMediosX.size(); ++i)
+    setTabOrder(txMediosX[i], txMediosX[i + 1]);
+  if (!txMediosX.empty())
+    setTabOrder(txMediosX.back(), cbAceptar);
+  setTabOrder(cbAceptar, cbCancelar);
+  recalcular(false);
+}
+
+void frmVarelta::crearEntradaMedio(std::size_t i) {
+  const int fila = static_cast<int>(i);
+  auto* titulo = etiqueta(this, "", q(cobro_->medios[i].Titulo));
+  titulo->setObjectName(QString("tituloMediosX(%1)").arg(fila));
+  colocar(titulo, 120, 540 + kPasoEntrada * fila, 2160, 330);
+  auto* caja = new CajaNumerica(this);
+  caja->setObjectName(QString("txMediosX(%1)").arg(fila));
+  caja->setProperty("Tag", q(cobro_->medios[i].Tag));
+  colocar(caja, 2400, 525 + kPasoEntrada * fila, 1800, 375);
+  conectarEntrada(caja, i);
+  tituloMediosX.push_back(titulo);
+  txMediosX.push_back(caja);
+}
+
+void frmVarelta::aplicarTasa() {
+  const bool soloNacional = cobro_->tipoCambio == 1.0;
+  for (QWidget* w :
+       std::initializer_list<QWidget*>{Label3, lblNetoUSD, lblVueltoUSD, lblVueltoMixto})
+    w->setVisible(!soloNacional);
+  colocar(Frame1, kColumnaMontos, 0, kAnchoMontos, soloNacional ? 3795 : 4215);
+}
+
+void frmVarelta::resaltarVuelto() {
+  if (!cobro_->opciones.ResaltarVuelto || cobro_->tipoCambio == 1.0)
+    return;
+  // The change labels take the accept button's colours.
+  const QPalette boton = cbAceptar->palette();
+  for (QLabel* l : {lblVuelto, lblVueltoUSD, lblVueltoMixto}) {
+    QPalette p = l->palette();
+    p.setColor(QPalette::Window, boton.color(QPalette::Button));
+    p.setColor(QPalette::WindowText, boton.color(QPalette::ButtonText));
+    l->setAutoFillBackground(true);
+    l->setPalette(p);
+  }
+}
+
+void frmVarelta::posicionar() {
+  const int h = height() * kTwipsPorPixel;
+  const bool soloNacional = cobro_ && cobro_->tipoCambio == 1.0;
+  // With national currency alone the change takes the place of the foreign one.
+  const int arribaVuelto = soloNacional ? h - 2340 : h - 2895;
+  colocar(Label5, kColumnaMontos, arribaVuelto, 1800, 480);
+  colocar(lblVuelto, kColumnaMontos + 1800, arribaVuelto, kAnchoMontos - 1800, 480);
+  colocar(lblVueltoUSD, kColumnaMontos, h - 2340, kAnchoMontos, 400);
+  colocar(lblVueltoMixto, kColumnaMontos, h - 1785, kAnchoMontos, 400);
+  colocar(cbAceptar, kColumnaMontos, h - 990, 2280, 540);
+  colocar(cbCancelar, kColumnaMontos + 2640, h - 990, 2280, 540);
+  colocar(StatusBar1, 0, h - 330, kAncho, 330);
+}
+
+void frmVarelta::resizeEvent(QResizeEvent* evento) {
+  QDialog::resizeEvent(evento);
+  posicionar();
+}
+
+void frmVarelta::showEvent(QShowEvent* evento) {
+  QDialog::showEvent(evento);
+  if (activado_)
+    return;
+  activado_ = true;
+  try {
+    cobro_->autoLlenar();
+  } catch (const std::exception&) {
+    // An AutoFill that fails simply stops.
+  }
+  mostrarEntradas();
+  recalcular(false);
+  txEfectivo->setFocus();
+}
+
+void frmVarelta::mostrarEntradas() {
+  txEfectivo->setValor(cobro_->efectivo);
+  for (std::size_t i = 0; i < txMediosX.size(); ++i)
+    txMediosX[i]->setValor(cobro_->medios[i].valor);
+}
+
+void frmVarelta::leerEntradas() {
+  cobro_->efectivo = txEfectivo->valor();
+  for (std::size_t i = 0; i < txMediosX.size(); ++i)
+    cobro_->medios[i].valor = txMediosX[i]->valor();
+}
+
+void frmVarelta::recalcular(bool autoaceptar) {
+  if (recalculando_ || !cobro_)
+    return;
+  recalculando_ = true;
+  const Pantalla p = cobro_->recalcular();
+  IGTF->setText(q(p.IGTF));
+  lblTotal->setText(q(p.lblTotal));
+  lblNetoMN->setText(q(p.lblNetoMN));
+  lblNetoUSD->setText(q(p.lblNetoUSD));
+  lblVuelto->setText(q(p.lblVuelto));
+  lblVueltoUSD->setText(q(p.lblVueltoUSD));
+  lblVueltoMixto->setText(q(p.lblVueltoMixto));
+  recalculando_ = false;
+  QWidget* foco = QApplication::focusWidget();
+  if (autoaceptar && cobro_->opciones.AutoCierre && isVisible() && !aceptando_ && !autoRechazado_ &&
+      foco != cbCancelar && CobroVarelta::completo(p.vuelto) && foco != cbAceptar)
+    cbAceptar->click();
+}
+
+void frmVarelta::alDejar(std::optional<std::size_t> indice) {
+  if (!cobro_ || aceptando_)
+    return;
+  leerEntradas();
+  const std::string pregunta = cobro_->preguntaExceso(indice);
+  if (!pregunta.empty() && !hostUtil().Preguntar(pregunta)) {
+    QWidget* caja = indice ? static_cast<QWidget*>(txMediosX[*indice]) : txEfectivo;
+    caja->setFocus();
+    return;
+  }
+  recalcular(true);
+}
+
+bool frmVarelta::eventFilter(QObject* objeto, QEvent* evento) {
+  if (objeto == lblImpuesto && evento->type() == QEvent::MouseButtonRelease) {
+    cambiarIVA();
+    return true;
+  }
+  return QDialog::eventFilter(objeto, evento);
+}
+
+void frmVarelta::cambiarIVA() {
+  if (!cobro_->opciones.IVA2602)
+    return;
+  Currency monto = cobro_->MontoIVA;
+  bool cancelar = false;
+  if (Aplicar2602)
+    Aplicar2602(monto, cancelar);
+  if (cancelar)
+    return;
+  cobro_->cambiarIVA(monto);
+  lblImpuesto->setText(q(cobro_->textoMonto(monto)));
+  lblTotal->setText(q(cobro_->textoMonto(cobro_->neto)));
+  mostrarEntradas();
+  recalcular(false);
+}
+
+void frmVarelta::aceptar() {
+  if (aceptando_)
+    return;
+  aceptando_ = true;
+  leerEntradas();
+  recalcular(false);
+  Vuelto vuelto;
+  auto mov = cobro_->LlenarVarelta(vuelto);
+  aceptando_ = false;
+  if (!mov) {
+    autoRechazado_ = true;
+    txEfectivo->setFocus();
+    return;
+  }
+  cobro_->resultado = mov;
+  accept();
+}
+
+std::shared_ptr<CVarelta> frmVarelta::Cobrar(Currency venta, Currency iva, Currency credito) {
+  preparar(venta, iva, credito);
+  if (exec() != QDialog::Accepted)
+    return nullptr;
+  if (cobro_->opciones.mostrarVuelto)
+    frmShowVuelto::ShowVuelto(cobro_->recalcular().vuelto);
+  return cobro_->resultado;
+}
+
+}  // namespace caja

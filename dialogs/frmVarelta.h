@@ -1,0 +1,84 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "dialogs/modelo/CobroVarelta.h"
+
+class QLabel;
+class QPushButton;
+class QStatusBar;
+class QGroupBox;
+
+namespace caja {
+
+class CajaNumerica;
+
+// The collection dialog: the sale's amounts, national cash and one input per
+// active payment method, the running change, and acceptance. The arithmetic is
+// `CobroVarelta`'s; this class lays out the controls, relays the cashier's keys
+// and shows what the model computes. Enter moves on, Space completes the
+// focused input with what is missing, Escape cancels.
+class frmVarelta : public QDialog {
+  Q_OBJECT
+
+ public:
+  explicit frmVarelta(QWidget* parent = nullptr);
+  ~frmVarelta() override;
+
+  // The whole collection: loads, shows modally, shows the change on
+  // acceptance; the filled movement, or nullptr when cancelled.
+  std::shared_ptr<CVarelta> Cobrar(Currency MontoVenta, Currency MontoIVA, Currency MontoCredito);
+  // Loading and opening without showing: what `Cobrar` does before `exec`.
+  void preparar(Currency MontoVenta, Currency MontoIVA, Currency MontoCredito);
+
+  // The tax-change event: amount and cancel flag, both changeable by the listener.
+  std::function<void(Currency& monto, bool& cancelar)> Aplicar2602;
+
+  CobroVarelta& cobro() { return *cobro_; }
+  std::shared_ptr<CVarelta> resultado() const { return cobro_ ? cobro_->resultado : nullptr; }
+  // Inner height in twips for a given number of inputs.
+  static int altoFormulario(std::size_t entradas);
+
+ protected:
+  void resizeEvent(QResizeEvent* evento) override;
+  void showEvent(QShowEvent* evento) override;
+  bool eventFilter(QObject* objeto, QEvent* evento) override;
+
+ private:
+  void crearControles();
+  void crearEntradaMedio(std::size_t i);
+  void conectarEntrada(CajaNumerica* caja, std::optional<std::size_t> indice);
+  void aplicarTasa();
+  void resaltarVuelto();
+  void mostrarEntradas();
+  void leerEntradas();
+  // Refreshes the labels; `autoaceptar` lets a complete amount accept the dialog.
+  void recalcular(bool autoaceptar);
+  void alDejar(std::optional<std::size_t> indice);
+  void cambiarIVA();
+  void aceptar();
+  void posicionar();
+
+  std::unique_ptr<CobroVarelta> cobro_;
+  bool recalculando_ = false;
+  bool activado_ = false;
+  bool aceptando_ = false;
+  // A refused acceptance is not retried by itself until the cashier types again.
+  bool autoRechazado_ = false;
+
+  QGroupBox* Frame1 = nullptr;
+  QLabel *lblMontoCompra, *lblImpuesto, *lblIVA, *lblTotal, *lblNotasCredito, *lblNetoMN,
+      *lblNetoUSD, *Label3, *IGTF, *lblVuelto, *lblVueltoUSD, *lblVueltoMixto, *Label5,
+      *lblEfectivo1;
+  CajaNumerica* txEfectivo = nullptr;
+  std::vector<CajaNumerica*> txMediosX;
+  std::vector<QLabel*> tituloMediosX;
+  QPushButton *cbAceptar, *cbCancelar;
+  QStatusBar* StatusBar1 = nullptr;
+};
+
+}  // namespace caja

@@ -1,0 +1,235 @@
+#include "dialogs/frmVarelta.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTest>
+#include <QTimer>
+
+#include "dialogs/frmShowVuelto.h"
+#include "tests/support/HostPrueba.h"
+#include "uisupport/CajaNumerica.h"
+
+namespace caja {
+namespace {
+
+using test::cur;
+
+// Runs `hacer` on the modal window named `nombre` once it is the active one.
+void cuandoAparezca(const char* nombre, std::function<void(QWidget&)> hacer, int intentos = 300) {
+  QTimer::singleShot(10, [=] {
+    QWidget* w = QApplication::activeModalWidget();
+    if (w && w->objectName() == nombre) {
+      hacer(*w);
+    } else if (intentos > 0) {
+      cuandoAparezca(nombre, hacer, intentos - 1);
+    } else {
+      ADD_FAILURE() << nombre << " never appeared";
+    }
+  });
+}
+
+class Dialogo : public ::testing::Test, protected test::ConSqlite {
+ protected:
+  void SetUp() override {
+    db->ExecuteSQL(
+        "INSERT INTO MediosPago (Codigo, Descripcion, Clase, Atributos, PorcentajeISLR, titulo, "
+        "textoAyuda, posicion) VALUES "
+        "('USD', 'Dólares', 8, 1024, 0, 'Dólares', 'Efectivo en dólares', 1), "
+        "('TDC', 'Tarjeta', 3, 32, 0, 'Tarjeta de crédito', 'Pase la tarjeta', 2), "
+        "('ZEL', 'Zelle', 7, 64, 36, 'Zelle', 'Transferencia en dólares', 3), "
+        "('OCU', 'Oculto', 7, 0, 0, 'Oculto', '', 0)");
+    tasa(36.0);
+  }
+  void TearDown() override { EXPECT_EQ(QApplication::topLevelWidgets().count(), 0); }
+  void tasa(double t) {
+    db->ExecuteSQL(
+        "INSERT OR REPLACE INTO hostEmpresa (id, ContribuyenteEspecial, porcentajeIGTF456, "
+        "TipoCambioCaja) VALUES (1, 1, 3, ?)",
+        {Variant(t)});
+  }
+  void ajuste(const char* clave, const char* valor, const char* seccion = "frmVarelta") {
+    entorno.settings->SaveSetting("ZOR", seccion, clave, valor);
+  }
+  std::unique_ptr<frmVarelta> abrir(const char* venta, const char* iva, const char* credito = "0") {
+    auto f = std::make_unique<frmVarelta>();
+    f->preparar(cur(venta), cur(iva), cur(credito));
+    f->show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(f.get()));
+    return f;
+  }
+  template <class W>
+  static W* hijo(QWidget& f, const char* nombre) {
+    W* w = f.findChild<W*>(nombre);
+    EXPECT_NE(w, nullptr) << nombre;
+    return w;
+  }
+  static QString texto(QWidget& f, const char* etiqueta) {
+    return hijo<QLabel>(f, etiqueta)->text();
+  }
+  static void teclear(QWidget& f, const char* caja, const char* teclas) {
+    auto* c = hijo<CajaNumerica>(f, caja);
+    c->setFocus();
+    c->selectAll();
+    QTest::keyClicks(c, teclas);
+  }
+};
+
+TEST_F(Dialogo, InputsFollowTheCatalogueWithTheirMarks) {
+  auto f = abrir("100", "16");
+  EXPECT_EQ(hijo<QLabel>(*f, "tituloMediosX(0)")->text(), "Dólares");
+  EXPECT_EQ(hijo<QLineEdit>(*f, "txMediosX(0)")->property("Tag").toString(), "USD**");
+  EXPECT_EQ(hijo<QLineEdit>(*f, "txMediosX(2)")->property("Tag").toString(), "ME");
+  EXPECT_EQ(f->findChild<QLineEdit*>("txMediosX(3)"), nullptr);  // posicion 0 is hidden
+  EXPECT_EQ(texto(*f, "lblTotal"), "116.00");
+  EXPECT_EQ(texto(*f, "lblNetoUSD"), "3.22");
+  EXPECT_EQ(texto(*f, "Label3"), "USD");
+  EXPECT_EQ(f->height(), 8040 / 15);
+  EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(),
+            "Introduzca el monto cobrado en efectivo de curso legal");
+}
+
+TEST_F(Dialogo, CashEqualToTheNetAcceptsItselfWithAutoCierre) {
+  ajuste("AutoCierre", "1");
+  auto f = abrir("100", "16");
+  teclear(*f, "txEfectivo", "116");
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+  EXPECT_EQ(f->result(), QDialog::Accepted);
+  ASSERT_NE(f->resultado(), nullptr);
+  EXPECT_EQ(f->resultado()->Debitos, cur("116"));
+  EXPECT_EQ(f->resultado()->colDetalles->Item(1)->medio, "EFE");
+}
+
+TEST_F(Dialogo, OneCentShortTriesToAcceptTwoCentsDoNot) {
+  ajuste("AutoCierre", "1");
+  auto f = abrir("100", "16");
+  teclear(*f, "txEfectivo", "115.98");
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+  EXPECT_TRUE(entorno.util->mensajes.empty());
+  EXPECT_EQ(texto(*f, "lblVuelto"), "-Bs. 0.02");
+  teclear(*f, "txEfectivo", "115.99");
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+  // Complete within a cent, so the dialog tries; national cash alone cannot absorb the cent.
+  EXPECT_EQ(entorno.util->mensajes,
+            std::vector<std::string>{"Faltan Bs. 0.01 para completar el monto."});
+  EXPECT_EQ(f->resultado(), nullptr);
+}
+
+TEST_F(Dialogo, SpaceCompletesTheFocusedInputAndAcceptShowsTheShortfall) {
+  tasa(0.0);  // rate 1.0: a tolerance of one cent
+  auto f = abrir("100", "16");
+  teclear(*f, "txEfectivo", "16");
+  auto* tarjeta = hijo<CajaNumerica>(*f, "txMediosX(1)");
+  tarjeta->setFocus();
+  EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(), "Pase la tarjeta");
+  QTest::keyClick(tarjeta, Qt::Key_Space);
+  EXPECT_EQ(tarjeta->text(), "100.00");
+  teclear(*f, "txMediosX(1)", "99.98");
+  QTest::mouseClick(hijo<QPushButton>(*f, "cbAceptar"), Qt::LeftButton);
+  EXPECT_EQ(entorno.util->mensajes,
+            std::vector<std::string>{"Le faltan Bs. 0.02 para completar el monto"});
+  EXPECT_TRUE(f->isVisible());
+}
+
+TEST_F(Dialogo, ForeignCashBearsIgtfAndShowsForeignAndMixedChange) {
+  auto f = abrir("100", "0");
+  auto* dolares = hijo<CajaNumerica>(*f, "txMediosX(0)");
+  dolares->setFocus();
+  EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(),
+            "Efectivo en dólares (Dólares = 2.78)");
+  teclear(*f, "txMediosX(0)", "5");
+  QTest::keyClick(dolares, Qt::Key_Return);
+  EXPECT_EQ(texto(*f, "IGTF"), "3.00");  // 180 × 3% = 5.40, capped at 3.00
+  EXPECT_EQ(texto(*f, "lblNetoMN"), "103.00");
+  EXPECT_EQ(texto(*f, "lblVuelto"), "Bs. 77.00");
+  EXPECT_EQ(texto(*f, "lblVueltoUSD"), "$ 2.14");
+  EXPECT_EQ(texto(*f, "lblVueltoMixto"), "$ 2.00 + Bs. 5.00");
+}
+
+TEST_F(Dialogo, RateOneHidesTheForeignLabels) {
+  tasa(0.0);
+  auto f = abrir("100", "16");
+  for (const char* nombre : {"Label3", "lblNetoUSD", "lblVueltoUSD", "lblVueltoMixto"})
+    EXPECT_TRUE(hijo<QLabel>(*f, nombre)->isHidden()) << nombre;
+  EXPECT_FALSE(hijo<QLabel>(*f, "lblVuelto")->isHidden());
+}
+
+TEST_F(Dialogo, HeightGrowsPastNineInputsAndStopsAtFifteen) {
+  for (int i = 0; i < 14; ++i)
+    db->ExecuteSQL(
+        "INSERT INTO MediosPago (Codigo, Clase, titulo, posicion) VALUES (?, 7, ?, ?)",
+        {Variant("M" + std::to_string(i)), Variant("Medio " + std::to_string(i)), Variant(10 + i)});
+  auto f = abrir("100", "16");
+  EXPECT_NE(f->findChild<QLineEdit*>("txMediosX(14)"), nullptr);
+  EXPECT_EQ(f->findChild<QLineEdit*>("txMediosX(15)"), nullptr);
+  EXPECT_EQ(f->height(), 10830 / 15);
+  EXPECT_EQ(frmVarelta::altoFormulario(10), 8505);
+  EXPECT_EQ(frmVarelta::altoFormulario(9), 8040);
+}
+
+TEST_F(Dialogo, TaxChangeGoesThroughTheListener) {
+  ajuste("IVA2602", "1", "Config");
+  auto f = abrir("100", "16", "10");
+  Currency recibido;
+  f->Aplicar2602 = [&](Currency& monto, bool&) {
+    recibido = monto;
+    monto = cur("8");
+  };
+  teclear(*f, "txEfectivo", "50");
+  QTest::mouseClick(hijo<QLabel>(*f, "lblImpuesto"), Qt::LeftButton);
+  EXPECT_EQ(recibido, cur("16"));
+  EXPECT_EQ(texto(*f, "lblImpuesto"), "8.00");
+  EXPECT_EQ(texto(*f, "lblTotal"), "108.00");
+  EXPECT_EQ(hijo<QLineEdit>(*f, "txEfectivo")->text(), "0.00");
+}
+
+TEST_F(Dialogo, EscapeCancelsAndNothingComesBack) {
+  frmVarelta f;
+  cuandoAparezca("frmVarelta", [](QWidget& d) { QTest::keyClick(&d, Qt::Key_Escape); });
+  EXPECT_EQ(f.Cobrar(cur("100"), cur("16"), cur("0")), nullptr);
+}
+
+TEST_F(Dialogo, AcceptedCollectionShowsTheChangeThenReturnsTheMovement) {
+  ajuste("RedondeoVuelto", "0.05");
+  frmVarelta f;
+  QString mostrado;
+  cuandoAparezca("frmVarelta", [&](QWidget& d) {
+    teclear(d, "txEfectivo", "128.37");
+    cuandoAparezca("frmShowVuelto", [&](QWidget& v) {
+      mostrado = v.findChild<QLineEdit*>("Text1")->text();
+      QTest::keyClick(&v, Qt::Key_A);
+    });
+    QTest::mouseClick(d.findChild<QPushButton*>("cbAceptar"), Qt::LeftButton);
+  });
+  auto mov = f.Cobrar(cur("100"), cur("16"), cur("0"));
+  ASSERT_NE(mov, nullptr);
+  EXPECT_EQ(mov->Vuelto, cur("12.37"));
+  EXPECT_EQ(mov->colDetalles->Item(1)->Monto, cur("116"));
+  EXPECT_EQ(mostrado, "Bs. 12.35");
+}
+
+TEST_F(Dialogo, ChangeWindowIsNotShownForNothingAndItsTimerFollowsTheLock) {
+  frmShowVuelto::ShowVuelto(cur("0"));
+  frmShowVuelto::ShowVuelto(cur("-1"));
+  bool activo = true;
+  cuandoAparezca("frmShowVuelto", [&](QWidget& v) {
+    activo = v.findChild<QTimer*>("Timer1")->isActive();
+    QTest::mouseClick(v.findChild<QLabel*>("Label2"), Qt::LeftButton);
+  });
+  frmShowVuelto::ShowVuelto(cur("5"));
+  EXPECT_FALSE(activo);  // "LockVuelto" defaults to "1"
+  ajuste("LockVuelto", "0");
+  cuandoAparezca("frmShowVuelto", [&](QWidget& v) {
+    activo = v.findChild<QTimer*>("Timer1")->isActive();
+    QTest::keyClick(&v, Qt::Key_Return);
+  });
+  frmShowVuelto::ShowVuelto(cur("5"));
+  EXPECT_TRUE(activo);
+}
+
+}  // namespace
+}  // namespace caja
