@@ -200,7 +200,7 @@ void frmVarelta::aplicarTasa() {
   for (QWidget* w :
        std::initializer_list<QWidget*>{Label3, lblNetoUSD, lblVueltoUSD, lblVueltoMixto})
     w->setVisible(!soloNacional);
-  colocar(Frame1, kColumnaMontos, 0, kAnchoMontos, soloNacional ? 3795 : 4215);
+  colocar(Frame1, kColumnaMontos, 0, kAnchoMontos, soloNacional ? 3795 : 3900);
 }
 
 void frmVarelta::resaltarVuelto() {

@@ -2,7 +2,7 @@
 # Sourced by scripts/test and scripts/demo.
 
 CAJA_PAQUETES=(cmake ninja-build g++ pkg-config qt6-base-dev libsqlite3-dev libgtest-dev libgmock-dev
-  libbenchmark-dev xvfb xauth clang-format)
+  libbenchmark-dev xvfb xauth clang-format fonts-dejavu-core)
 
 caja_instalar_dependencias() {
   local faltan=()
