@@ -337,6 +337,22 @@ void frmVarelta::aceptar() {
   accept();
 }
 
+bool frmVarelta::teclear(const std::string& codigo, Currency monto) {
+  CajaNumerica* caja = codigo == "EFE" ? txEfectivo : nullptr;
+  for (std::size_t i = 0; i < txMediosX.size() && !caja; ++i)
+    if (cobro_->medios[i].Codigo == codigo) caja = txMediosX[i];
+  if (!caja) return false;
+  caja->setValor(monto);
+  leerEntradas();
+  recalcular(false);
+  return true;
+}
+
+bool frmVarelta::aceptarGuion() {
+  aceptar();
+  return resultado() != nullptr;
+}
+
 std::shared_ptr<CVarelta> frmVarelta::Cobrar(Currency venta, Currency iva, Currency credito) {
   preparar(venta, iva, credito);
   if (exec() != QDialog::Accepted)

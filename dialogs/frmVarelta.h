@@ -38,6 +38,13 @@ class frmVarelta : public QDialog {
   // The tax-change event: amount and cancel flag, both changeable by the listener.
   std::function<void(Currency& monto, bool& cancelar)> Aplicar2602;
 
+  // The scripted form of the cashier's work, for hosts that automate a sale:
+  // types an amount into the input of a method ("EFE" for national cash) and
+  // presses accept. False for a code without an input.
+  bool teclear(const std::string& codigo, Currency monto);
+  // Runs the accept button; true when the movement was filled.
+  bool aceptarGuion();
+
   CobroVarelta& cobro() { return *cobro_; }
   std::shared_ptr<CVarelta> resultado() const { return cobro_ ? cobro_->resultado : nullptr; }
   // Inner height in twips for a given number of inputs.

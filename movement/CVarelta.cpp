@@ -70,7 +70,10 @@ std::string CVarelta::NombreEntidadRelacionada() const {
 
 Currency CVarelta::TotalClase(ClaseIngresoSesion clase) {
   Currency total;
-  for (const auto& d : *detalles()) {
+  // Held here: a saved movement's lines are a fresh collection that must
+  // outlive the loop.
+  const auto lineas = detalles();
+  for (const auto& d : *lineas) {
     if (clase == ClaseIngresoSesion::Efectivo && d->medio == "EFE") {
       total += d->Monto;
       continue;

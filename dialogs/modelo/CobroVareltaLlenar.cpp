@@ -82,7 +82,8 @@ std::shared_ptr<CVarelta> CobroVarelta::LlenarVarelta(Vuelto& vuelto) {
     total += linea->Monto;
   }
   if (mov->Vuelto > Currency{}) {
-    for (const auto& c : *vuelto.detalles()) {
+    const auto cambio = vuelto.detalles();
+    for (const auto& c : *cambio) {
       total -= Abs(c->Monto);
       if (auto pago = primeraDeMedio(*mov->colDetalles, c->medio)) {
         pago->Monto -= Abs(c->Monto);
