@@ -4,6 +4,7 @@
 #include <iomanip>
 
 #include "base/Formato.h"
+#include "base/Texto.h"
 
 namespace caja::app {
 
@@ -12,6 +13,12 @@ namespace {
 std::string monto(Currency c) {
   return Format(Variant(c), kFormatoMonto);
 }
+// Pads to `ancho` characters, counting UTF-8 sequences as one.
+std::string columna(const std::string& texto, std::size_t ancho) {
+  const std::size_t n = largoUtf8(texto);
+  return texto + std::string(ancho > n ? ancho - n : 0, ' ');
+}
+
 std::string numero(Currency c) {
   return c.toMachineText();
 }
@@ -136,9 +143,10 @@ void Salida::medios(const std::vector<std::shared_ptr<CMedioPago>>& medios) {
     return;
   }
   for (const auto& m : medios)
-    out_ << std::left << std::setw(6) << m->codigo << std::setw(24) << m->Titulo << std::setw(14)
-         << CaptionsClaseIngreso().at(static_cast<std::size_t>(m->Clase) % 9) << " atributos "
-         << std::setw(6) << m->Atributos << " factor " << m->FactorCambio() << '\n';
+    out_ << columna(m->codigo, 6) << columna(m->Titulo, 22)
+         << columna(CaptionsClaseIngreso().at(static_cast<std::size_t>(m->Clase) % 9), 14)
+         << " atributos " << columna(std::to_string(m->Atributos), 6) << " factor "
+         << m->FactorCambio() << '\n';
 }
 
 void Salida::lineas(const std::string& titulo, Collection<CDetalleIngreso>& lineas) {

@@ -25,6 +25,24 @@ std::string upperAscii(std::string_view texto) {
   return r;
 }
 
+std::string upperEspanol(std::string_view texto) {
+  std::string r = upperAscii(texto);
+  for (std::size_t i = 0; i + 1 < r.size(); ++i) {
+    const auto lider = static_cast<unsigned char>(r[i]);
+    const auto segundo = static_cast<unsigned char>(r[i + 1]);
+    // U+00E0..U+00FE lower-case letters, but U+00F7 (division sign).
+    if (lider == 0xC3 && segundo >= 0xA0 && segundo <= 0xBE && segundo != 0xB7)
+      r[i + 1] = static_cast<char>(segundo - 0x20);
+  }
+  return r;
+}
+
+std::size_t largoUtf8(std::string_view texto) {
+  std::size_t n = 0;
+  for (unsigned char c : texto) n += (c & 0xC0) != 0x80;
+  return n;
+}
+
 bool equalsIgnoreCase(std::string_view a, std::string_view b) {
   if (a.size() != b.size())
     return false;
