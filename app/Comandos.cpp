@@ -1,5 +1,6 @@
 #include "app/Comandos.h"
 
+#include <QApplication>
 #include <iostream>
 #include <stdexcept>
 #include <thread>
@@ -168,7 +169,7 @@ int medios(Contexto& c) {
     CServiciosCaja servicios;
     servicios.Init(Variant(), c.db);
     servicios.DefinirMediosPago();
-    return kExito;
+    return QApplication::exec() == 0 ? kExito : kError;
   }
   std::vector<std::shared_ptr<CMedioPago>> lista;
   auto rs = c.db->openrecordset("SELECT * FROM MediosPago ORDER BY posicion, Codigo");

@@ -1,7 +1,7 @@
 #include "dialogs/DialogosQt.h"
 
+#include "dialogs/frmDefinirMedioPago.h"
 #include "dialogs/frmVarelta.h"
-#include "service/HostUtil.h"
 
 namespace caja {
 
@@ -15,12 +15,17 @@ std::shared_ptr<CVarelta> DialogosQt::Cobrar(const std::string& titulo, Currency
 }
 
 void DialogosQt::DefinirMediosPago() {
-  hostUtil().MostrarMensaje("La administración de medios de pago aún no está disponible.");
+  // Modeless: the dialog lives until the user closes it.
+  auto* dialogo = new frmDefinirMedioPago();
+  dialogo->setAttribute(Qt::WA_DeleteOnClose);
+  dialogo->show();
+  dialogo->activateWindow();
 }
 
-void DialogosQt::DefinirMedioPagoNuevo(const std::string&, std::int16_t& contexto) {
-  contexto = 0;
-  DefinirMediosPago();
+void DialogosQt::DefinirMedioPagoNuevo(const std::string& codigo, std::int16_t& contexto) {
+  frmDefinirMedioPago dialogo;
+  dialogo.SetCodigo(codigo);
+  dialogo.SetContexto(contexto);
 }
 
 void instalarDialogosQt() {

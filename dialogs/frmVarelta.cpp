@@ -2,12 +2,14 @@
 
 #include <QApplication>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QStatusBar>
 
 #include "base/Conversiones.h"
+#include "dialogs/frmDetallesMedio.h"
 #include "dialogs/frmShowVuelto.h"
 #include "service/General.h"
 #include "service/HostUtil.h"
@@ -119,6 +121,11 @@ void frmVarelta::crearControles() {
   cbCancelar->setAutoDefault(false);
   connect(cbAceptar, &QPushButton::clicked, this, &frmVarelta::aceptar);
   connect(cbCancelar, &QPushButton::clicked, this, &QDialog::reject);
+  cbDetalles = new QPushButton("&Detalles (F2)", this);
+  cbDetalles->setObjectName("cbDetalles");
+  cbDetalles->setAutoDefault(false);
+  cbDetalles->setFocusPolicy(Qt::NoFocus);
+  connect(cbDetalles, &QPushButton::clicked, this, &frmVarelta::editarDetalle);
 
   StatusBar1 = new QStatusBar(this);
   StatusBar1->setObjectName("StatusBar1");
@@ -228,6 +235,7 @@ void frmVarelta::posicionar() {
   colocar(lblVueltoMixto, kColumnaMontos, h - 1785, kAnchoMontos, 400);
   colocar(cbAceptar, kColumnaMontos, h - 990, 2280, 540);
   colocar(cbCancelar, kColumnaMontos + 2640, h - 990, 2280, 540);
+  colocar(cbDetalles, 120, h - 990, 2280, 540);
   colocar(StatusBar1, 0, h - 330, kAncho, 330);
 }
 
@@ -301,6 +309,28 @@ bool frmVarelta::eventFilter(QObject* objeto, QEvent* evento) {
     return true;
   }
   return QDialog::eventFilter(objeto, evento);
+}
+
+void frmVarelta::keyPressEvent(QKeyEvent* evento) {
+  if (evento->key() == Qt::Key_F2) {
+    editarDetalle();
+    return;
+  }
+  QDialog::keyPressEvent(evento);
+}
+
+void frmVarelta::editarDetalle() {
+  std::optional<std::size_t> indice;
+  QWidget* foco = QApplication::focusWidget();
+  for (std::size_t i = 0; i < txMediosX.size(); ++i)
+    if (foco == txMediosX[i]) indice = i;
+  if (!indice && foco != txEfectivo) return;
+  leerEntradas();
+  if (!frmDetallesMedio::EditDetalle(cobro_->particulares(indice), this)) return;
+  cobro_->tomarParticulares(indice);
+  mostrarEntradas();
+  autoRechazado_ = false;
+  recalcular(false);
 }
 
 void frmVarelta::cambiarIVA() {

@@ -54,6 +54,7 @@ class frmVarelta : public QDialog {
   void resizeEvent(QResizeEvent* evento) override;
   void showEvent(QShowEvent* evento) override;
   bool eventFilter(QObject* objeto, QEvent* evento) override;
+  void keyPressEvent(QKeyEvent* evento) override;
 
  private:
   void crearControles();
@@ -68,6 +69,8 @@ class frmVarelta : public QDialog {
   void alDejar(std::optional<std::size_t> indice);
   void cambiarIVA();
   void aceptar();
+  // F2: the particulars of the focused input's payment line.
+  void editarDetalle();
   void posicionar();
 
   std::unique_ptr<CobroVarelta> cobro_;
@@ -84,7 +87,7 @@ class frmVarelta : public QDialog {
   CajaNumerica* txEfectivo = nullptr;
   std::vector<CajaNumerica*> txMediosX;
   std::vector<QLabel*> tituloMediosX;
-  QPushButton *cbAceptar, *cbCancelar;
+  QPushButton *cbAceptar, *cbCancelar, *cbDetalles;
   QStatusBar* StatusBar1 = nullptr;
 };
 

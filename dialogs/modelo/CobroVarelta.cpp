@@ -237,6 +237,22 @@ void CobroVarelta::cambiarIVA(Currency nuevoIVA) {
     d.valor = Currency{};
 }
 
+std::shared_ptr<CDetalleIngreso> CobroVarelta::particulares(std::optional<std::size_t> i) {
+  auto& p = i ? medios.at(*i).particulares : particularesEfectivo;
+  if (!p) {
+    p = std::make_shared<CDetalleIngreso>();
+    p->medio = i ? medios[*i].Codigo : "EFE";
+  }
+  p->montoNominal = i ? medios[*i].valor : efectivo;
+  p->Monto = i ? valorEnMN(*i) : efectivo;
+  return p;
+}
+
+void CobroVarelta::tomarParticulares(std::optional<std::size_t> i) {
+  auto& p = i ? medios.at(*i).particulares : particularesEfectivo;
+  if (p) (i ? medios[*i].valor : efectivo) = p->montoNominal;
+}
+
 void CobroVarelta::autoLlenar() {
   if (!opciones.AutoFill)
     return;

@@ -63,6 +63,7 @@ class CobroVarelta {
   double tasaIGTF;
   OpcionesCobro opciones;
   Currency efectivo;  // txEfectivo
+  std::shared_ptr<CDetalleIngreso> particularesEfectivo;
   std::vector<DescriptorMedio> medios;
 
   // Opening labels, "#,##0.00".
@@ -88,6 +89,12 @@ class CobroVarelta {
   void cambiarIVA(Currency nuevoIVA);
   // The AutoFill of the first activation.
   void autoLlenar();
+
+  // The particulars of input `i` (nullopt for national cash), made on first
+  // use with the input's method and current amount, for the detail dialog.
+  std::shared_ptr<CDetalleIngreso> particulares(std::optional<std::size_t> i);
+  // What the detail dialog accepted becomes the input's amount.
+  void tomarParticulares(std::optional<std::size_t> i);
 
   // Builds the movement on acceptance; nullptr, after telling the cashier
   // why, when it cannot be accepted. `vuelto` breaks the change down.

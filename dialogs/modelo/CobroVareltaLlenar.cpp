@@ -8,9 +8,20 @@ namespace caja {
 
 namespace {
 
+// A payment line with the particulars the cashier recorded for its input.
 std::shared_ptr<CDetalleIngreso> nuevaLinea(const std::string& medio, Currency monto,
-                                            Currency nominal) {
+                                            Currency nominal,
+                                            const std::shared_ptr<CDetalleIngreso>& particulares) {
   auto d = std::make_shared<CDetalleIngreso>();
+  if (particulares) {
+    d->IdTitular = particulares->IdTitular;
+    d->NumeroCuenta = particulares->NumeroCuenta;
+    d->NumeroDocumento = particulares->NumeroDocumento;
+    d->ClaveAutorizacion = particulares->ClaveAutorizacion;
+    d->CodigoEmisor = particulares->CodigoEmisor;
+    d->Denominaciones = particulares->Denominaciones;
+    d->DetalleConfirmacion = particulares->DetalleConfirmacion;
+  }
   d->medio = medio;
   d->Monto = monto;
   d->montoNominal = nominal;
@@ -71,13 +82,13 @@ std::shared_ptr<CVarelta> CobroVarelta::LlenarVarelta(Vuelto& vuelto) {
   }
   Currency total;
   if (!efectivo.isZero()) {
-    mov->colDetalles->Add(nuevaLinea("EFE", efectivo, efectivo));
+    mov->colDetalles->Add(nuevaLinea("EFE", efectivo, efectivo, particularesEfectivo));
     total = efectivo;
   }
   for (std::size_t i = 0; i < medios.size(); ++i) {
     if (medios[i].valor.isZero())
       continue;
-    auto linea = nuevaLinea(medios[i].Codigo, valorEnMN(i), medios[i].valor);
+    auto linea = nuevaLinea(medios[i].Codigo, valorEnMN(i), medios[i].valor, medios[i].particulares);
     mov->colDetalles->Add(linea);
     total += linea->Monto;
   }

@@ -3,8 +3,11 @@
 #include <cstdint>
 #include <string>
 
+#include <memory>
+
 #include "base/Currency.h"
 #include "catalog/ClaseIngresoSesion.h"
+#include "movement/CDetalleIngreso.h"
 
 namespace caja {
 
@@ -22,6 +25,8 @@ struct DescriptorMedio {
   std::string Tag;
   // What the cashier typed, in the method's own unit.
   Currency valor;
+  // The particulars taken in the detail dialog, if any.
+  std::shared_ptr<CDetalleIngreso> particulares;
 
   bool sujetoIGTF() const { return !Tag.empty() && Tag.back() == '*'; }
 };

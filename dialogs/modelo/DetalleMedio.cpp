@@ -105,7 +105,7 @@ std::string DetalleMedio::validarCampo(Campo campo, std::string& texto) {
   }
   if (campo != Campo::Emisor) return "";
   if (texto.empty()) return "Por favor, especifique el emisor";
-  if (texto == emisorAutorizado_ || linea_->medio.empty()) return "";
+  if (texto == emisorAutorizado_) return "";
   CDetalleIngreso consulta;
   consulta.medio = medio_->codigo;
   if (consulta.ExisteEmisor(texto)) return "";

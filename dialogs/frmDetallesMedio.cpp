@@ -1,0 +1,293 @@
+#include "dialogs/frmDetallesMedio.h"
+
+#include <QComboBox>
+#include <QFocusEvent>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include "base/Conversiones.h"
+#include "base/Formato.h"
+#include "service/General.h"
+#include "service/HostUtil.h"
+#include "uisupport/CajaNumerica.h"
+#include "uisupport/EstiloQt.h"
+#include "uisupport/clsComboWidth.h"
+#include "uisupport/lmFormPlacement.h"
+
+namespace caja {
+
+namespace {
+
+using Campo = DetalleMedio::Campo;
+
+QString q(const std::string& s) { return QString::fromStdString(s); }
+
+QLineEdit* campoTexto(const char* nombre, QWidget* padre) {
+  auto* t = new QLineEdit(padre);
+  t->setObjectName(nombre);
+  return t;
+}
+
+}  // namespace
+
+bool frmDetallesMedio::EditDetalle(const std::shared_ptr<CDetalleIngreso>& detalle,
+                                   QWidget* parent) {
+  frmDetallesMedio dialogo(parent);
+  if (!dialogo.preparar(detalle)) return false;
+  dialogo.exec();
+  return dialogo.aceptado();
+}
+
+frmDetallesMedio::frmDetallesMedio(QWidget* parent) : QDialog(parent) {
+  setObjectName("frmDetallesMedio");
+  setWindowTitle("Detalles del pago");
+  crearControles();
+}
+
+frmDetallesMedio::~frmDetallesMedio() = default;
+
+void frmDetallesMedio::crearControles() {
+  numMontoRecibido = new CajaNumerica(this);
+  numMontoRecibido->setObjectName("numMontoRecibido");
+  cbxEmisor = new QComboBox(this);
+  cbxEmisor->setObjectName("cbxEmisor");
+  cbxEmisor->setEditable(true);
+  cbxEmisor->setInsertPolicy(QComboBox::NoInsert);
+  new clsComboWidth(cbxEmisor);
+  txCuenta = campoTexto("txCuenta", this);
+  txIdTitular = campoTexto("txIdTitular", this);
+  txNumDoc = campoTexto("txNumDoc", this);
+  txClaveAutorizacion = campoTexto("txClaveAutorizacion", this);
+  flxDenominaciones = new QTableWidget(0, 2, this);
+  flxDenominaciones->setObjectName("flxDenominaciones");
+  flxDenominaciones->setHorizontalHeaderLabels({"Denominación", "Cantidad"});
+  flxDenominaciones->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+  lblDetallesDenominacion = new QLabel("Billetes y monedas (Insert agrega, Supr quita):", this);
+  lblDetallesDenominacion->setObjectName("lblDetallesDenominacion");
+  connect(flxDenominaciones, &QTableWidget::cellChanged, this, &frmDetallesMedio::validarCelda);
+
+  auto* formulario = new QFormLayout;
+  const std::tuple<const char*, const char*, QWidget*, Campo> filas[] = {
+      {"lblMontoRecibido", "Monto recibido:", numMontoRecibido, Campo::Monto},
+      {"lblCodigoEmisor", "Emisor:", cbxEmisor, Campo::Emisor},
+      {"lblCuenta", "Cuenta:", txCuenta, Campo::Cuenta},
+      {"lblIdTitular", "Identificación del titular:", txIdTitular, Campo::IdTitular},
+      {"lblComprobante", "Número de documento:", txNumDoc, Campo::NumDoc},
+      {"lblClaveAuth", "Clave de autorización:", txClaveAutorizacion, Campo::ClaveAutorizacion}};
+  for (const auto& [nombre, texto, control, campo] : filas) {
+    auto* etiqueta = new QLabel(texto, this);
+    etiqueta->setObjectName(nombre);
+    formulario->addRow(etiqueta, control);
+    QObject* vigilado = control == cbxEmisor ? static_cast<QObject*>(cbxEmisor->lineEdit()) : control;
+    campos_[vigilado] = campo;
+    vigilado->installEventFilter(this);
+  }
+  flxDenominaciones->installEventFilter(this);
+  campos_[flxDenominaciones] = Campo::Denominaciones;
+
+  cbOk = new QPushButton("&Aceptar", this);
+  cbOk->setObjectName("cbOk");
+  cbCancelar = new QPushButton("&Cancelar", this);
+  cbCancelar->setObjectName("cbCancelar");
+  cbCancelar->setAutoDefault(false);
+  connect(cbOk, &QPushButton::clicked, this, &frmDetallesMedio::aceptar);
+  connect(cbCancelar, &QPushButton::clicked, this, &QDialog::reject);
+  auto* botones = new QHBoxLayout;
+  botones->addStretch();
+  botones->addWidget(cbOk);
+  botones->addWidget(cbCancelar);
+  StatusBar1 = new QStatusBar(this);
+  StatusBar1->setObjectName("StatusBar1");
+  StatusBar1->setSizeGripEnabled(false);
+
+  auto* todo = new QVBoxLayout(this);
+  todo->addLayout(formulario);
+  todo->addWidget(lblDetallesDenominacion);
+  todo->addWidget(flxDenominaciones);
+  todo->addLayout(botones);
+  todo->addWidget(StatusBar1);
+}
+
+bool frmDetallesMedio::preparar(const std::shared_ptr<CDetalleIngreso>& detalle) {
+  if (!modelo_.preparar(detalle)) return false;
+  const bool conGrilla = modelo_.abierto(Campo::Denominaciones);
+  flxDenominaciones->setVisible(conGrilla);
+  lblDetallesDenominacion->setVisible(conGrilla);
+  for (const auto& f : modelo_.filas) {
+    const int fila = flxDenominaciones->rowCount();
+    flxDenominaciones->insertRow(fila);
+    flxDenominaciones->setItem(
+        fila, 0, new QTableWidgetItem(q(Format(Variant(f.Denominacion), kFormatoMonto))));
+    flxDenominaciones->setItem(
+        fila, 1, new QTableWidgetItem(q(Format(Variant(f.CantidadRecibida), kFormatoCuenta))));
+  }
+  for (const auto& [objeto, campo] : campos_) {
+    if (campo == Campo::Monto || campo == Campo::Denominaciones) continue;
+    QWidget* control = campo == Campo::Emisor ? static_cast<QWidget*>(cbxEmisor) : texto(campo);
+    control->setVisible(modelo_.abierto(campo));
+    control->setEnabled(modelo_.abierto(campo));
+    if (auto* etiqueta = qobject_cast<QFormLayout*>(layout()->itemAt(0)->layout())->labelForField(control))
+      etiqueta->setVisible(modelo_.abierto(campo));
+  }
+  for (const auto& e : modelo_.emisores) cbxEmisor->addItem(q(e));
+  cbxEmisor->setEditText(q(modelo_.emisor));
+  for (Campo c : {Campo::Cuenta, Campo::IdTitular, Campo::NumDoc, Campo::ClaveAutorizacion})
+    texto(c)->setText(q(*valor(c)));
+  if (modelo_.montoRecibido) numMontoRecibido->setValor(*modelo_.montoRecibido);
+  cbOk->setIcon(iconoDe(CargarIconoArchivo("general_ok.ico")));
+  cbCancelar->setIcon(iconoDe(CargarIconoArchivo("fie_cancel_back.ico")));
+  aplicarEstilo(*this);
+  adjustSize();
+  RestaurarPosicion(*this);
+  numMontoRecibido->setFocus();
+  return true;
+}
+
+QLineEdit* frmDetallesMedio::texto(Campo campo) const {
+  switch (campo) {
+    case Campo::Emisor:
+      return cbxEmisor->lineEdit();
+    case Campo::Cuenta:
+      return txCuenta;
+    case Campo::IdTitular:
+      return txIdTitular;
+    case Campo::NumDoc:
+      return txNumDoc;
+    case Campo::ClaveAutorizacion:
+      return txClaveAutorizacion;
+    default:
+      return numMontoRecibido;
+  }
+}
+
+std::string* frmDetallesMedio::valor(Campo campo) {
+  switch (campo) {
+    case Campo::Emisor:
+      return &modelo_.emisor;
+    case Campo::Cuenta:
+      return &modelo_.cuenta;
+    case Campo::IdTitular:
+      return &modelo_.idTitular;
+    case Campo::NumDoc:
+      return &modelo_.numDoc;
+    default:
+      return &modelo_.claveAutorizacion;
+  }
+}
+
+bool frmDetallesMedio::validar(Campo campo) {
+  std::string mensaje;
+  if (campo == Campo::Monto) {
+    modelo_.montoRecibido.reset();
+    if (!numMontoRecibido->text().trimmed().isEmpty()) modelo_.montoRecibido = numMontoRecibido->valor();
+    mensaje = modelo_.validarMonto();
+  } else if (campo != Campo::Denominaciones) {
+    std::string t = texto(campo)->text().toStdString();
+    mensaje = modelo_.validarCampo(campo, t);
+    *valor(campo) = t;
+    texto(campo)->setText(q(t));
+  }
+  if (mensaje.empty()) return true;
+  validando_ = true;
+  hostUtil().MostrarMensaje(mensaje);
+  texto(campo)->setFocus();
+  validando_ = false;
+  return false;
+}
+
+bool frmDetallesMedio::eventFilter(QObject* objeto, QEvent* evento) {
+  const auto it = campos_.find(objeto);
+  if (it == campos_.end()) return QDialog::eventFilter(objeto, evento);
+  const Campo campo = it->second;
+  if (evento->type() == QEvent::FocusIn) {
+    StatusBar1->showMessage(DetalleMedio::ayuda(campo));
+  } else if (evento->type() == QEvent::FocusOut && !validando_ && campo != Campo::Denominaciones) {
+    const auto razon = static_cast<QFocusEvent*>(evento)->reason();
+    // Leaving for Cancel, a message box or another window is not leaving the field.
+    if (razon != Qt::ActiveWindowFocusReason && razon != Qt::PopupFocusReason &&
+        focusWidget() != cbCancelar && !isHidden())
+      validar(campo);
+  } else if (evento->type() == QEvent::KeyPress) {
+    const int tecla = static_cast<QKeyEvent*>(evento)->key();
+    if (campo == Campo::Denominaciones && tecla == Qt::Key_Insert && DetalleMedio::MayAddRow()) {
+      const int fila = flxDenominaciones->rowCount();
+      flxDenominaciones->insertRow(fila);
+      const auto nueva = DetalleMedio::FillNewRow();
+      flxDenominaciones->setItem(fila, 0, new QTableWidgetItem(q(nueva.Denominacion.toMachineText())));
+      flxDenominaciones->setItem(fila, 1, new QTableWidgetItem("0"));
+      return true;
+    }
+    if (campo == Campo::Denominaciones && tecla == Qt::Key_Delete && DetalleMedio::MayDeleteRow() &&
+        flxDenominaciones->currentRow() >= 0) {
+      flxDenominaciones->removeRow(flxDenominaciones->currentRow());
+      return true;
+    }
+    if (campo != Campo::Denominaciones && (tecla == Qt::Key_Return || tecla == Qt::Key_Enter)) {
+      focusNextChild();
+      return true;
+    }
+  }
+  return QDialog::eventFilter(objeto, evento);
+}
+
+void frmDetallesMedio::validarCelda(int fila, int columna) {
+  QTableWidgetItem* celda = flxDenominaciones->item(fila, columna);
+  if (!celda || validando_) return;
+  const auto d = Decimal::parseRegional(celda->text().toStdString());
+  const Currency v = d ? d->toCurrency() : Currency{};
+  const std::string mensaje = DetalleMedio::ValidateCell(columna, v);
+  if (mensaje.empty()) return;
+  validando_ = true;
+  hostUtil().MostrarMensaje(mensaje);
+  flxDenominaciones->setCurrentCell(fila, columna);
+  validando_ = false;
+}
+
+void frmDetallesMedio::leerTabla() {
+  modelo_.filas.clear();
+  for (int f = 0; f < flxDenominaciones->rowCount(); ++f) {
+    auto celda = [&](int c) {
+      const QTableWidgetItem* i = flxDenominaciones->item(f, c);
+      const auto d = Decimal::parseRegional(i ? i->text().toStdString() : "0");
+      return d ? d->toCurrency() : Currency{};
+    };
+    modelo_.filas.push_back({celda(0), CInt(Variant(celda(1)))});
+  }
+}
+
+void frmDetallesMedio::aceptar() {
+  modelo_.montoRecibido.reset();
+  if (!numMontoRecibido->text().trimmed().isEmpty()) modelo_.montoRecibido = numMontoRecibido->valor();
+  for (Campo c : {Campo::Emisor, Campo::Cuenta, Campo::IdTitular, Campo::NumDoc, Campo::ClaveAutorizacion})
+    *valor(c) = texto(c)->text().toStdString();
+  leerTabla();
+  const auto rechazo = modelo_.aceptar();
+  if (rechazo) {
+    validando_ = true;
+    hostUtil().MostrarMensaje(rechazo->mensaje);
+    if (rechazo->campo == Campo::Denominaciones) {
+      flxDenominaciones->setFocus();
+    } else {
+      texto(rechazo->campo)->setFocus();
+    }
+    validando_ = false;
+    return;
+  }
+  aceptado_ = true;
+  accept();
+}
+
+void frmDetallesMedio::done(int resultado) {
+  GuardarPosicion(*this);
+  QDialog::done(resultado);
+}
+
+}  // namespace caja

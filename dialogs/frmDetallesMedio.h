@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QDialog>
+#include <map>
+#include <memory>
+
+#include "dialogs/modelo/DetalleMedio.h"
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QStatusBar;
+class QTableWidget;
+
+namespace caja {
+
+class CajaNumerica;
+
+// The particulars of one payment line, the fields opened by its method's
+// flags. A field that fails its check keeps the focus; nothing is written to
+// the line until it is accepted.
+class frmDetallesMedio : public QDialog {
+  Q_OBJECT
+
+ public:
+  // Edits `detalle` modally; true when accepted. False without showing
+  // anything when the line's method is unknown.
+  static bool EditDetalle(const std::shared_ptr<CDetalleIngreso>& detalle, QWidget* parent = nullptr);
+
+  explicit frmDetallesMedio(QWidget* parent = nullptr);
+  ~frmDetallesMedio() override;
+  // The set-up of EditDetalle, without showing.
+  bool preparar(const std::shared_ptr<CDetalleIngreso>& detalle);
+  bool aceptado() const { return aceptado_; }
+
+ protected:
+  bool eventFilter(QObject* objeto, QEvent* evento) override;
+  void done(int resultado) override;
+
+ private:
+  void crearControles();
+  QLineEdit* texto(DetalleMedio::Campo campo) const;
+  std::string* valor(DetalleMedio::Campo campo);
+  bool validar(DetalleMedio::Campo campo);
+  void leerTabla();
+  void validarCelda(int fila, int columna);
+  void aceptar();
+
+  DetalleMedio modelo_;
+  bool aceptado_ = false;
+  bool validando_ = false;
+  CajaNumerica* numMontoRecibido;
+  QComboBox* cbxEmisor;
+  QLineEdit *txCuenta, *txIdTitular, *txNumDoc, *txClaveAutorizacion;
+  QTableWidget* flxDenominaciones;
+  QLabel* lblDetallesDenominacion;
+  QPushButton *cbOk, *cbCancelar;
+  QStatusBar* StatusBar1;
+  std::map<QObject*, DetalleMedio::Campo> campos_;
+};
+
+}  // namespace caja
