@@ -39,7 +39,8 @@ std::string upperEspanol(std::string_view texto) {
 
 std::size_t largoUtf8(std::string_view texto) {
   std::size_t n = 0;
-  for (unsigned char c : texto) n += (c & 0xC0) != 0x80;
+  for (unsigned char c : texto)
+    n += (c & 0xC0) != 0x80;
   return n;
 }
 

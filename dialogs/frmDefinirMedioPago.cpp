@@ -23,8 +23,12 @@ namespace caja {
 
 namespace {
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
-std::string s(const QLineEdit* t) { return t->text().trimmed().toStdString(); }
+QString q(const std::string& s) {
+  return QString::fromStdString(s);
+}
+std::string s(const QLineEdit* t) {
+  return t->text().trimmed().toStdString();
+}
 
 const std::pair<const char*, std::int32_t> kAtributos[] = {
     {"chkControlDenominaciones", ControlDenominaciones},
@@ -38,10 +42,17 @@ const std::pair<const char*, std::int32_t> kAtributos[] = {
     {"chkUsaVPOS", UsaVPOS},
     {"chkIndexadoMonedaExtranjera", IndexadoMonedaExtranjera},
     {"chkSujetoIGTF", SujetoIGTF}};
-const char* const kLeyendas[] = {"Denominaciones", "Cuenta",         "Número",
-                                 "Emisor",         "Titular",        "Clave de autorización",
-                                 "Moneda extranjera", "Clave de supervisor", "VPOS",
-                                 "Indexado",       "Sujeto a IGTF"};
+const char* const kLeyendas[] = {"Denominaciones",
+                                 "Cuenta",
+                                 "Número",
+                                 "Emisor",
+                                 "Titular",
+                                 "Clave de autorización",
+                                 "Moneda extranjera",
+                                 "Clave de supervisor",
+                                 "VPOS",
+                                 "Indexado",
+                                 "Sujeto a IGTF"};
 
 // The combo box as the catalogue fills its list of legacy classes.
 class ListaCombo : public ControlLista {
@@ -130,7 +141,8 @@ frmDefinirMedioPago::frmDefinirMedioPago(QWidget* parent) : QDialog(parent) {
   connect(cbCerrar, &QPushButton::clicked, this, &QDialog::reject);
   connect(lstMedios, &QListWidget::currentTextChanged, this, &frmDefinirMedioPago::seleccionar);
   auto* botones = new QHBoxLayout;
-  for (QPushButton* b : {cbNuevo, cbGuardar, cbEliminar, cbCerrar}) botones->addWidget(b);
+  for (QPushButton* b : {cbNuevo, cbGuardar, cbEliminar, cbCerrar})
+    botones->addWidget(b);
   auto* derecha = new QVBoxLayout;
   derecha->addLayout(formulario);
   derecha->addLayout(botones);
@@ -145,12 +157,14 @@ frmDefinirMedioPago::frmDefinirMedioPago(QWidget* parent) : QDialog(parent) {
 void frmDefinirMedioPago::cargarLista() {
   lstMedios->clear();
   auto rs = factoria().openrecordset("SELECT Codigo FROM MediosPago ORDER BY Codigo");
-  for (; !rs->Eof(); rs->MoveNext()) lstMedios->addItem(q(NzTexto(rs->Fields(0))));
+  for (; !rs->Eof(); rs->MoveNext())
+    lstMedios->addItem(q(NzTexto(rs->Fields(0))));
 }
 
 void frmDefinirMedioPago::seleccionar(const QString& codigo) {
   CMedioPago medio;
-  if (!codigo.isEmpty() && medio.load(codigo.toStdString())) mostrar(medio);
+  if (!codigo.isEmpty() && medio.load(codigo.toStdString()))
+    mostrar(medio);
 }
 
 void frmDefinirMedioPago::mostrar(const CMedioPago& m) {
@@ -204,7 +218,8 @@ bool frmDefinirMedioPago::guardar() {
   }
   std::int32_t atributos = 0;
   for (std::size_t i = 0; i < chkAtributos.size(); ++i)
-    if (chkAtributos[i]->isChecked()) atributos |= kAtributos[i].second;
+    if (chkAtributos[i]->isChecked())
+      atributos |= kAtributos[i].second;
   CMedioPago medio;
   try {
     // The factor typed here is kept as the PorcentajeISLR value, its storage.
@@ -220,14 +235,17 @@ bool frmDefinirMedioPago::guardar() {
   guardado_ = true;
   cargarLista();
   const auto hallados = lstMedios->findItems(q(codigo), Qt::MatchFixedString);
-  if (!hallados.isEmpty()) lstMedios->setCurrentItem(hallados.front());
+  if (!hallados.isEmpty())
+    lstMedios->setCurrentItem(hallados.front());
   return true;
 }
 
 bool frmDefinirMedioPago::eliminar() {
   const std::string codigo = s(txCodigo);
-  if (codigo.empty()) return false;
-  if (!hostUtil().Preguntar("Desea eliminar el medio de pago " + codigo)) return false;
+  if (codigo.empty())
+    return false;
+  if (!hostUtil().Preguntar("Desea eliminar el medio de pago " + codigo))
+    return false;
   try {
     CMedioPago().Eliminar(codigo);
   } catch (const CajaError& e) {

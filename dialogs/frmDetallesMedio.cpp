@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTableWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "base/Conversiones.h"
@@ -28,7 +29,9 @@ namespace {
 
 using Campo = DetalleMedio::Campo;
 
-QString q(const std::string& s) { return QString::fromStdString(s); }
+QString q(const std::string& s) {
+  return QString::fromStdString(s);
+}
 
 QLineEdit* campoTexto(const char* nombre, QWidget* padre) {
   auto* t = new QLineEdit(padre);
@@ -41,7 +44,8 @@ QLineEdit* campoTexto(const char* nombre, QWidget* padre) {
 bool frmDetallesMedio::EditDetalle(const std::shared_ptr<CDetalleIngreso>& detalle,
                                    QWidget* parent) {
   frmDetallesMedio dialogo(parent);
-  if (!dialogo.preparar(detalle)) return false;
+  if (!dialogo.preparar(detalle))
+    return false;
   dialogo.exec();
   return dialogo.aceptado();
 }
@@ -86,9 +90,8 @@ void frmDetallesMedio::crearControles() {
     auto* etiqueta = new QLabel(texto, this);
     etiqueta->setObjectName(nombre);
     formulario->addRow(etiqueta, control);
-    QObject* vigilado = control == cbxEmisor ? static_cast<QObject*>(cbxEmisor->lineEdit()) : control;
-    campos_[vigilado] = campo;
-    vigilado->installEventFilter(this);
+    campos_[control] = campo;
+    control->installEventFilter(this);
   }
   flxDenominaciones->installEventFilter(this);
   campos_[flxDenominaciones] = Campo::Denominaciones;
@@ -117,7 +120,8 @@ void frmDetallesMedio::crearControles() {
 }
 
 bool frmDetallesMedio::preparar(const std::shared_ptr<CDetalleIngreso>& detalle) {
-  if (!modelo_.preparar(detalle)) return false;
+  if (!modelo_.preparar(detalle))
+    return false;
   const bool conGrilla = modelo_.abierto(Campo::Denominaciones);
   flxDenominaciones->setVisible(conGrilla);
   lblDetallesDenominacion->setVisible(conGrilla);
@@ -130,18 +134,25 @@ bool frmDetallesMedio::preparar(const std::shared_ptr<CDetalleIngreso>& detalle)
         fila, 1, new QTableWidgetItem(q(Format(Variant(f.CantidadRecibida), kFormatoCuenta))));
   }
   for (const auto& [objeto, campo] : campos_) {
-    if (campo == Campo::Monto || campo == Campo::Denominaciones) continue;
+    if (campo == Campo::Monto || campo == Campo::Denominaciones)
+      continue;
     QWidget* control = campo == Campo::Emisor ? static_cast<QWidget*>(cbxEmisor) : texto(campo);
     control->setVisible(modelo_.abierto(campo));
     control->setEnabled(modelo_.abierto(campo));
-    if (auto* etiqueta = qobject_cast<QFormLayout*>(layout()->itemAt(0)->layout())->labelForField(control))
+    if (auto* etiqueta =
+            qobject_cast<QFormLayout*>(layout()->itemAt(0)->layout())->labelForField(control))
       etiqueta->setVisible(modelo_.abierto(campo));
   }
-  for (const auto& e : modelo_.emisores) cbxEmisor->addItem(q(e));
+  for (const auto& e : modelo_.emisores)
+    cbxEmisor->addItem(q(e));
   cbxEmisor->setEditText(q(modelo_.emisor));
   for (Campo c : {Campo::Cuenta, Campo::IdTitular, Campo::NumDoc, Campo::ClaveAutorizacion})
     texto(c)->setText(q(*valor(c)));
-  if (modelo_.montoRecibido) numMontoRecibido->setValor(*modelo_.montoRecibido);
+  if (modelo_.montoRecibido) {
+    numMontoRecibido->setValor(*modelo_.montoRecibido);
+  } else {
+    numMontoRecibido->clear();
+  }
   cbOk->setIcon(iconoDe(CargarIconoArchivo("general_ok.ico")));
   cbCancelar->setIcon(iconoDe(CargarIconoArchivo("fie_cancel_back.ico")));
   aplicarEstilo(*this);
@@ -187,7 +198,8 @@ bool frmDetallesMedio::validar(Campo campo) {
   std::string mensaje;
   if (campo == Campo::Monto) {
     modelo_.montoRecibido.reset();
-    if (!numMontoRecibido->text().trimmed().isEmpty()) modelo_.montoRecibido = numMontoRecibido->valor();
+    if (!numMontoRecibido->text().trimmed().isEmpty())
+      modelo_.montoRecibido = numMontoRecibido->valor();
     mensaje = modelo_.validarMonto();
   } else if (campo != Campo::Denominaciones) {
     std::string t = texto(campo)->text().toStdString();
@@ -195,34 +207,53 @@ bool frmDetallesMedio::validar(Campo campo) {
     *valor(campo) = t;
     texto(campo)->setText(q(t));
   }
-  if (mensaje.empty()) return true;
+  if (mensaje.empty())
+    return true;
   validando_ = true;
   hostUtil().MostrarMensaje(mensaje);
-  texto(campo)->setFocus();
+  volverA(texto(campo));
   validando_ = false;
   return false;
 }
 
+void frmDetallesMedio::volverA(QWidget* control) {
+  control->setFocus();
+  // A focus change in progress may still move on: the field takes it back
+  // after, without the field it passes through checking itself.
+  QTimer::singleShot(0, control, [this, control] {
+    validando_ = true;
+    control->setFocus();
+    validando_ = false;
+  });
+}
+
 bool frmDetallesMedio::eventFilter(QObject* objeto, QEvent* evento) {
   const auto it = campos_.find(objeto);
-  if (it == campos_.end()) return QDialog::eventFilter(objeto, evento);
+  if (it == campos_.end())
+    return QDialog::eventFilter(objeto, evento);
   const Campo campo = it->second;
   if (evento->type() == QEvent::FocusIn) {
     StatusBar1->showMessage(DetalleMedio::ayuda(campo));
+    ultimoCampo_ = campo;
   } else if (evento->type() == QEvent::FocusOut && !validando_ && campo != Campo::Denominaciones) {
     const auto razon = static_cast<QFocusEvent*>(evento)->reason();
-    // Leaving for Cancel, a message box or another window is not leaving the field.
+    // Leaving for a message box or another window is not leaving the field;
+    // Cancel never checks it, and a click on OK checks it there.
+    const bool clicEnOk = focusWidget() == cbOk && razon == Qt::MouseFocusReason;
     if (razon != Qt::ActiveWindowFocusReason && razon != Qt::PopupFocusReason &&
-        focusWidget() != cbCancelar && !isHidden())
+        focusWidget() != cbCancelar && !clicEnOk && !isHidden())
       validar(campo);
   } else if (evento->type() == QEvent::KeyPress) {
     const int tecla = static_cast<QKeyEvent*>(evento)->key();
     if (campo == Campo::Denominaciones && tecla == Qt::Key_Insert && DetalleMedio::MayAddRow()) {
       const int fila = flxDenominaciones->rowCount();
+      const QSignalBlocker sinValidar(flxDenominaciones);
       flxDenominaciones->insertRow(fila);
       const auto nueva = DetalleMedio::FillNewRow();
-      flxDenominaciones->setItem(fila, 0, new QTableWidgetItem(q(nueva.Denominacion.toMachineText())));
+      flxDenominaciones->setItem(fila, 0,
+                                 new QTableWidgetItem(q(nueva.Denominacion.toMachineText())));
       flxDenominaciones->setItem(fila, 1, new QTableWidgetItem("0"));
+      flxDenominaciones->setCurrentCell(fila, 0);
       return true;
     }
     if (campo == Campo::Denominaciones && tecla == Qt::Key_Delete && DetalleMedio::MayDeleteRow() &&
@@ -240,11 +271,13 @@ bool frmDetallesMedio::eventFilter(QObject* objeto, QEvent* evento) {
 
 void frmDetallesMedio::validarCelda(int fila, int columna) {
   QTableWidgetItem* celda = flxDenominaciones->item(fila, columna);
-  if (!celda || validando_) return;
+  if (!celda || validando_)
+    return;
   const auto d = Decimal::parseRegional(celda->text().toStdString());
   const Currency v = d ? d->toCurrency() : Currency{};
   const std::string mensaje = DetalleMedio::ValidateCell(columna, v);
-  if (mensaje.empty()) return;
+  if (mensaje.empty())
+    return;
   validando_ = true;
   hostUtil().MostrarMensaje(mensaje);
   flxDenominaciones->setCurrentCell(fila, columna);
@@ -264,9 +297,14 @@ void frmDetallesMedio::leerTabla() {
 }
 
 void frmDetallesMedio::aceptar() {
+  if (ultimoCampo_ != Campo::Denominaciones && texto(ultimoCampo_)->isEnabled() &&
+      !validar(ultimoCampo_))
+    return;
   modelo_.montoRecibido.reset();
-  if (!numMontoRecibido->text().trimmed().isEmpty()) modelo_.montoRecibido = numMontoRecibido->valor();
-  for (Campo c : {Campo::Emisor, Campo::Cuenta, Campo::IdTitular, Campo::NumDoc, Campo::ClaveAutorizacion})
+  if (!numMontoRecibido->text().trimmed().isEmpty())
+    modelo_.montoRecibido = numMontoRecibido->valor();
+  for (Campo c :
+       {Campo::Emisor, Campo::Cuenta, Campo::IdTitular, Campo::NumDoc, Campo::ClaveAutorizacion})
     *valor(c) = texto(c)->text().toStdString();
   leerTabla();
   const auto rechazo = modelo_.aceptar();

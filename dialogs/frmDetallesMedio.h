@@ -26,7 +26,8 @@ class frmDetallesMedio : public QDialog {
  public:
   // Edits `detalle` modally; true when accepted. False without showing
   // anything when the line's method is unknown.
-  static bool EditDetalle(const std::shared_ptr<CDetalleIngreso>& detalle, QWidget* parent = nullptr);
+  static bool EditDetalle(const std::shared_ptr<CDetalleIngreso>& detalle,
+                          QWidget* parent = nullptr);
 
   explicit frmDetallesMedio(QWidget* parent = nullptr);
   ~frmDetallesMedio() override;
@@ -43,6 +44,7 @@ class frmDetallesMedio : public QDialog {
   QLineEdit* texto(DetalleMedio::Campo campo) const;
   std::string* valor(DetalleMedio::Campo campo);
   bool validar(DetalleMedio::Campo campo);
+  void volverA(QWidget* control);
   void leerTabla();
   void validarCelda(int fila, int columna);
   void aceptar();
@@ -50,6 +52,7 @@ class frmDetallesMedio : public QDialog {
   DetalleMedio modelo_;
   bool aceptado_ = false;
   bool validando_ = false;
+  DetalleMedio::Campo ultimoCampo_ = DetalleMedio::Campo::Monto;
   CajaNumerica* numMontoRecibido;
   QComboBox* cbxEmisor;
   QLineEdit *txCuenta, *txIdTitular, *txNumDoc, *txClaveAutorizacion;

@@ -323,10 +323,13 @@ void frmVarelta::editarDetalle() {
   std::optional<std::size_t> indice;
   QWidget* foco = QApplication::focusWidget();
   for (std::size_t i = 0; i < txMediosX.size(); ++i)
-    if (foco == txMediosX[i]) indice = i;
-  if (!indice && foco != txEfectivo) return;
+    if (foco == txMediosX[i])
+      indice = i;
+  if (!indice && foco != txEfectivo)
+    return;
   leerEntradas();
-  if (!frmDetallesMedio::EditDetalle(cobro_->particulares(indice), this)) return;
+  if (!frmDetallesMedio::EditDetalle(cobro_->particulares(indice), this))
+    return;
   cobro_->tomarParticulares(indice);
   mostrarEntradas();
   autoRechazado_ = false;
@@ -370,8 +373,10 @@ void frmVarelta::aceptar() {
 bool frmVarelta::teclear(const std::string& codigo, Currency monto) {
   CajaNumerica* caja = codigo == "EFE" ? txEfectivo : nullptr;
   for (std::size_t i = 0; i < txMediosX.size() && !caja; ++i)
-    if (cobro_->medios[i].Codigo == codigo) caja = txMediosX[i];
-  if (!caja) return false;
+    if (cobro_->medios[i].Codigo == codigo)
+      caja = txMediosX[i];
+  if (!caja)
+    return false;
   caja->setValor(monto);
   leerEntradas();
   recalcular(false);

@@ -20,9 +20,13 @@ clsComboWidth::clsComboWidth(QComboBox* combo) : QObject(combo), combo_(combo) {
   combo_->view()->window()->installEventFilter(this);
 }
 
-void clsComboWidth::AnchoDesplegable(int ancho) { combo_->view()->setMinimumWidth(ancho); }
+void clsComboWidth::AnchoDesplegable(int ancho) {
+  combo_->view()->setMinimumWidth(ancho);
+}
 
-int clsComboWidth::AnchoDesplegable() const { return combo_->view()->minimumWidth(); }
+int clsComboWidth::AnchoDesplegable() const {
+  return combo_->view()->minimumWidth();
+}
 
 void clsComboWidth::AjustarAncho(const Variant& maxAncho) {
   const QFontMetrics medida(combo_->font());
@@ -30,14 +34,16 @@ void clsComboWidth::AjustarAncho(const Variant& maxAncho) {
   for (int i = 0; i < combo_->count(); ++i)
     mayor = std::max(mayor, medida.boundingRect(combo_->itemText(i)).width() + kMargenItem);
   int limite = CLng(maxAncho);
-  if (limite <= 0) limite = combo_->screen()->geometry().width() - kMargenPantalla;
+  if (limite <= 0)
+    limite = combo_->screen()->geometry().width() - kMargenPantalla;
   mayor = std::min(mayor, limite);
   mayor = std::max(mayor, combo_->width());
   AnchoDesplegable(mayor);
 }
 
 bool clsComboWidth::eventFilter(QObject* objeto, QEvent* evento) {
-  if (evento->type() == QEvent::Show) AjustarAncho(Variant(std::int16_t{-1}));
+  if (evento->type() == QEvent::Show)
+    AjustarAncho(Variant(std::int16_t{-1}));
   return QObject::eventFilter(objeto, evento);
 }
 

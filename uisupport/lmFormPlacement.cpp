@@ -28,7 +28,8 @@ int leer(const QWidget& f, const char* clave) {
 
 bool enAlgunaPantalla(const QRect& r) {
   for (const QScreen* s : QGuiApplication::screens())
-    if (s->availableGeometry().contains(r.topLeft())) return true;
+    if (s->availableGeometry().contains(r.topLeft()))
+      return true;
   return false;
 }
 
@@ -37,21 +38,22 @@ bool enAlgunaPantalla(const QRect& r) {
 void RestaurarPosicion(QWidget& f) {
   const int izquierda = leer(f, "Left"), arriba = leer(f, "Top");
   const int ancho = leer(f, "Width"), alto = leer(f, "Height");
-  if (izquierda == -100 || arriba == -100) return;
+  if (izquierda == -100 || arriba == -100)
+    return;
   const bool redimensionable = f.minimumSize() != f.maximumSize() && ancho > 0 && alto > 0;
   const QSize tam = redimensionable ? QSize(px(ancho), px(alto)) : f.size();
   const QRect lugar(QPoint(px(izquierda), px(arriba)), tam);
-  if (!enAlgunaPantalla(lugar)) return;
+  if (!enAlgunaPantalla(lugar))
+    return;
   f.move(lugar.topLeft());
-  if (redimensionable) f.resize(tam);
+  if (redimensionable)
+    f.resize(tam);
 }
 
 void GuardarPosicion(const QWidget& f) {
   const QRect g = f.frameGeometry();
-  const std::pair<const char*, int> valores[] = {{"Left", g.left()},
-                                                 {"Top", g.top()},
-                                                 {"Width", f.width()},
-                                                 {"Height", f.height()}};
+  const std::pair<const char*, int> valores[] = {
+      {"Left", g.left()}, {"Top", g.top()}, {"Width", f.width()}, {"Height", f.height()}};
   try {
     for (const auto& [clave, valor] : valores)
       settingsStore().SaveSetting(kAppZOR, seccion(f), clave,

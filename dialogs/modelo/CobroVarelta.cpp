@@ -250,7 +250,8 @@ std::shared_ptr<CDetalleIngreso> CobroVarelta::particulares(std::optional<std::s
 
 void CobroVarelta::tomarParticulares(std::optional<std::size_t> i) {
   auto& p = i ? medios.at(*i).particulares : particularesEfectivo;
-  if (p) (i ? medios[*i].valor : efectivo) = p->montoNominal;
+  if (p)
+    (i ? medios[*i].valor : efectivo) = p->montoNominal;
 }
 
 void CobroVarelta::autoLlenar() {

@@ -88,7 +88,8 @@ std::shared_ptr<CVarelta> CobroVarelta::LlenarVarelta(Vuelto& vuelto) {
   for (std::size_t i = 0; i < medios.size(); ++i) {
     if (medios[i].valor.isZero())
       continue;
-    auto linea = nuevaLinea(medios[i].Codigo, valorEnMN(i), medios[i].valor, medios[i].particulares);
+    auto linea =
+        nuevaLinea(medios[i].Codigo, valorEnMN(i), medios[i].valor, medios[i].particulares);
     mov->colDetalles->Add(linea);
     total += linea->Monto;
   }

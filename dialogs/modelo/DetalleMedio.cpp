@@ -20,8 +20,10 @@ struct Limite {
 const Limite kLimites[] = {
     {DetalleMedio::Campo::ClaveAutorizacion, 4, 6,
      "La clave debe contener de cuatro a seis caracteres"},
-    {DetalleMedio::Campo::Cuenta, 8, 20, "El numero de cuenta debe tener de ocho a veinte caracteres"},
-    {DetalleMedio::Campo::IdTitular, 6, 15, "La identificacion debe tener de seis a quince caracteres"},
+    {DetalleMedio::Campo::Cuenta, 8, 20,
+     "El numero de cuenta debe tener de ocho a veinte caracteres"},
+    {DetalleMedio::Campo::IdTitular, 6, 15,
+     "La identificacion debe tener de seis a quince caracteres"},
     {DetalleMedio::Campo::NumDoc, 6, 20,
      "El número del documento debe tener de seis a veinte caracteres"},
 };
@@ -60,13 +62,16 @@ bool DetalleMedio::preparar(std::shared_ptr<CDetalleIngreso> linea) {
   idTitular = linea_->IdTitular;
   numDoc = linea_->NumeroDocumento;
   claveAutorizacion = linea_->ClaveAutorizacion;
-  if (!linea_->montoNominal.isZero()) montoRecibido = linea_->montoNominal;
-  for (const auto& d : *linea_->Denominaciones) filas.push_back({d->Denominacion, d->CantidadRecibida});
+  if (!linea_->montoNominal.isZero())
+    montoRecibido = linea_->montoNominal;
+  for (const auto& d : *linea_->Denominaciones)
+    filas.push_back({d->Denominacion, d->CantidadRecibida});
   if (abierto(Campo::Emisor)) {
-    auto rs = factoria().openrecordset(
-        "SELECT codigoEmisor FROM GeneralEmisores WHERE tipoDocumento = " +
-        factoria().StringDB(medio_->codigo) + " ORDER BY CodigoEmisor");
-    for (; !rs->Eof(); rs->MoveNext()) emisores.push_back(NzTexto(rs->Fields(0)));
+    auto rs =
+        factoria().openrecordset("SELECT codigoEmisor FROM GeneralEmisores WHERE tipoDocumento = " +
+                                 factoria().StringDB(medio_->codigo) + " ORDER BY CodigoEmisor");
+    for (; !rs->Eof(); rs->MoveNext())
+      emisores.push_back(NzTexto(rs->Fields(0)));
   }
   factor_ = medio_->FactorCambio();
   return true;
@@ -99,16 +104,22 @@ const char* DetalleMedio::ayuda(Campo campo) {
 std::string DetalleMedio::validarCampo(Campo campo, std::string& texto) {
   texto = upperEspanol(trimBlanks(texto));
   for (const auto& l : kLimites) {
-    if (l.campo != campo) continue;
+    if (l.campo != campo)
+      continue;
+    // An empty field may be left; acceptance names it if it is still empty.
     const std::size_t n = largoUtf8(texto);
-    return n < l.minimo || n > l.maximo ? l.mensaje : "";
+    return n > 0 && (n < l.minimo || n > l.maximo) ? l.mensaje : "";
   }
-  if (campo != Campo::Emisor) return "";
-  if (texto.empty()) return "Por favor, especifique el emisor";
-  if (texto == emisorAutorizado_) return "";
+  if (campo != Campo::Emisor)
+    return "";
+  if (texto.empty())
+    return "Por favor, especifique el emisor";
+  if (texto == emisorAutorizado_)
+    return "";
   CDetalleIngreso consulta;
   consulta.medio = medio_->codigo;
-  if (consulta.ExisteEmisor(texto)) return "";
+  if (consulta.ExisteEmisor(texto))
+    return "";
   // Registering a new issuer is an authorised act.
   if (NzLong(factoria().VerificarUsuario("Registrar nuevo emisor: " + texto)) < kNivelAutorizado)
     return "Emisor no autorizado: " + texto;
@@ -117,13 +128,16 @@ std::string DetalleMedio::validarCampo(Campo campo, std::string& texto) {
 }
 
 std::string DetalleMedio::validarMonto() const {
-  if (!montoRecibido) return "Por favor, introduzca un monto";
-  if (*montoRecibido <= Currency{}) return "Por favor, escriba un valor positivo";
+  if (!montoRecibido)
+    return "Por favor, introduzca un monto";
+  if (*montoRecibido <= Currency{})
+    return "Por favor, escriba un valor positivo";
   return "";
 }
 
 std::string DetalleMedio::ValidateCell(int columna, Currency valor) {
-  if (valor > Currency{}) return "";
+  if (valor > Currency{})
+    return "";
   return columna == 0 ? "Por favor, introduzca un valor positivo"
                       : "Por favor, indique una cantidad positiva";
 }
@@ -134,36 +148,41 @@ bool DetalleMedio::IsRowValid(const Fila& fila) {
 
 std::optional<DetalleMedio::Rechazo> DetalleMedio::aceptar() {
   // The checks a field makes on leaving, for a field the cashier never left.
-  for (Campo c : {Campo::ClaveAutorizacion, Campo::Emisor, Campo::IdTitular, Campo::Cuenta,
-                  Campo::NumDoc}) {
+  for (Campo c :
+       {Campo::ClaveAutorizacion, Campo::Emisor, Campo::IdTitular, Campo::Cuenta, Campo::NumDoc}) {
     std::string* texto = c == Campo::ClaveAutorizacion ? &claveAutorizacion
                          : c == Campo::Emisor          ? &emisor
                          : c == Campo::IdTitular       ? &idTitular
                          : c == Campo::Cuenta          ? &cuenta
                                                        : &numDoc;
-    if (!abierto(c) || texto->empty()) continue;
-    if (const std::string m = validarCampo(c, *texto); !m.empty()) return Rechazo{c, m};
+    if (!abierto(c) || texto->empty())
+      continue;
+    if (const std::string m = validarCampo(c, *texto); !m.empty())
+      return Rechazo{c, m};
   }
   if (abierto(Campo::Denominaciones)) {
     for (const auto& f : filas)
       if (!IsRowValid(f))
-        return Rechazo{Campo::Denominaciones,
-                       ValidateCell(f.Denominacion > Currency{} ? 1 : 0,
-                                    f.Denominacion > Currency{} ? Currency::fromUnits(f.CantidadRecibida)
-                                                                : f.Denominacion)};
+        return Rechazo{
+            Campo::Denominaciones,
+            ValidateCell(f.Denominacion > Currency{} ? 1 : 0,
+                         f.Denominacion > Currency{} ? Currency::fromUnits(f.CantidadRecibida)
+                                                     : f.Denominacion)};
   }
   const std::pair<Campo, const char*> vacios[] = {
       {Campo::ClaveAutorizacion, "Clave de autorizacion inválida"},
       {Campo::Emisor, "Codigo de emisor inválido"},
       {Campo::IdTitular, "Identificacion inválida"}};
   const std::pair<Campo, const std::string*> textos[] = {
-      {Campo::ClaveAutorizacion, &claveAutorizacion}, {Campo::Emisor, &emisor},
+      {Campo::ClaveAutorizacion, &claveAutorizacion},
+      {Campo::Emisor, &emisor},
       {Campo::IdTitular, &idTitular}};
   for (std::size_t i = 0; i < std::size(vacios); ++i)
     if (abierto(vacios[i].first) && textos[i].second->empty())
       return Rechazo{vacios[i].first, vacios[i].second};
   const Currency nominal = montoRecibido.value_or(Currency{});
-  if (nominal <= Currency{}) return Rechazo{Campo::Monto, "Monto inválido"};
+  if (nominal <= Currency{})
+    return Rechazo{Campo::Monto, "Monto inválido"};
   if (abierto(Campo::Cuenta) && cuenta.empty())
     return Rechazo{Campo::Cuenta, "Numero de cuenta inválido"};
   if (abierto(Campo::NumDoc) && numDoc.empty())

@@ -42,8 +42,9 @@ class DetalleMedio {
   std::vector<std::string> emisores;  // the issuers known for the method
 
   // The check on leaving a text field: trims and upper-cases `texto` in place;
-  // the message that keeps the focus there, or "". A new issuer asks the
-  // host's VerificarUsuario and needs level 5.
+  // the message that keeps the focus there, or "". Empty fields other than
+  // the issuer may be left. A new issuer asks the host's VerificarUsuario and
+  // needs level 5.
   std::string validarCampo(Campo campo, std::string& texto);
   std::string validarMonto() const;
   // The grid callbacks.
