@@ -12,6 +12,7 @@
 
 #include "host/SqliteFactoria.h"
 #include "movement/CVarelta.h"
+#include "service/FactoriaEnvoltorio.h"
 #include "service/General.h"
 #include "service/Settings.h"
 
@@ -21,45 +22,24 @@ using namespace caja;
 namespace fs = std::filesystem;
 
 // Records each statement the component issues, then lets the host run it.
-class Grabadora : public Factoria {
+class Grabadora : public FactoriaEnvoltorio {
  public:
-  explicit Grabadora(std::shared_ptr<Factoria> host) : host_(std::move(host)) {}
+  using FactoriaEnvoltorio::FactoriaEnvoltorio;
   std::vector<std::pair<std::string, Argumentos>> sentencias;
 
   long ExecuteSQL(const std::string& s, const Argumentos& a = {}) override {
     sentencias.emplace_back(s, a);
-    return host_->ExecuteSQL(s, a);
+    return host().ExecuteSQL(s, a);
   }
   Variant ReadScalar(const std::string& s, const Argumentos& a = {}) override {
     sentencias.emplace_back(s, a);
-    return host_->ReadScalar(s, a);
+    return host().ReadScalar(s, a);
   }
   std::shared_ptr<Recordset> openrecordset(const std::string& s,
                                            const Argumentos& a = {}) override {
     sentencias.emplace_back(s, a);
-    return host_->openrecordset(s, a);
+    return host().openrecordset(s, a);
   }
-  std::shared_ptr<Objeto> CrearObjeto(const std::string& c) override {
-    return host_->CrearObjeto(c);
-  }
-  std::string NumeroDB(const Variant& n) override { return host_->NumeroDB(n); }
-  std::string StringDB(const std::string& t) override { return host_->StringDB(t); }
-  bool ExisteProcedimiento(const std::string& n, const std::shared_ptr<Objeto>& d) override {
-    return host_->ExisteProcedimiento(n, d);
-  }
-  void Log(const std::string& m) override { host_->Log(m); }
-  Variant VerificarUsuario(const std::string& m) override { return host_->VerificarUsuario(m); }
-  std::shared_ptr<Objeto> loadFileIcon(const std::string& a) override {
-    return host_->loadFileIcon(a);
-  }
-  double TipoCambioCaja() override { return host_->TipoCambioCaja(); }
-  std::shared_ptr<caja::TemaUI> TemaUI() override { return host_->TemaUI(); }
-  void BeginTrans() override { host_->BeginTrans(); }
-  void CommitTrans() override { host_->CommitTrans(); }
-  void Rollback() override { host_->Rollback(); }
-
- private:
-  std::shared_ptr<Factoria> host_;
 };
 
 fs::path archivoNuevo(const char* nombre) {

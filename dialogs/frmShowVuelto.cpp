@@ -10,6 +10,7 @@
 #include "service/General.h"
 #include "service/Settings.h"
 #include "uisupport/EstiloQt.h"
+#include "uisupport/lmFormPlacement.h"
 
 namespace caja {
 
@@ -69,6 +70,7 @@ bool frmShowVuelto::eventFilter(QObject* objeto, QEvent* evento) {
 
 void frmShowVuelto::cerrar() {
   Timer1->stop();
+  GuardarPosicion(*this);
   hide();
   done(QDialog::Accepted);
 }

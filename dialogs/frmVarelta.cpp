@@ -16,6 +16,7 @@
 #include "uisupport/CajaNumerica.h"
 #include "uisupport/EstiloQt.h"
 #include "uisupport/Twips.h"
+#include "uisupport/lmFormPlacement.h"
 
 namespace caja {
 
@@ -170,7 +171,8 @@ void frmVarelta::preparar(Currency venta, Currency iva, Currency credito) {
   cbAceptar->setIcon(iconoDe(CargarIconoArchivo("general_ok.ico")));
   cbCancelar->setIcon(iconoDe(CargarIconoArchivo("fie_cancel_back.ico")));
   resaltarVuelto();
-  resize(px(kAncho), px(altoFormulario(cobro_->medios.size())));
+  setFixedSize(px(kAncho), px(altoFormulario(cobro_->medios.size())));
+  RestaurarPosicion(*this);
   Label3->setText(q(cobro_->opciones.CodigoMEX));
 
   lblMontoCompra->setText(q(cobro_->textoMonto(venta)));
@@ -309,6 +311,11 @@ bool frmVarelta::eventFilter(QObject* objeto, QEvent* evento) {
     return true;
   }
   return QDialog::eventFilter(objeto, evento);
+}
+
+void frmVarelta::done(int resultado) {
+  GuardarPosicion(*this);
+  QDialog::done(resultado);
 }
 
 void frmVarelta::keyPressEvent(QKeyEvent* evento) {

@@ -55,6 +55,7 @@ class frmVarelta : public QDialog {
   void showEvent(QShowEvent* evento) override;
   bool eventFilter(QObject* objeto, QEvent* evento) override;
   void keyPressEvent(QKeyEvent* evento) override;
+  void done(int resultado) override;
 
  private:
   void crearControles();

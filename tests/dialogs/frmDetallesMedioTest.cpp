@@ -219,6 +219,24 @@ TEST_F(Detalle, CatalogueCreatesEditsAndRefusesToDeleteAUsedMethod) {
   EXPECT_TRUE(m.load("PMV"));
 }
 
+TEST_F(Detalle, PlacementIsRestoredUnlessOffEveryScreen) {
+  const std::string seccion = "CONFIG\\FormPlacement\\frmDefinirMedioPago";
+  for (const auto& [clave, valor] :
+       {std::pair{"Left", "1500"}, {"Top", "750"}, {"Width", "9000"}, {"Height", "6000"}})
+    entorno.settings->SaveSetting("ZOR", seccion, clave, valor);
+  {
+    frmDefinirMedioPago f;
+    EXPECT_EQ(f.pos(), QPoint(100, 50));
+    EXPECT_EQ(f.size(), QSize(600, 400));
+    f.move(30, 40);
+    f.reject();
+  }
+  EXPECT_EQ(entorno.settings->GetSetting("ZOR", seccion, "Left", "-100"), "450");
+  entorno.settings->SaveSetting("ZOR", seccion, "Left", "9999999");
+  frmDefinirMedioPago lejos;
+  EXPECT_EQ(lejos.pos(), QPoint(0, 0));  // off every screen: left where Qt puts it
+}
+
 TEST(ComboWidth, ListFitsItsLongestItemWithinTheScreen) {
   QComboBox combo;
   combo.resize(120, 24);

@@ -85,18 +85,18 @@ void FallaEnSentencia::contar(const std::string& sql) {
 
 long FallaEnSentencia::ExecuteSQL(const std::string& sql, const Argumentos& args) {
   contar(sql);
-  return host_->ExecuteSQL(sql, args);
+  return host().ExecuteSQL(sql, args);
 }
 
 Variant FallaEnSentencia::ReadScalar(const std::string& sql, const Argumentos& args) {
   contar(sql);
-  return host_->ReadScalar(sql, args);
+  return host().ReadScalar(sql, args);
 }
 
 std::shared_ptr<caja::Recordset> FallaEnSentencia::openrecordset(const std::string& sql,
                                                                  const Argumentos& args) {
   contar(sql);
-  return host_->openrecordset(sql, args);
+  return host().openrecordset(sql, args);
 }
 
 }  // namespace caja::test

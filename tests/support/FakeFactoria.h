@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "service/Factoria.h"
+#include "service/FactoriaEnvoltorio.h"
 #include "service/TablaRecordset.h"
 
 namespace caja::test {
@@ -75,38 +76,20 @@ class FakeFactoria : public Factoria {
 
 // Wraps any host and makes its Nth statement (ExecuteSQL, ReadScalar or
 // openrecordset, counted from 1) raise instead of running.
-class FallaEnSentencia : public Factoria {
+class FallaEnSentencia : public FactoriaEnvoltorio {
  public:
-  FallaEnSentencia(std::shared_ptr<Factoria> host, int n) : host_(std::move(host)), falla_(n) {}
+  FallaEnSentencia(std::shared_ptr<Factoria> host, int n)
+      : FactoriaEnvoltorio(std::move(host)), falla_(n) {}
   int sentencias() const { return contadas_; }
 
-  std::shared_ptr<Objeto> CrearObjeto(const std::string& clase) override {
-    return host_->CrearObjeto(clase);
-  }
   long ExecuteSQL(const std::string& sql, const Argumentos& args = {}) override;
   Variant ReadScalar(const std::string& sql, const Argumentos& args = {}) override;
   std::shared_ptr<caja::Recordset> openrecordset(const std::string& sql,
                                                  const Argumentos& args = {}) override;
-  std::string NumeroDB(const Variant& n) override { return host_->NumeroDB(n); }
-  std::string StringDB(const std::string& t) override { return host_->StringDB(t); }
-  bool ExisteProcedimiento(const std::string& n, const std::shared_ptr<Objeto>& d) override {
-    return host_->ExisteProcedimiento(n, d);
-  }
-  void Log(const std::string& m) override { host_->Log(m); }
-  Variant VerificarUsuario(const std::string& m) override { return host_->VerificarUsuario(m); }
-  std::shared_ptr<Objeto> loadFileIcon(const std::string& a) override {
-    return host_->loadFileIcon(a);
-  }
-  double TipoCambioCaja() override { return host_->TipoCambioCaja(); }
-  std::shared_ptr<caja::TemaUI> TemaUI() override { return host_->TemaUI(); }
-  void BeginTrans() override { host_->BeginTrans(); }
-  void CommitTrans() override { host_->CommitTrans(); }
-  void Rollback() override { host_->Rollback(); }
 
  private:
   void contar(const std::string& sql);
 
-  std::shared_ptr<Factoria> host_;
   int falla_;
   int contadas_ = 0;
 };
