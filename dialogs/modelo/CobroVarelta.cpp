@@ -216,14 +216,14 @@ std::string CobroVarelta::ayuda(std::optional<std::size_t> i) const {
 std::string CobroVarelta::preguntaExceso(std::optional<std::size_t> i) const {
   if (!i) {
     if (efectivo > neto + opciones.MaximaUnidadMonetaria)
-      return "El monto parece excesivo.\nEs correcto?";
+      return "El monto parece excesivo.\r\nEs correcto?";
     return "";
   }
   // One unit of foreign currency never counts as excessive.
   const Currency tasa = CCur(tipoCambio);
   const Currency margen = std::max(opciones.MaximaUnidadMonetaria, tasa);
   if (valorEnMN(*i) - neto > margen)
-    return "Está seguro\n(el monto parece excesivo)";
+    return "Está seguro\r(el monto parece excesivo)";
   return "";
 }
 

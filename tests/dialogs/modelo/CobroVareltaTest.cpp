@@ -171,11 +171,11 @@ TEST_F(Cobro, PlausibilityQuestions) {
   c.efectivo = cur("10100");
   EXPECT_EQ(c.preguntaExceso(std::nullopt), "");
   c.efectivo = cur("10100.01");
-  EXPECT_EQ(c.preguntaExceso(std::nullopt), "El monto parece excesivo.\nEs correcto?");
+  EXPECT_EQ(c.preguntaExceso(std::nullopt), "El monto parece excesivo.\r\nEs correcto?");
   c.medios[0].valor = cur("1");  // one note never counts as excessive
   EXPECT_EQ(c.preguntaExceso(std::size_t{0}), "");
   c.medios[0].valor = cur("2");
-  EXPECT_EQ(c.preguntaExceso(std::size_t{0}), "Está seguro\n(el monto parece excesivo)");
+  EXPECT_EQ(c.preguntaExceso(std::size_t{0}), "Está seguro\r(el monto parece excesivo)");
 }
 
 TEST_F(Cobro, TaxChangeIgnoresTheCreditAndClearsTheInputs) {
