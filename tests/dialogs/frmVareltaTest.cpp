@@ -150,6 +150,23 @@ TEST_F(Dialogo, ForeignCashBearsIgtfAndShowsForeignAndMixedChange) {
   EXPECT_EQ(texto(*f, "lblVueltoMixto"), "$ 2.00 + Bs. 5.00");
 }
 
+TEST_F(Dialogo, F2TakesTheParticularsOfTheFocusedLine) {
+  auto f = abrir("100", "16");
+  teclear(*f, "txEfectivo", "66");
+  teclear(*f, "txMediosX(1)", "50");
+  cuandoAparezca("frmDetallesMedio", [](QWidget& d) {
+    auto* clave = d.findChild<QLineEdit*>("txClaveAutorizacion");
+    clave->setFocus();
+    QTest::keyClicks(clave, "ab12");
+    QTest::mouseClick(d.findChild<QPushButton*>("cbOk"), Qt::LeftButton);
+  });
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_F2);
+  QTest::mouseClick(hijo<QPushButton>(*f, "cbAceptar"), Qt::LeftButton);
+  ASSERT_NE(f->resultado(), nullptr);
+  EXPECT_EQ(f->resultado()->colDetalles->Item(2)->medio, "TDC");
+  EXPECT_EQ(f->resultado()->colDetalles->Item(2)->ClaveAutorizacion, "AB12");
+}
+
 TEST_F(Dialogo, RateOneHidesTheForeignLabels) {
   tasa(0.0);
   auto f = abrir("100", "16");
