@@ -78,7 +78,7 @@ void frmDetallesMedio::crearControles() {
   lblDetallesDenominacion->setObjectName("lblDetallesDenominacion");
   connect(flxDenominaciones, &QTableWidget::cellChanged, this, &frmDetallesMedio::validarCelda);
 
-  auto* formulario = new QFormLayout;
+  formulario_ = new QFormLayout;
   const std::tuple<const char*, const char*, QWidget*, Campo> filas[] = {
       {"lblMontoRecibido", "Monto recibido:", numMontoRecibido, Campo::Monto},
       {"lblCodigoEmisor", "Emisor:", cbxEmisor, Campo::Emisor},
@@ -89,7 +89,7 @@ void frmDetallesMedio::crearControles() {
   for (const auto& [nombre, texto, control, campo] : filas) {
     auto* etiqueta = new QLabel(texto, this);
     etiqueta->setObjectName(nombre);
-    formulario->addRow(etiqueta, control);
+    formulario_->addRow(etiqueta, control);
     campos_[control] = campo;
     control->installEventFilter(this);
   }
@@ -112,7 +112,7 @@ void frmDetallesMedio::crearControles() {
   StatusBar1->setSizeGripEnabled(false);
 
   auto* todo = new QVBoxLayout(this);
-  todo->addLayout(formulario);
+  todo->addLayout(formulario_);
   todo->addWidget(lblDetallesDenominacion);
   todo->addWidget(flxDenominaciones);
   todo->addLayout(botones);
@@ -147,7 +147,7 @@ bool frmDetallesMedio::preparar(const std::shared_ptr<CDetalleIngreso>& detalle)
     cbxEmisor->addItem(q(e));
   cbxEmisor->setEditText(q(modelo_.emisor));
   for (Campo c : {Campo::Cuenta, Campo::IdTitular, Campo::NumDoc, Campo::ClaveAutorizacion})
-    texto(c)->setText(q(*valor(c)));
+    texto(c)->setText(q(modelo_.texto(c)));
   if (modelo_.montoRecibido) {
     numMontoRecibido->setValor(*modelo_.montoRecibido);
   } else {
@@ -179,21 +179,6 @@ QLineEdit* frmDetallesMedio::texto(Campo campo) const {
   }
 }
 
-std::string* frmDetallesMedio::valor(Campo campo) {
-  switch (campo) {
-    case Campo::Emisor:
-      return &modelo_.emisor;
-    case Campo::Cuenta:
-      return &modelo_.cuenta;
-    case Campo::IdTitular:
-      return &modelo_.idTitular;
-    case Campo::NumDoc:
-      return &modelo_.numDoc;
-    default:
-      return &modelo_.claveAutorizacion;
-  }
-}
-
 bool frmDetallesMedio::validar(Campo campo) {
   std::string mensaje;
   if (campo == Campo::Monto) {
@@ -204,7 +189,7 @@ bool frmDetallesMedio::validar(Campo campo) {
   } else if (campo != Campo::Denominaciones) {
     std::string t = texto(campo)->text().toStdString();
     mensaje = modelo_.validarCampo(campo, t);
-    *valor(campo) = t;
+    modelo_.texto(campo) = t;
     texto(campo)->setText(q(t));
   }
   if (mensaje.empty())
@@ -305,7 +290,7 @@ void frmDetallesMedio::aceptar() {
     modelo_.montoRecibido = numMontoRecibido->valor();
   for (Campo c :
        {Campo::Emisor, Campo::Cuenta, Campo::IdTitular, Campo::NumDoc, Campo::ClaveAutorizacion})
-    *valor(c) = texto(c)->text().toStdString();
+    modelo_.texto(c) = texto(c)->text().toStdString();
   leerTabla();
   const auto rechazo = modelo_.aceptar();
   if (rechazo) {

@@ -7,6 +7,7 @@
 #include "dialogs/modelo/DetalleMedio.h"
 
 class QComboBox;
+class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -42,7 +43,6 @@ class frmDetallesMedio : public QDialog {
  private:
   void crearControles();
   QLineEdit* texto(DetalleMedio::Campo campo) const;
-  std::string* valor(DetalleMedio::Campo campo);
   bool validar(DetalleMedio::Campo campo);
   void volverA(QWidget* control);
   void leerTabla();
@@ -60,6 +60,7 @@ class frmDetallesMedio : public QDialog {
   QLabel* lblDetallesDenominacion;
   QPushButton *cbOk, *cbCancelar;
   QStatusBar* StatusBar1;
+  QFormLayout* formulario_;
   std::map<QObject*, DetalleMedio::Campo> campos_;
 };
 

@@ -101,6 +101,21 @@ const char* DetalleMedio::ayuda(Campo campo) {
   return "";
 }
 
+std::string& DetalleMedio::texto(Campo campo) {
+  switch (campo) {
+    case Campo::Emisor:
+      return emisor;
+    case Campo::Cuenta:
+      return cuenta;
+    case Campo::IdTitular:
+      return idTitular;
+    case Campo::NumDoc:
+      return numDoc;
+    default:
+      return claveAutorizacion;
+  }
+}
+
 std::string DetalleMedio::validarCampo(Campo campo, std::string& texto) {
   texto = upperEspanol(trimBlanks(texto));
   for (const auto& l : kLimites) {
@@ -150,36 +165,28 @@ std::optional<DetalleMedio::Rechazo> DetalleMedio::aceptar() {
   // The checks a field makes on leaving, for a field the cashier never left.
   for (Campo c :
        {Campo::ClaveAutorizacion, Campo::Emisor, Campo::IdTitular, Campo::Cuenta, Campo::NumDoc}) {
-    std::string* texto = c == Campo::ClaveAutorizacion ? &claveAutorizacion
-                         : c == Campo::Emisor          ? &emisor
-                         : c == Campo::IdTitular       ? &idTitular
-                         : c == Campo::Cuenta          ? &cuenta
-                                                       : &numDoc;
-    if (!abierto(c) || texto->empty())
+    if (!abierto(c) || texto(c).empty())
       continue;
-    if (const std::string m = validarCampo(c, *texto); !m.empty())
+    if (const std::string m = validarCampo(c, texto(c)); !m.empty())
       return Rechazo{c, m};
   }
   if (abierto(Campo::Denominaciones)) {
-    for (const auto& f : filas)
-      if (!IsRowValid(f))
-        return Rechazo{
-            Campo::Denominaciones,
-            ValidateCell(f.Denominacion > Currency{} ? 1 : 0,
-                         f.Denominacion > Currency{} ? Currency::fromUnits(f.CantidadRecibida)
-                                                     : f.Denominacion)};
+    for (const auto& f : filas) {
+      if (IsRowValid(f))
+        continue;
+      std::string m = ValidateCell(0, f.Denominacion);
+      if (m.empty())
+        m = ValidateCell(1, Currency::fromUnits(f.CantidadRecibida));
+      return Rechazo{Campo::Denominaciones, m};
+    }
   }
   const std::pair<Campo, const char*> vacios[] = {
       {Campo::ClaveAutorizacion, "Clave de autorizacion inválida"},
       {Campo::Emisor, "Codigo de emisor inválido"},
       {Campo::IdTitular, "Identificacion inválida"}};
-  const std::pair<Campo, const std::string*> textos[] = {
-      {Campo::ClaveAutorizacion, &claveAutorizacion},
-      {Campo::Emisor, &emisor},
-      {Campo::IdTitular, &idTitular}};
-  for (std::size_t i = 0; i < std::size(vacios); ++i)
-    if (abierto(vacios[i].first) && textos[i].second->empty())
-      return Rechazo{vacios[i].first, vacios[i].second};
+  for (const auto& [campo, mensaje] : vacios)
+    if (abierto(campo) && texto(campo).empty())
+      return Rechazo{campo, mensaje};
   const Currency nominal = montoRecibido.value_or(Currency{});
   if (nominal <= Currency{})
     return Rechazo{Campo::Monto, "Monto inválido"};

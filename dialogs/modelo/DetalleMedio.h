@@ -40,6 +40,8 @@ class DetalleMedio {
   std::optional<Currency> montoRecibido;
   std::vector<Fila> filas;
   std::vector<std::string> emisores;  // the issuers known for the method
+  // The value of a text field (the amount and the grid have their own).
+  std::string& texto(Campo campo);
 
   // The check on leaving a text field: trims and upper-cases `texto` in place;
   // the message that keeps the focus there, or "". Empty fields other than
