@@ -39,7 +39,6 @@ class Variant {
   VarType type() const { return static_cast<VarType>(valor_.index()); }
   bool isEmpty() const { return type() == VarType::Empty; }
   bool isNull() const { return type() == VarType::Null; }
-  bool isNumeric() const;
 
   // Direct access for code that has checked type() first.
   bool asBool() const { return std::get<bool>(valor_); }

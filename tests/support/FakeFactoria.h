@@ -80,7 +80,6 @@ class FallaEnSentencia : public FactoriaEnvoltorio {
  public:
   FallaEnSentencia(std::shared_ptr<Factoria> host, int n)
       : FactoriaEnvoltorio(std::move(host)), falla_(n) {}
-  int sentencias() const { return contadas_; }
 
   long ExecuteSQL(const std::string& sql, const Argumentos& args = {}) override;
   Variant ReadScalar(const std::string& sql, const Argumentos& args = {}) override;
