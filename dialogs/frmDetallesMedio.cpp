@@ -20,6 +20,7 @@
 #include "service/HostUtil.h"
 #include "uisupport/CajaNumerica.h"
 #include "uisupport/EstiloQt.h"
+#include "uisupport/Twips.h"
 #include "uisupport/clsComboWidth.h"
 #include "uisupport/lmFormPlacement.h"
 
@@ -53,6 +54,7 @@ bool frmDetallesMedio::EditDetalle(const std::shared_ptr<CDetalleIngreso>& detal
 frmDetallesMedio::frmDetallesMedio(QWidget* parent) : QDialog(parent) {
   setObjectName("frmDetallesMedio");
   setWindowTitle("Detalles del pago");
+  setMinimumWidth(px(5400));
   crearControles();
 }
 

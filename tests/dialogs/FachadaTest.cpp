@@ -2,11 +2,14 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QListWidget>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
 
 #include "dialogs/DialogosQt.h"
+#include "dialogs/frmDefinirMedioPago.h"
+#include "dialogs/frmDetallesMedio.h"
 #include "dialogs/frmVarelta.h"
 #include "service/CServiciosCaja.h"
 #include "tests/support/HostPrueba.h"
@@ -72,6 +75,22 @@ TEST_F(Fachada, Captura) {
   teclear("txMediosX(1)", "400");
   f.findChild<CajaNumerica*>("txMediosX(2)")->setFocus();
   ASSERT_TRUE(f.grab().save(carpeta + "/frmVarelta.png"));
+
+  auto cheque = std::make_shared<CDetalleIngreso>();
+  cheque->medio = "CHE";
+  cheque->montoNominal = cur("250");
+  cheque->CodigoEmisor = "BANESCO";
+  frmDetallesMedio detalle;
+  ASSERT_TRUE(detalle.preparar(cheque));
+  detalle.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&detalle));
+  ASSERT_TRUE(detalle.grab().save(carpeta + "/frmDetallesMedio.png"));
+
+  frmDefinirMedioPago catalogo;
+  catalogo.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&catalogo));
+  catalogo.findChild<QListWidget*>("lstMedios")->setCurrentRow(0);
+  ASSERT_TRUE(catalogo.grab().save(carpeta + "/frmDefinirMedioPago.png"));
 }
 
 }  // namespace
