@@ -110,15 +110,9 @@ TEST_F(MedioPagoFake, EliminarRefusesAMethodInUse) {
   const std::string contar = "SELECT COUNT(*) FROM DetallesVarelta WHERE Medio = 'CHE'";
   fake->alLeer(contar, Variant(2));
   CMedioPago m;
-  try {
-    m.Eliminar("CHE");
-    FAIL() << "no error";
-  } catch (const CajaError& e) {
-    EXPECT_EQ(e.number(), 10001);
-    EXPECT_EQ(e.source(), "CMedioPago::Eliminar");
-    EXPECT_EQ(e.description(),
-              "Hay movimientos con el medio seleccionado: eliminacion no permitida");
-  }
+  EXPECT_EQ(test::errorCompleto([&] { m.Eliminar("CHE"); }),
+            "10001|CMedioPago::Eliminar|Hay movimientos con el medio seleccionado: eliminacion "
+            "no permitida");
   EXPECT_EQ(fake->sqls(), std::vector<std::string>{contar});
 
   m.Eliminar("ZEL");

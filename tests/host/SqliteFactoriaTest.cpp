@@ -182,14 +182,9 @@ TEST_F(Sqlite, NumeroDBIgnoresTheRegionalSeparator) {
 }
 
 TEST_F(Sqlite, FailuresCarrySqlitesMessageAndWriteNothing) {
-  try {
-    db_->ExecuteSQL("INSERT INTO NoExiste (a) VALUES (?)", {Variant(1)});
-    FAIL() << "no error";
-  } catch (const CajaError& e) {
-    EXPECT_EQ(e.number(), kErrorBaseDatos);
-    EXPECT_EQ(e.source(), "SqliteFactoria");
-    EXPECT_EQ(e.description(), "no such table: NoExiste");
-  }
+  EXPECT_EQ(test::errorCompleto(
+                [&] { db_->ExecuteSQL("INSERT INTO NoExiste (a) VALUES (?)", {Variant(1)}); }),
+            "-2147217900|SqliteFactoria|no such table: NoExiste");
   EXPECT_EQ(numeroError(
                 [&] { SqliteFactoria::Abrir((carpeta_.ruta() / "no" / "hay" / "x.db").string()); }),
             kErrorBaseDatos);

@@ -86,14 +86,8 @@ TEST(TextoDeLinea, BadFirstLineRaisesAndChangesNothing) {
     SCOPED_TRACE(malo);
     CDetalleIngreso l;
     l.medio = "USD";
-    try {
-      l.Deserialize(malo);
-      ADD_FAILURE() << "no error";
-    } catch (const CajaError& e) {
-      EXPECT_EQ(e.number(), 10001);
-      EXPECT_EQ(e.source(), "CDetalleVarelta::Deserialize");
-      EXPECT_EQ(e.description(), "Estructura invalida");
-    }
+    EXPECT_EQ(test::errorCompleto([&] { l.Deserialize(malo); }),
+              "10001|CDetalleVarelta::Deserialize|Estructura invalida");
     EXPECT_EQ(l.medio, "USD");
   }
 }

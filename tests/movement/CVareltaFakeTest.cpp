@@ -51,14 +51,6 @@ class GuardarFake : public ::testing::Test, protected test::ConFake {
     mov->Save(3, "ANA", "FAC", 7, "CLI", "C1", "Venta", Fecha::fromYmd(2026, 11, 21), Variant(), "",
               "", igtf, tc);
   }
-  CajaError errorDe(const std::function<void()>& f) {
-    try {
-      f();
-    } catch (const CajaError& e) {
-      return e;
-    }
-    return CajaError(0, "", "");
-  }
   bool escribio() const {
     for (const auto& l : fake->llamadas)
       if (l.tipo == test::FakeFactoria::Tipo::Execute)
@@ -123,10 +115,8 @@ TEST_F(GuardarFake, ExplicitRateAndIgtfAreStoredAsGiven) {
 }
 
 TEST_F(GuardarFake, NoMachineAnywhere) {
-  const CajaError e = errorDe([&] { guardar(); });
-  EXPECT_EQ(e.number(), 10002);
-  EXPECT_EQ(e.source(), "cVarelta::Save");
-  EXPECT_EQ(e.description(), "MachineID Invalido(DLL#8)");
+  EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
+            "10002|cVarelta::Save|MachineID Invalido(DLL#8)");
   EXPECT_FALSE(escribio());
 }
 
@@ -147,10 +137,8 @@ TEST_F(GuardarFake, SecondSaveIsADuplicateAndWritesNothing) {
   fake->alLeer(kMaquina, Variant(2));
   guardar();
   fake->llamadas.clear();
-  const CajaError e = errorDe([&] { guardar(); });
-  EXPECT_EQ(e.number(), 10001);
-  EXPECT_EQ(e.source(), "CVarelta::Save");
-  EXPECT_EQ(e.description(), "Intento de guardar movimiento de caja duplicado(DLL#9)");
+  EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
+            "10001|CVarelta::Save|Intento de guardar movimiento de caja duplicado(DLL#9)");
   EXPECT_FALSE(escribio());
 }
 
@@ -158,10 +146,8 @@ TEST_F(GuardarFake, HostFailureKeepsItsNumberAndTellsTheStep) {
   auto falla = std::make_shared<test::FallaEnSentencia>(fake, 3);
   gFactoria = falla;
   fake->alLeer(kMaquina, Variant(2));
-  const CajaError e = errorDe([&] { guardar(); });
-  EXPECT_EQ(e.number(), -2147217900);
-  EXPECT_EQ(e.source(), "CVarelta::Save");
-  EXPECT_EQ(e.description(), "Falla inyectada en: " + kHeader + "(DLL#11)");
+  EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
+            "-2147217900|CVarelta::Save|Falla inyectada en: " + kHeader + "(DLL#11)");
 }
 
 TEST_F(GuardarFake, PostProcedureErrorsAreSwallowed) {
@@ -256,14 +242,8 @@ TEST_F(StagingFake, SaveStagesEveryLineWithoutTouchingTheDrawer) {
 
 TEST_F(StagingFake, RevertirOfAnUnknownKey) {
   TempVarelta t;
-  try {
-    t.revertir("V-9");
-    FAIL() << "no error";
-  } catch (const CajaError& e) {
-    EXPECT_EQ(e.number(), 10001);
-    EXPECT_EQ(e.source(), "ServiciosCaja.tempVarelta.Revertir");
-    EXPECT_EQ(e.description(), "Referencia V-9 no registrada.");
-  }
+  EXPECT_EQ(test::errorCompleto([&] { t.revertir("V-9"); }),
+            "10001|ServiciosCaja.tempVarelta.Revertir|Referencia V-9 no registrada.");
   CVarelta mov;
   t.load("V-9", mov);
   EXPECT_EQ(fake->sqls(),

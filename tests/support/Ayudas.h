@@ -25,6 +25,17 @@ inline long numeroError(const std::function<void()>& f) {
   return 0;
 }
 
+// "number|source|description" of the CajaError `f` raises, or "sin error":
+// one string compares all three at once.
+inline std::string errorCompleto(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const CajaError& e) {
+    return std::to_string(e.number()) + "|" + e.source() + "|" + e.description();
+  }
+  return "sin error";
+}
+
 // Sets the regional settings for one test and puts the defaults back after.
 class RegionalTemporal {
  public:
