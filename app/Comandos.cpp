@@ -9,22 +9,32 @@
 #include "app/Salida.h"
 #include "app/Supervisores.h"
 #include "base/Conversiones.h"
+#include "base/Decimal.h"
 #include "dialogs/DialogosQt.h"
 #include "dialogs/frmVarelta.h"
 #include "movement/TempVarelta.h"
 #include "service/CServiciosCaja.h"
 #include "service/General.h"
-#include "service/TransaccionHost.h"
 
 namespace caja::app {
 
 namespace {
 
+CajaError fueraDeRango(const std::string& que) {
+  return CajaError(err::kDesbordamiento, "caja",
+                   que + " está fuera del rango de la moneda (-922337203685477.5807 a "
+                         "922337203685477.5807)");
+}
+
+// An amount typed on the command line: four decimals at most, '.' as the
+// decimal point. A well-formed amount beyond the currency range is an error
+// of its own (exit 3), not a typing mistake.
 Currency monto(const std::string& texto, const char* opcion) {
-  const auto c = Currency::parse(texto);
-  if (!c)
-    throw std::runtime_error(std::string("Monto no válido para --") + opcion + ": " + texto);
-  return *c;
+  if (const auto c = Currency::parse(texto))
+    return *c;
+  if (const auto d = Decimal::parseRegional(texto); d && d->escala <= 4)
+    throw fueraDeRango(std::string("El monto ") + texto + " de --" + opcion);
+  throw std::runtime_error(std::string("Monto no válido para --") + opcion + ": " + texto);
 }
 
 Currency montoOpcional(const LineaComandos& a, const char* opcion) {
@@ -62,16 +72,38 @@ std::shared_ptr<CVarelta> cobrarConGuion(Contexto& c, Currency venta, Currency i
   return dialogo.aceptarGuion() ? dialogo.resultado() : nullptr;
 }
 
-// Saves and commits in one host transaction: a failed save leaves nothing.
+// The movement as it was before a failed try: not saved, lines without ids.
+// Save makes a new drawer transaction of its own on the next try.
+void olvidarGuardado(CVarelta& mov) {
+  mov.TransID = 0;
+  for (const auto& d : *mov.colDetalles)
+    d->Id = 0;
+}
+
+// Saves and commits in one host transaction: a failed save leaves nothing,
+// and a save that collided with another till's runs again.
 void guardar(Contexto& c, CVarelta& mov) {
   const auto [tipoDoc, numDoc] = parDe(c.args.valor("documento", "FAC:0"), "documento");
   const auto [tipoEnt, codEnt] = parDe(c.args.valor("entidad", "CLI:C0001"), "entidad");
-  TransaccionHost transaccion(*c.db);
-  mov.Save(entero(c.args.valor("sesion", "1"), "--sesion"), c.args.valor("operador", "CAJERO"),
-           tipoDoc, entero(numDoc, "--documento"), tipoEnt, codEnt, c.args.valor("titulo", "Cobro"),
-           Fecha::today());
-  mov.commitTransEf();
-  transaccion.commit();
+  const std::int32_t sesion = entero(c.args.valor("sesion", "1"), "--sesion");
+  const std::int32_t numero = entero(numDoc, "--documento");
+  c.db->EnTransaccion(
+      [&] {
+        mov.Save(sesion, c.args.valor("operador", "CAJERO"), tipoDoc, numero, tipoEnt, codEnt,
+                 c.args.valor("titulo", "Cobro"), Fecha::today());
+        mov.commitTransEf();
+      },
+      [&] { olvidarGuardado(mov); });
+}
+
+// The amount due must itself be a currency amount before the dialog sums it.
+void comprobarTotal(Currency venta, Currency iva, Currency credito) {
+  try {
+    (void)(venta + iva - credito);
+  } catch (const CajaError&) {
+    throw fueraDeRango("El total de la venta " + venta.toMachineText() + " + " +
+                       iva.toMachineText() + " - " + credito.toMachineText());
+  }
 }
 
 std::shared_ptr<CVarelta> movimientoDePagos(Contexto& c) {
@@ -112,6 +144,7 @@ int cobrar(Contexto& c) {
   const Currency v = monto(*venta, "venta");
   const Currency iva = montoOpcional(c.args, "iva");
   const Currency credito = montoOpcional(c.args, "credito");
+  comprobarTotal(v, iva, credito);
   std::shared_ptr<CVarelta> mov;
   if (c.args.bandera("aceptar")) {
     mov = cobrarConGuion(c, v, iva, credito);

@@ -4,7 +4,7 @@
 #include <ostream>
 
 #include "app/LineaComandos.h"
-#include "host/SqliteFactoria.h"
+#include "host/HostSql.h"
 
 namespace caja::app {
 
@@ -18,7 +18,7 @@ inline constexpr int kError = 3;      // a raised error
 // to print and whether a screen is there.
 struct Contexto {
   const LineaComandos& args;
-  std::shared_ptr<SqliteFactoria> db;
+  std::shared_ptr<HostSql> db;
   std::ostream& out;
   bool conPantalla;
 };

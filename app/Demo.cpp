@@ -21,7 +21,7 @@ struct MedioDemo {
 
 }  // namespace
 
-void crearDemo(SqliteFactoria& db) {
+void crearDemo(HostSql& db) {
   const MedioDemo medios[] = {
       {"USD", "Dólares en efectivo", ControlDenominaciones | SujetoIGTF, 0,
        ClaseIngresoSesion::EfectivoME, "Dólares", "Efectivo en dólares a la tasa de la caja",
@@ -47,16 +47,20 @@ void crearDemo(SqliteFactoria& db) {
                                  m.electronico);
   }
   db.ExecuteSQL(
-      "INSERT OR REPLACE INTO SesionesPOS (SessionID, MachineID, Operador, Apertura) "
-      "VALUES (1, 1, 'CAJERO', getdate())");
+      "INSERT INTO SesionesPOS (SessionID, MachineID, Operador, Apertura) "
+      "VALUES (1, 1, 'CAJERO', getdate()) ON CONFLICT (SessionID) DO NOTHING");
   db.ExecuteSQL("INSERT INTO parametrosEmpresa (Fecha, TipoCambio) VALUES (getdate(), ?)", {kTasa});
   db.ExecuteSQL(
-      "INSERT OR REPLACE INTO hostEmpresa (id, Nombre, ContribuyenteEspecial, porcentajeIGTF456, "
-      "FormatoMEX, TipoCambioCaja) VALUES (1, 'Comercial Demo, C.A.', 1, 3, '$#,##0.00', ?)",
-      {kTasa});
+      "INSERT INTO hostEmpresa (id, Nombre, ContribuyenteEspecial, porcentajeIGTF456, "
+      "FormatoMEX, TipoCambioCaja) VALUES (1, 'Comercial Demo, C.A.', ?, 3, '$#,##0.00', ?) "
+      "ON CONFLICT (id) DO UPDATE SET Nombre = excluded.Nombre, "
+      "ContribuyenteEspecial = excluded.ContribuyenteEspecial, "
+      "porcentajeIGTF456 = excluded.porcentajeIGTF456, FormatoMEX = excluded.FormatoMEX, "
+      "TipoCambioCaja = excluded.TipoCambioCaja",
+      {Variant(true), kTasa});
   db.ExecuteSQL(
-      "INSERT OR REPLACE INTO hostEntidades (Tipo, Codigo, Nombre) VALUES "
-      "('CLI', 'C0001', 'Cliente de contado')");
+      "INSERT INTO hostEntidades (Tipo, Codigo, Nombre) VALUES "
+      "('CLI', 'C0001', 'Cliente de contado') ON CONFLICT (Tipo, Codigo) DO NOTHING");
 }
 
 }  // namespace caja::app

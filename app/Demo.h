@@ -1,11 +1,11 @@
 #pragma once
 
-#include "host/SqliteFactoria.h"
+#include "host/HostSql.h"
 
 namespace caja::app {
 
 // A catalogue that exercises every kind of method, an open session on
 // machine 1, the exchange rate and a special-taxpayer company with 3% IGTF.
-void crearDemo(SqliteFactoria& db);
+void crearDemo(HostSql& db);
 
 }  // namespace caja::app

@@ -25,15 +25,17 @@ std::string salNueva() {
 
 }  // namespace
 
-void agregarSupervisor(SqliteFactoria& db, const std::string& nombre, const std::string& pin,
+void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string& pin,
                        int nivel) {
   const std::string sal = salNueva();
   db.ExecuteSQL(
-      "INSERT OR REPLACE INTO hostSupervisores (Nombre, Sal, Hash, Nivel) VALUES (?, ?, ?, ?)",
+      "INSERT INTO hostSupervisores (Nombre, Sal, Hash, Nivel) VALUES (?, ?, ?, ?) "
+      "ON CONFLICT (Nombre) DO UPDATE SET Sal = excluded.Sal, Hash = excluded.Hash, "
+      "Nivel = excluded.Nivel",
       {nombre, sal, hashDe(sal, pin), nivel});
 }
 
-int nivelDePin(SqliteFactoria& db, const std::string& pin) {
+int nivelDePin(HostSql& db, const std::string& pin) {
   int nivel = 0;
   auto rs = db.openrecordset("SELECT Sal, Hash, Nivel FROM hostSupervisores");
   for (; !rs->Eof(); rs->MoveNext())
@@ -42,7 +44,7 @@ int nivelDePin(SqliteFactoria& db, const std::string& pin) {
   return nivel;
 }
 
-void instalarVerificador(SqliteFactoria& db, bool conPantalla) {
+void instalarVerificador(HostSql& db, bool conPantalla) {
   db.SetVerificador([&db, conPantalla](const std::string& mensaje) {
     std::string pin;
     if (conPantalla) {

@@ -2,18 +2,18 @@
 
 #include <string>
 
-#include "host/SqliteFactoria.h"
+#include "host/HostSql.h"
 
 namespace caja::app {
 
 // Supervisors who authorise what a cashier may not do alone. Only a salted
 // SHA-256 of each PIN is kept.
-void agregarSupervisor(SqliteFactoria& db, const std::string& nombre, const std::string& pin,
+void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string& pin,
                        int nivel);
 // The highest level of the supervisors whose PIN this is; 0 for none.
-int nivelDePin(SqliteFactoria& db, const std::string& pin);
+int nivelDePin(HostSql& db, const std::string& pin);
 // Installs `VerificarUsuario` on the host: it asks for a PIN (a dialog when
 // there is a screen, standard input otherwise) and answers its level.
-void instalarVerificador(SqliteFactoria& db, bool conPantalla);
+void instalarVerificador(HostSql& db, bool conPantalla);
 
 }  // namespace caja::app

@@ -14,6 +14,8 @@
 #include "app/Comandos.h"
 #include "app/Supervisores.h"
 #include "host/IniSettingsStore.h"
+#include "host/PostgresFactoria.h"
+#include "host/SqliteFactoria.h"
 #include "host/QtHostUtil.h"
 #include "service/General.h"
 
@@ -23,7 +25,7 @@ using namespace caja;
 using namespace caja::app;
 
 const char* const kTextoUso =
-    "Uso: caja COMANDO [opciones] [--db ARCHIVO] [--json]\n"
+    "Uso: caja COMANDO [opciones] [--db ARCHIVO|postgresql://USUARIO@SERVIDOR:PUERTO/BASE] [--json]\n"
     "  init [--demo]\n"
     "  cobrar --venta V [--iva I] [--credito C] [--titulo T] [--sesion S] [--operador O]\n"
     "         [--documento TIPO:NUMERO] [--entidad TIPO:CODIGO] [--pago CODIGO=MONTO ... "
@@ -48,10 +50,19 @@ std::string baseDeDatosPorDefecto() {
   return (raiz / "caja" / "caja.db").string();
 }
 
+// A server by its connection URI, or the embedded file (the default one when
+// --db is not given; its folder is made only then).
+std::shared_ptr<HostSql> abrirBaseDeDatos(const LineaComandos& args) {
+  const auto db = args.valor("db");
+  if (db && PostgresFactoria::EsUri(*db))
+    return PostgresFactoria::Conectar(*db);
+  return SqliteFactoria::Abrir(db ? *db : baseDeDatosPorDefecto());
+}
+
 // A fault-test hook: with CAJA_PRUEBA_PAUSA_MS set, the post procedure says
 // so on standard error and waits, so that a test can kill the program in the
 // middle of a save.
-void instalarPausaDePrueba(SqliteFactoria& db) {
+void instalarPausaDePrueba(HostSql& db) {
   const char* pausa = std::getenv("CAJA_PRUEBA_PAUSA_MS");
   if (!pausa)
     return;
@@ -79,8 +90,7 @@ int ejecutar(const LineaComandos& args, bool conPantalla) {
     std::cerr << kTextoUso;
     return kUso;
   }
-  const std::string archivo = args.valor("db", baseDeDatosPorDefecto());
-  auto db = SqliteFactoria::Abrir(archivo);
+  const auto db = abrirBaseDeDatos(args);
   InicializarEntorno(db);
   db->SetCarpetaIconos(QCoreApplication::applicationDirPath().toStdString() + "/iconos");
   instalarVerificador(*db, conPantalla);

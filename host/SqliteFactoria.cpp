@@ -2,14 +2,14 @@
 
 #include <sqlite3.h>
 
+#include <charconv>
 #include <limits>
 #include <memory>
 
 #include "base/CajaError.h"
 #include "base/Conversiones.h"
 #include "base/Texto.h"
-#include "host/EsquemaSqlite.h"
-#include "host/ObjetosSqlite.h"
+#include "host/DialectoSql.h"
 #include "service/TablaRecordset.h"
 
 namespace caja {
@@ -17,27 +17,9 @@ namespace caja {
 namespace {
 
 constexpr const char* kFuente = "SqliteFactoria";
-constexpr long kNoPuedeCrearObjeto = 429;
-
-// "@@IDENTITY" outside string literals becomes last_insert_rowid(): the one
-// construct of the dialect that is not a plain function call.
-std::string reescribir(const std::string& sql) {
-  static const std::string kToken = "@@identity";
-  std::string r;
-  bool enLiteral = false;
-  for (std::size_t i = 0; i < sql.size(); ++i) {
-    if (sql[i] == '\'')
-      enLiteral = !enLiteral;
-    if (!enLiteral && sql[i] == '@' &&
-        equalsIgnoreCase(std::string_view(sql).substr(i, kToken.size()), kToken)) {
-      r += "last_insert_rowid()";
-      i += kToken.size() - 1;
-    } else {
-      r += sql[i];
-    }
-  }
-  return r;
-}
+// Long enough for every other till to finish a save; a lock held longer is a
+// conflict the wrapped save retries.
+constexpr int kEsperaBloqueoMs = 30000;
 
 void fnGetdate(sqlite3_context* ctx, int, sqlite3_value**) {
   const std::string ahora = Fecha::now().toIsoText();
@@ -48,34 +30,57 @@ void fnScopeIdentity(sqlite3_context* ctx, int, sqlite3_value**) {
   sqlite3_result_int64(ctx, sqlite3_last_insert_rowid(sqlite3_context_db_handle(ctx)));
 }
 
-// The last identity handed out for a table, from any connection.
+// The last identity this connection handed out for the table: another
+// till's inserts never show here, whatever the timing.
 void fnIdentCurrent(sqlite3_context* ctx, int, sqlite3_value** argv) {
-  sqlite3* db = sqlite3_context_db_handle(ctx);
-  sqlite3_stmt* st = nullptr;
-  if (sqlite3_prepare_v2(db, "SELECT seq FROM sqlite_sequence WHERE name = ?1 COLLATE NOCASE", -1,
-                         &st, nullptr) != SQLITE_OK) {
-    sqlite3_result_error(ctx, sqlite3_errmsg(db), -1);
-    return;
-  }
-  sqlite3_bind_value(st, 1, argv[0]);
-  if (sqlite3_step(st) == SQLITE_ROW) {
-    sqlite3_result_int64(ctx, sqlite3_column_int64(st, 0));
-  } else {
+  const auto* identidades = static_cast<std::map<std::string, long long>*>(sqlite3_user_data(ctx));
+  const unsigned char* tabla = sqlite3_value_text(argv[0]);
+  const auto it = tabla ? identidades->find(lowerAscii(reinterpret_cast<const char*>(tabla)))
+                        : identidades->end();
+  if (it == identidades->end())
     sqlite3_result_null(ctx);
+  else
+    sqlite3_result_int64(ctx, it->second);
+}
+
+void anotarIdentidad(void* datos, int operacion, const char*, const char* tabla,
+                     sqlite3_int64 fila) {
+  if (operacion == SQLITE_INSERT)
+    (*static_cast<std::map<std::string, long long>*>(datos))[lowerAscii(tabla)] = fila;
+}
+
+// A double of the floating-point schema back to the amount it was written
+// from: its shortest exact decimal text, rounded to four places.
+Currency monedaDeDouble(double d) {
+  char buf[400];
+  const auto [fin, ec] = std::to_chars(buf, buf + sizeof buf, d, std::chars_format::fixed);
+  if (ec != std::errc())
+    throw errorEjecucion(err::kDesbordamiento);
+  return monedaDeTexto(std::string_view(buf, static_cast<std::size_t>(fin - buf)));
+}
+
+// caja_diezmilesimas(x): a money value of schema version 0 (whole numbers as
+// INTEGER, the rest as REAL) as ten-thousandths.
+void fnDiezmilesimas(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  try {
+    switch (sqlite3_value_type(argv[0])) {
+      case SQLITE_NULL:
+        sqlite3_result_null(ctx);
+        return;
+      case SQLITE_INTEGER:
+        sqlite3_result_int64(ctx, Currency::fromUnits(sqlite3_value_int64(argv[0])).raw());
+        return;
+      default:
+        sqlite3_result_int64(ctx, monedaDeDouble(sqlite3_value_double(argv[0])).raw());
+    }
+  } catch (const CajaError& e) {
+    sqlite3_result_error(ctx, e.description().c_str(), -1);
   }
-  sqlite3_finalize(st);
 }
 
 std::string tipoDeclarado(sqlite3_stmt* st, int i) {
   const char* d = sqlite3_column_decltype(st, i);
   return d ? upperAscii(d) : std::string{};
-}
-
-Variant enteroComoVariant(sqlite3_int64 n) {
-  if (n >= std::numeric_limits<std::int32_t>::min() &&
-      n <= std::numeric_limits<std::int32_t>::max())
-    return Variant(static_cast<std::int32_t>(n));
-  return Variant(static_cast<double>(n));
 }
 
 Variant valorSegunAlmacen(sqlite3_stmt* st, int i) {
@@ -95,9 +100,9 @@ Variant leerColumna(sqlite3_stmt* st, int i) {
   if (sqlite3_column_type(st, i) == SQLITE_NULL)
     return Variant::Null();
   const std::string tipo = tipoDeclarado(st, i);
+  if (tipo == "MONEY" && sqlite3_column_type(st, i) == SQLITE_INTEGER)
+    return Variant(Currency::fromRaw(sqlite3_column_int64(st, i)));
   const Variant crudo = valorSegunAlmacen(st, i);
-  if (tipo == "MONEY")
-    return Variant(CCur(crudo));
   if (tipo == "BIT")
     return Variant(CBool(crudo));
   if (tipo == "SMALLINT" && crudo.type() == VarType::Long)
@@ -118,8 +123,10 @@ Variant leerColumna(sqlite3_stmt* st, int i) {
 // when binding fails part-way.
 class SqliteFactoria::Sentencia {
  public:
-  Sentencia(SqliteFactoria& host, const std::string& sql, const Argumentos& args) : host_(host) {
-    const std::string texto = reescribir(sql);
+  Sentencia(SqliteFactoria& host, const std::string& sql, const Argumentos& args)
+      : host_(host), args_(args) {
+    int marcas = 0;
+    const std::string texto = traducirSql(sql, kDialectoSqlite, marcas);
     const char* resto = nullptr;
     sqlite3_stmt* st = nullptr;
     const int rc =
@@ -130,12 +137,12 @@ class SqliteFactoria::Sentencia {
     if (resto && std::string_view(resto).find_first_not_of(" \t\r\n;") != std::string_view::npos) {
       throw CajaError(kErrorBaseDatos, kFuente, "Solo se admite una sentencia por llamada");
     }
-    const int marcas = sqlite3_bind_parameter_count(st);
-    if (static_cast<std::size_t>(marcas) > args.size()) {
+    const int enSentencia = sqlite3_bind_parameter_count(st);
+    if (static_cast<std::size_t>(enSentencia) > args.size()) {
       throw CajaError(kErrorBaseDatos, kFuente,
                       "Faltan valores para uno o mas parametros requeridos");
     }
-    for (int i = 0; i < marcas; ++i)
+    for (int i = 0; i < enSentencia; ++i)
       enlazar(i + 1, args[static_cast<std::size_t>(i)]);
   }
   bool paso() {
@@ -143,7 +150,7 @@ class SqliteFactoria::Sentencia {
     if (rc == SQLITE_ROW)
       return true;
     if (rc != SQLITE_DONE)
-      host_.fallar();
+      host_.fallar(args_);
     return false;
   }
   sqlite3_stmt* st() const { return st_.get(); }
@@ -169,7 +176,7 @@ class SqliteFactoria::Sentencia {
         rc = sqlite3_bind_double(st_.get(), i, v.asDouble());
         break;
       case VarType::Currency:
-        rc = sqlite3_bind_double(st_.get(), i, v.asCurrency().toDouble());
+        rc = sqlite3_bind_int64(st_.get(), i, v.asCurrency().raw());
         break;
       case VarType::Date: {
         const std::string texto = v.asDate().toIsoText();
@@ -189,6 +196,7 @@ class SqliteFactoria::Sentencia {
   }
 
   SqliteFactoria& host_;
+  const Argumentos& args_;
   std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> st_{nullptr, sqlite3_finalize};
 };
 
@@ -204,39 +212,117 @@ void SqliteFactoria::abrir(const std::string& archivo) {
     const std::string mensaje = db_ ? sqlite3_errmsg(db_) : "sin memoria";
     throw CajaError(kErrorBaseDatos, kFuente, "No se pudo abrir " + archivo + ": " + mensaje);
   }
-  sqlite3_busy_timeout(db_, 5000);
+  sqlite3_extended_result_codes(db_, 1);
+  sqlite3_busy_timeout(db_, kEsperaBloqueoMs);
   const int flags = SQLITE_UTF8 | SQLITE_DIRECTONLY;
   sqlite3_create_function(db_, "getdate", 0, flags, nullptr, fnGetdate, nullptr, nullptr);
   sqlite3_create_function(db_, "scope_identity", 0, flags, nullptr, fnScopeIdentity, nullptr,
                           nullptr);
-  sqlite3_create_function(db_, "ident_current", 1, flags, nullptr, fnIdentCurrent, nullptr,
+  sqlite3_create_function(db_, "ident_current", 1, flags, &identidades_, fnIdentCurrent, nullptr,
                           nullptr);
+  sqlite3_create_function(db_, "caja_diezmilesimas", 1, flags | SQLITE_DETERMINISTIC, nullptr,
+                          fnDiezmilesimas, nullptr, nullptr);
+  sqlite3_update_hook(db_, anotarIdentidad, &identidades_);
+  try {
+    ejecutarGuion("PRAGMA journal_mode = WAL; PRAGMA foreign_keys = ON;");
+    prepararEsquema();
+  } catch (const CajaError& e) {
+    throw CajaError(e.number(), kFuente, "No se pudo abrir " + archivo + ": " + e.description());
+  }
+}
+
+void SqliteFactoria::ejecutarGuion(const std::string& sql) {
   char* error = nullptr;
-  const std::string arranque =
-      std::string("PRAGMA journal_mode = WAL; PRAGMA foreign_keys = ON;") + kEsquemaSqlite;
-  if (sqlite3_exec(db_, arranque.c_str(), nullptr, nullptr, &error) != SQLITE_OK) {
+  if (sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, &error) != SQLITE_OK) {
     const std::string mensaje = error ? error : sqlite3_errmsg(db_);
     sqlite3_free(error);
-    throw CajaError(kErrorBaseDatos, kFuente, "No se pudo abrir " + archivo + ": " + mensaje);
+    throw CajaError(kErrorBaseDatos, kFuente, mensaje);
   }
+}
+
+// Creates the schema, or converts an older one, once: the version is read
+// again under the write lock, so that tills opening the file together do
+// the work only once.
+void SqliteFactoria::prepararEsquema() {
+  if (CLng(ReadScalar("PRAGMA user_version")) == kVersionEsquema)
+    return;
+  const bool anterior =
+      CLng(ReadScalar("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND "
+                      "name = 'MovimientosCaja'")) > 0;
+  // Tables are rebuilt during the conversion; the references are checked again afterwards.
+  if (anterior)
+    ejecutarGuion("PRAGMA foreign_keys = OFF");
+  BeginTrans();
+  try {
+    if (CLng(ReadScalar("PRAGMA user_version")) != kVersionEsquema) {
+      if (anterior)
+        migrarDineroExacto();
+      else
+        crearEsquema();
+      ejecutarGuion("PRAGMA user_version = " + std::to_string(kVersionEsquema));
+    }
+    CommitTrans();
+  } catch (...) {
+    Rollback();
+    throw;
+  }
+  ejecutarGuion("PRAGMA foreign_keys = ON");
+}
+
+void SqliteFactoria::crearEsquema() {
+  for (const Tabla& t : tablasEsquema())
+    ejecutarGuion(crearTabla(t, kDialectoSqlite));
+  for (const Indice& i : indicesEsquema())
+    ejecutarGuion(crearIndice(i));
+}
+
+// Schema version 0 kept money as floating point. Each table is rebuilt with
+// the checked integer columns and its rows copied over, money converted
+// exactly; identities keep counting from where they were.
+void SqliteFactoria::migrarDineroExacto() {
+  for (const Tabla& t : tablasEsquema()) {
+    const std::string nombre(t.nombre);
+    if (CLng(ReadScalar("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name = ?",
+                        {nombre})) == 0) {
+      ejecutarGuion(crearTabla(t, kDialectoSqlite));
+      continue;
+    }
+    std::string columnas, valores;
+    for (const Columna& c : t.columnas) {
+      const std::string col(c.nombre);
+      columnas += (columnas.empty() ? "" : ", ") + col;
+      valores += (valores.empty() ? "" : ", ") +
+                 (c.tipo == TipoColumna::Dinero ? "caja_diezmilesimas(" + col + ")" : col);
+    }
+    const Variant secuencia =
+        ReadScalar("SELECT seq FROM sqlite_sequence WHERE name = ?", {nombre});
+    ejecutarGuion(crearTabla(t, kDialectoSqlite, "caja_migrada"));
+    ejecutarGuion("INSERT INTO caja_migrada (" + columnas + ") SELECT " + valores + " FROM " +
+                  nombre);
+    ejecutarGuion("DROP TABLE " + nombre);
+    ejecutarGuion("ALTER TABLE caja_migrada RENAME TO " + nombre);
+    if (!secuencia.isEmpty())
+      ExecuteSQL("UPDATE sqlite_sequence SET seq = MAX(seq, ?) WHERE name = ?",
+                 {secuencia, nombre});
+  }
+  for (const Indice& i : indicesEsquema())
+    ejecutarGuion(crearIndice(i));
 }
 
 SqliteFactoria::~SqliteFactoria() {
   sqlite3_close_v2(db_);
 }
 
-void SqliteFactoria::fallar() const {
-  throw CajaError(kErrorBaseDatos, kFuente, sqlite3_errmsg(db_));
-}
-
-std::shared_ptr<Objeto> SqliteFactoria::CrearObjeto(const std::string& clase) {
-  if (equalsIgnoreCase(clase, "Empresa"))
-    return std::make_shared<EmpresaSqlite>(*this);
-  if (equalsIgnoreCase(clase, "Instanciador"))
-    return std::make_shared<InstanciadorSqlite>(shared_from_this());
-  if (equalsIgnoreCase(clase, "posExt"))
-    return std::make_shared<PosExtSqlite>(shared_from_this());
-  throw CajaError(kNoPuedeCrearObjeto, kFuente, "No se puede crear el objeto " + clase);
+void SqliteFactoria::fallar(const Argumentos& args) const {
+  const int codigo = sqlite3_extended_errcode(db_);
+  const std::string mensaje = sqlite3_errmsg(db_);
+  if (codigo == SQLITE_CONSTRAINT_CHECK && mensaje.find("typeof(") != std::string::npos)
+    throw errorFueraDeRango(kFuente, args);
+  if (mensaje == "integer overflow")
+    throw errorFueraDeRango(kFuente, args);
+  if ((codigo & 0xff) == SQLITE_BUSY || (codigo & 0xff) == SQLITE_LOCKED)
+    throw CajaError(kErrorConflicto, kFuente, "La base de datos está ocupada: " + mensaje);
+  throw CajaError(kErrorBaseDatos, kFuente, mensaje);
 }
 
 long SqliteFactoria::ExecuteSQL(const std::string& sql, const Argumentos& args) {
@@ -271,42 +357,9 @@ std::shared_ptr<Recordset> SqliteFactoria::openrecordset(const std::string& sql,
 }
 
 std::string SqliteFactoria::NumeroDB(const Variant& numero) {
-  if (numero.isNull())
-    return "NULL";
-  if (numero.type() == VarType::Boolean)
-    return numero.asBool() ? "1" : "0";
-  return toDecimal(numero).toMachineText();
-}
-
-std::string SqliteFactoria::StringDB(const std::string& texto) {
-  return "'" + replaceAll(texto, "'", "''") + "'";
-}
-
-bool SqliteFactoria::ExisteProcedimiento(const std::string& nombre,
-                                         const std::shared_ptr<Objeto>& /*dueno*/) {
-  return procedimientos_.count(lowerAscii(nombre)) > 0;
-}
-
-void SqliteFactoria::Log(const std::string& mensaje) {
-  ExecuteSQL("INSERT INTO hostLog (Fecha, Mensaje) VALUES (getdate(), ?)", {Variant(mensaje)});
-}
-
-Variant SqliteFactoria::VerificarUsuario(const std::string& mensaje) {
-  return verificador_ ? verificador_(mensaje) : Variant(0);
-}
-
-std::shared_ptr<Objeto> SqliteFactoria::loadFileIcon(const std::string& archivo) {
-  return std::make_shared<Imagen>(carpetaIconos_.empty() ? archivo
-                                                         : carpetaIconos_ + "/" + archivo);
-}
-
-double SqliteFactoria::TipoCambioCaja() {
-  const Variant tasa = ReadScalar("SELECT TipoCambioCaja FROM hostEmpresa WHERE id = 1");
-  return tasa.isEmpty() || tasa.isNull() ? 0.0 : CDbl(tasa);
-}
-
-std::shared_ptr<caja::TemaUI> SqliteFactoria::TemaUI() {
-  return tema_;
+  if (numero.type() == VarType::Currency)
+    return std::to_string(numero.asCurrency().raw());
+  return HostSql::NumeroDB(numero);
 }
 
 void SqliteFactoria::BeginTrans() {
@@ -317,31 +370,6 @@ void SqliteFactoria::CommitTrans() {
 }
 void SqliteFactoria::Rollback() {
   ExecuteSQL("ROLLBACK");
-}
-
-void SqliteFactoria::RegistrarProcedimiento(const std::string& nombre,
-                                            Procedimiento procedimiento) {
-  procedimientos_[lowerAscii(nombre)] = std::move(procedimiento);
-}
-
-void SqliteFactoria::SetVerificador(std::function<Variant(const std::string&)> verificador) {
-  verificador_ = std::move(verificador);
-}
-
-void SqliteFactoria::SetCarpetaIconos(const std::string& carpeta) {
-  carpetaIconos_ = carpeta;
-}
-
-void SqliteFactoria::SetTemaUI(std::shared_ptr<caja::TemaUI> tema) {
-  tema_ = std::move(tema);
-}
-
-Variant SqliteFactoria::EjecutarProcedimiento(const std::string& nombre,
-                                              std::vector<Variant>& argumentos) {
-  auto it = procedimientos_.find(lowerAscii(nombre));
-  if (it == procedimientos_.end())
-    throw CajaError(err::kMetodoNoAdmitido, kFuente, "Procedimiento no definido: " + nombre);
-  return it->second(argumentos);
 }
 
 }  // namespace caja

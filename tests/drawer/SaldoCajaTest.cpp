@@ -29,11 +29,14 @@ TEST(DetalleEfectivo, RateIsDerivedFromTheAmountsAndRounded) {
 class SaldoSqlite : public ::testing::Test, protected test::ConSqlite {};
 
 TEST_F(SaldoSqlite, LoadReadsNationalCashFirstThenEachMethod) {
-  db->ExecuteSQL("INSERT INTO cvCaja (MachineID, efectivoMN) VALUES (2, 1500.5)");
-  db->ExecuteSQL("INSERT INTO cvCaja (MachineID, efectivoMN) VALUES (3, 99)");
-  db->ExecuteSQL(
-      "INSERT INTO cvCajaDetalles (idCec, codigoMedio, valorMN, valorNominal) VALUES "
-      "(1, 'USD', 1000, 3), (1, 'TDC', 250, 0), (2, 'EUR', 80, 2)");
+  const std::string caja = "INSERT INTO cvCaja (MachineID, efectivoMN) VALUES (?, ?)";
+  db->ExecuteSQL(caja, {2, cur("1500.5")});
+  db->ExecuteSQL(caja, {3, cur("99")});
+  const std::string detalle =
+      "INSERT INTO cvCajaDetalles (idCec, codigoMedio, valorMN, valorNominal) VALUES (?, ?, ?, ?)";
+  db->ExecuteSQL(detalle, {1, "USD", cur("1000"), cur("3")});
+  db->ExecuteSQL(detalle, {1, "TDC", cur("250"), cur("0")});
+  db->ExecuteSQL(detalle, {2, "EUR", cur("80"), cur("2")});
   SaldoCaja saldo;
   ASSERT_TRUE(saldo.load(2));
   EXPECT_EQ(saldo.Id, 1);

@@ -173,9 +173,9 @@ TEST_F(Sqlite, SplicedQuotesStayInsideTheirLiteral) {
   EXPECT_EQ(contar("MediosPago"), 1);
 }
 
-TEST_F(Sqlite, NumeroDBIgnoresTheRegionalSeparator) {
+TEST_F(Sqlite, NumeroDBIgnoresTheRegionalSeparatorAndSplicesMoneyAsStored) {
   test::RegionalTemporal coma({',', '.', "Bs. #,##0.00"});
-  EXPECT_EQ(db_->NumeroDB(Variant(cur("1234.5"))), "1234.5");
+  EXPECT_EQ(db_->NumeroDB(Variant(cur("1234.5"))), "12345000");
   EXPECT_EQ(db_->NumeroDB(Variant(-0.25)), "-0.25");
   EXPECT_EQ(db_->NumeroDB(Variant(42)), "42");
   EXPECT_EQ(db_->NumeroDB(Variant::Null()), "NULL");

@@ -6,13 +6,13 @@
 
 namespace caja {
 
-class SqliteFactoria;
+class HostSql;
 
-// The company as the embedded host keeps it (table hostEmpresa), read when
+// The company as the substitute hosts keep it (table hostEmpresa), read when
 // the object is created.
-class EmpresaSqlite : public Empresa {
+class EmpresaHost : public Empresa {
  public:
-  explicit EmpresaSqlite(SqliteFactoria& host);
+  explicit EmpresaHost(HostSql& host);
   std::string FormatoMEX() override { return formatoMEX_; }
   Variant ContribuyenteEspecial() override { return contribuyenteEspecial_; }
   double porcentajeIGTF456() override { return porcentajeIGTF_; }
@@ -24,19 +24,19 @@ class EmpresaSqlite : public Empresa {
 };
 
 // Entities of table hostEntidades; documents as plain references.
-class InstanciadorSqlite : public Instanciador {
+class InstanciadorHost : public Instanciador {
  public:
-  explicit InstanciadorSqlite(std::shared_ptr<SqliteFactoria> host) : host_(std::move(host)) {}
+  explicit InstanciadorHost(std::shared_ptr<HostSql> host) : host_(std::move(host)) {}
   std::shared_ptr<caja::Entidad> Entidad(const std::string& tipo,
                                          const std::string& codigo) override;
   std::shared_ptr<Objeto> EntidadDOCUMENTO(const std::string& tipoDoc,
                                            std::int32_t numero) override;
 
  private:
-  std::shared_ptr<SqliteFactoria> host_;
+  std::shared_ptr<HostSql> host_;
 };
 
-// A related document as the embedded host knows it: its type and number.
+// A related document as the substitute hosts know it: its type and number.
 class DocumentoHost : public Objeto {
  public:
   DocumentoHost(std::string tipo, std::int32_t numero) : tipo(std::move(tipo)), numero(numero) {}
@@ -45,15 +45,15 @@ class DocumentoHost : public Objeto {
 };
 
 // The procedures the program registered on the host.
-class PosExtSqlite : public PosExt {
+class PosExtHost : public PosExt {
  public:
-  explicit PosExtSqlite(std::shared_ptr<SqliteFactoria> host) : host_(std::move(host)) {}
+  explicit PosExtHost(std::shared_ptr<HostSql> host) : host_(std::move(host)) {}
   Variant Run(const std::string& procedimiento, std::vector<Variant>& argumentos) override;
   // A registered procedure run without arguments.
   Variant Eval(const std::string& expresion) override;
 
  private:
-  std::shared_ptr<SqliteFactoria> host_;
+  std::shared_ptr<HostSql> host_;
 };
 
 }  // namespace caja

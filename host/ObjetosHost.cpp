@@ -1,7 +1,7 @@
-#include "host/ObjetosSqlite.h"
+#include "host/ObjetosHost.h"
 
 #include "base/Conversiones.h"
-#include "host/SqliteFactoria.h"
+#include "host/HostSql.h"
 #include "service/HostUtil.h"
 
 namespace caja {
@@ -19,7 +19,7 @@ class EntidadHost : public Entidad {
 
 }  // namespace
 
-EmpresaSqlite::EmpresaSqlite(SqliteFactoria& host) {
+EmpresaHost::EmpresaHost(HostSql& host) {
   auto rs = host.openrecordset(
       "SELECT FormatoMEX, ContribuyenteEspecial, porcentajeIGTF456 FROM hostEmpresa WHERE id = 1");
   if (rs->Eof())
@@ -30,7 +30,7 @@ EmpresaSqlite::EmpresaSqlite(SqliteFactoria& host) {
   porcentajeIGTF_ = NzDouble(rs->Fields("porcentajeIGTF456"));
 }
 
-std::shared_ptr<Entidad> InstanciadorSqlite::Entidad(const std::string& tipo,
+std::shared_ptr<Entidad> InstanciadorHost::Entidad(const std::string& tipo,
                                                      const std::string& codigo) {
   const Variant nombre = host_->ReadScalar(
       "SELECT Nombre FROM hostEntidades WHERE Tipo = ? AND Codigo = ?", {tipo, codigo});
@@ -39,16 +39,16 @@ std::shared_ptr<Entidad> InstanciadorSqlite::Entidad(const std::string& tipo,
   return std::make_shared<EntidadHost>(NzTexto(nombre));
 }
 
-std::shared_ptr<Objeto> InstanciadorSqlite::EntidadDOCUMENTO(const std::string& tipoDoc,
+std::shared_ptr<Objeto> InstanciadorHost::EntidadDOCUMENTO(const std::string& tipoDoc,
                                                              std::int32_t numero) {
   return std::make_shared<DocumentoHost>(tipoDoc, numero);
 }
 
-Variant PosExtSqlite::Run(const std::string& procedimiento, std::vector<Variant>& argumentos) {
+Variant PosExtHost::Run(const std::string& procedimiento, std::vector<Variant>& argumentos) {
   return host_->EjecutarProcedimiento(procedimiento, argumentos);
 }
 
-Variant PosExtSqlite::Eval(const std::string& expresion) {
+Variant PosExtHost::Eval(const std::string& expresion) {
   std::vector<Variant> ninguno;
   return host_->EjecutarProcedimiento(expresion, ninguno);
 }

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace caja {
+
+// The kinds of column the schema uses, named by what they hold rather than
+// by any one database's type names.
+enum class TipoColumna {
+  Identidad,    // integer key handed out by the database
+  Entero,       // 32-bit integer
+  Corto,        // 16-bit integer
+  Dinero,       // currency: exact, four decimals, inside the currency range
+  Flotante,     // double (exchange rates, percentages)
+  FechaHora,    // date and time to the second
+  Texto,        // compared without regard to letter case
+  TextoExacto,  // compared byte for byte (hashes, formats, log text)
+  Bit,          // boolean flag
+};
+
+struct Columna {
+  std::string_view nombre;
+  TipoColumna tipo;
+  std::string_view resto;  // constraints after the type: NOT NULL, DEFAULT, REFERENCES...
+};
+
+struct Tabla {
+  std::string_view nombre;
+  std::vector<Columna> columnas;
+  std::string_view restricciones;  // table constraints, such as a composite key
+};
+
+struct Indice {
+  std::string_view nombre;
+  std::string_view tabla;
+  std::string_view columnas;
+};
+
+// What differs between the databases the component's SQL Server dialect is
+// mapped onto. Everything else (literal scanning, placeholder numbering, the
+// shape of the schema) is shared, so the two hosts cannot drift apart.
+struct Dialecto {
+  std::string_view identidadConexion;  // replaces @@IDENTITY
+  bool marcasNumeradas;                // '?' becomes $1..$n
+  std::string_view tipoIdentidad, tipoEntero, tipoCorto, tipoDinero, tipoFlotante, tipoFechaHora,
+      tipoTexto, tipoTextoExacto, tipoBit;
+  std::string_view chequeoDinero;  // CHECK keeping a money column in range; {c} is the column
+};
+
+// SQLite: money as integer ten-thousandths, which its integer arithmetic keeps
+// exact; a sum that overflows becomes REAL and the check refuses it.
+extern const Dialecto kDialectoSqlite;
+// PostgreSQL: money as NUMERIC(19,4), limited to the currency range.
+extern const Dialecto kDialectoPostgres;
+
+// Limits of the currency type as SQL text and as ten-thousandths. The most
+// negative int64 is left out so that the range is symmetric.
+inline constexpr std::string_view kMaximoDineroTexto = "922337203685477.5807";
+inline constexpr long long kMaximoDineroDiezmilesimas = 9223372036854775807LL;
+
+// The statement as the database must receive it: @@IDENTITY mapped to the
+// connection's own last identity and, where the dialect numbers them, each
+// '?' numbered in order. String literals, quoted identifiers and comments
+// pass untouched. `marcas` receives the number of placeholders.
+std::string traducirSql(std::string_view sql, const Dialecto& dialecto, int& marcas);
+
+// CREATE TABLE IF NOT EXISTS for `tabla`, under the name `nombre` (the
+// table's own when empty).
+std::string crearTabla(const Tabla& tabla, const Dialecto& dialecto, std::string_view nombre = {});
+std::string crearIndice(const Indice& indice);
+
+// The schema both hosts create: every table of the component and of the
+// substitute host, in an order where each table comes after those it
+// references.
+const std::vector<Tabla>& tablasEsquema();
+const std::vector<Indice>& indicesEsquema();
+
+}  // namespace caja

@@ -1,0 +1,305 @@
+#include "host/PostgresFactoria.h"
+
+#include <libpq-fe.h>
+
+#include <charconv>
+#include <memory>
+
+#include "base/CajaError.h"
+#include "base/Conversiones.h"
+#include "base/Texto.h"
+#include "host/DialectoSql.h"
+#include "service/TablaRecordset.h"
+
+namespace caja {
+
+namespace {
+
+constexpr const char* kFuente = "PostgresFactoria";
+
+// Type identifiers of the built-in types the schema uses (pg_type.oid).
+constexpr Oid kBool = 16, kInt8 = 20, kInt2 = 21, kInt4 = 23, kFloat4 = 700, kFloat8 = 701,
+              kDate = 1082, kTime = 1083, kTimestamp = 1114, kNumeric = 1700;
+
+// A key of its own so that two tills connecting to an empty database for the
+// first time do not both create the schema.
+constexpr std::int32_t kCerrojoEsquema = 0x63616a61;
+
+// The SQL Server functions the component calls, as the server's own. Each
+// reads this session's sequences only; with none yet they answer NULL, as
+// SQL Server does.
+const char* const kFunciones[] = {
+    "CREATE COLLATION IF NOT EXISTS caja_ci "
+    "(provider = icu, locale = 'und-u-ks-level2', deterministic = false)",
+    "CREATE OR REPLACE FUNCTION getdate() RETURNS timestamp(0) LANGUAGE sql VOLATILE "
+    "AS $$ SELECT clock_timestamp()::timestamp(0) $$",
+    "CREATE OR REPLACE FUNCTION scope_identity() RETURNS bigint LANGUAGE plpgsql VOLATILE "
+    "AS $$ BEGIN RETURN lastval(); "
+    "EXCEPTION WHEN object_not_in_prerequisite_state THEN RETURN NULL; END $$",
+    "CREATE OR REPLACE FUNCTION ident_current(tabla text) RETURNS bigint LANGUAGE plpgsql "
+    "VOLATILE AS $$ DECLARE secuencia text; BEGIN "
+    "SELECT pg_get_serial_sequence(c.oid::regclass::text, a.attname) INTO secuencia "
+    "FROM pg_class c JOIN pg_attribute a ON a.attrelid = c.oid "
+    "WHERE c.relname = lower(tabla) AND c.relnamespace = current_schema()::regnamespace "
+    "AND a.attidentity <> ''; "
+    "IF secuencia IS NULL THEN RETURN NULL; END IF; RETURN currval(secuencia); "
+    "EXCEPTION WHEN object_not_in_prerequisite_state THEN RETURN NULL; END $$",
+};
+
+std::string primeraLinea(const std::string& texto) {
+  const std::string linea = texto.substr(0, texto.find('\n'));
+  const auto inicio = linea.find_first_not_of(' ');
+  return inicio == std::string::npos ? std::string{} : linea.substr(inicio);
+}
+
+// The URI as it may be shown: without its password.
+std::string uriVisible(const std::string& uri) {
+  const auto esquema = uri.find("://");
+  const auto arroba = uri.find('@');
+  if (esquema == std::string::npos || arroba == std::string::npos)
+    return uri;
+  const auto dosPuntos = uri.find(':', esquema + 3);
+  if (dosPuntos == std::string::npos || dosPuntos > arroba)
+    return uri;
+  return uri.substr(0, dosPuntos) + uri.substr(arroba);
+}
+
+// Why a connection failed, in the cashier's words, from libpq's message.
+std::string motivoDeConexion(const std::string& mensaje) {
+  if (mensaje.find("database") != std::string::npos &&
+      mensaje.find("does not exist") != std::string::npos)
+    return "la base de datos no existe";
+  if (mensaje.find("authentication") != std::string::npos ||
+      mensaje.find("password") != std::string::npos ||
+      (mensaje.find("role") != std::string::npos &&
+       mensaje.find("does not exist") != std::string::npos))
+    return "usuario o contraseña rechazados";
+  if (mensaje.find("Connection refused") != std::string::npos ||
+      mensaje.find("could not translate host name") != std::string::npos ||
+      mensaje.find("timeout") != std::string::npos ||
+      mensaje.find("No such file or directory") != std::string::npos)
+    return "el servidor no responde";
+  return primeraLinea(mensaje);
+}
+
+std::string textoDeDouble(double d) {
+  char buf[64];
+  const auto [fin, ec] = std::to_chars(buf, buf + sizeof buf, d);
+  return ec == std::errc() ? std::string(buf, fin) : std::string("NaN");
+}
+
+// A value as libpq's text format takes it; nullopt is SQL NULL.
+std::optional<std::string> textoParametro(const Variant& v) {
+  switch (v.type()) {
+    case VarType::Empty:
+    case VarType::Null:
+      return std::nullopt;
+    case VarType::Boolean:
+      return v.asBool() ? "1" : "0";
+    case VarType::Integer:
+      return std::to_string(v.asInteger());
+    case VarType::Long:
+      return std::to_string(v.asLong());
+    case VarType::Double:
+      return textoDeDouble(v.asDouble());
+    case VarType::Currency:
+      return v.asCurrency().toMachineText();
+    case VarType::Date:
+      return v.asDate().toIsoText();
+    case VarType::String:
+      return v.asString();
+    case VarType::Object:
+      break;
+  }
+  throw errorEjecucion(err::kTiposNoCoinciden);
+}
+
+Variant fechaDeTexto(const std::string& texto) {
+  Fecha f;
+  // A fraction of a second or a zone is never written by the component.
+  if (Fecha::parse(texto.substr(0, 19), f))
+    return Variant(f);
+  return Variant(texto);
+}
+
+// A column value as the host's data layer would type it, from the server's type.
+Variant valorDeColumna(Oid tipo, const std::string& texto) {
+  switch (tipo) {
+    case kBool:
+      return Variant(texto == "t");
+    case kInt2:
+      return Variant(static_cast<std::int16_t>(std::stoi(texto)));
+    case kInt4:
+      return Variant(static_cast<std::int32_t>(std::stol(texto)));
+    case kInt8:
+      return enteroComoVariant(std::stoll(texto));
+    case kFloat4:
+    case kFloat8: {
+      double d = 0;
+      std::from_chars(texto.data(), texto.data() + texto.size(), d);
+      return Variant(d);
+    }
+    case kNumeric:
+      return Variant(monedaDeTexto(texto));
+    case kDate:
+    case kTime:
+    case kTimestamp:
+      return fechaDeTexto(texto);
+    default:
+      return Variant(texto);
+  }
+}
+
+}  // namespace
+
+// The result of one statement, cleared on destruction.
+class PostgresFactoria::Resultado {
+ public:
+  explicit Resultado(PGresult* r) : r_(r, PQclear) {}
+  PGresult* get() const { return r_.get(); }
+  int filas() const { return PQntuples(r_.get()); }
+  int columnas() const { return PQnfields(r_.get()); }
+  Variant valor(int fila, int columna) const {
+    if (PQgetisnull(r_.get(), fila, columna))
+      return Variant::Null();
+    return valorDeColumna(PQftype(r_.get(), columna), PQgetvalue(r_.get(), fila, columna));
+  }
+
+ private:
+  std::unique_ptr<PGresult, decltype(&PQclear)> r_;
+};
+
+bool PostgresFactoria::EsUri(const std::string& texto) {
+  return texto.rfind("postgresql://", 0) == 0 || texto.rfind("postgres://", 0) == 0;
+}
+
+std::shared_ptr<PostgresFactoria> PostgresFactoria::Conectar(const std::string& uri) {
+  std::shared_ptr<PostgresFactoria> host(new PostgresFactoria());
+  host->conectar(uri);
+  return host;
+}
+
+void PostgresFactoria::conectar(const std::string& uri) {
+  // Defaults first: what the URI says overrides them.
+  const char* claves[] = {"connect_timeout", "application_name", "dbname", nullptr};
+  const char* valores[] = {"10", "caja", uri.c_str(), nullptr};
+  conexion_ = PQconnectdbParams(claves, valores, 1);
+  if (!conexion_ || PQstatus(conexion_) != CONNECTION_OK) {
+    const std::string mensaje = conexion_ ? PQerrorMessage(conexion_) : "sin memoria";
+    throw CajaError(kErrorConexion, kFuente,
+                    "No se pudo conectar con la base de datos " + uriVisible(uri) + ": " +
+                        motivoDeConexion(mensaje));
+  }
+  ExecuteSQL("SET client_min_messages = warning");
+  prepararEsquema();
+}
+
+// Creates the schema in an empty database once; the last table of the schema
+// tells that the rest is there, since all of it is created in one transaction.
+void PostgresFactoria::prepararEsquema() {
+  const std::string ultima = lowerAscii(tablasEsquema().back().nombre);
+  const std::string existe = "SELECT to_regclass(?) IS NOT NULL";
+  if (CBool(ReadScalar(existe, {ultima})))
+    return;
+  BeginTrans();
+  try {
+    ReadScalar("SELECT pg_advisory_xact_lock(?)", {Variant(kCerrojoEsquema)});
+    if (!CBool(ReadScalar(existe, {ultima}))) {
+      for (const char* f : kFunciones)
+        ExecuteSQL(f);
+      for (const Tabla& t : tablasEsquema())
+        ExecuteSQL(crearTabla(t, kDialectoPostgres));
+      for (const Indice& i : indicesEsquema())
+        ExecuteSQL(crearIndice(i));
+    }
+    CommitTrans();
+  } catch (...) {
+    Rollback();
+    throw;
+  }
+}
+
+PostgresFactoria::~PostgresFactoria() {
+  PQfinish(conexion_);
+}
+
+PostgresFactoria::Resultado PostgresFactoria::ejecutar(const std::string& sql,
+                                                       const Argumentos& args) {
+  int marcas = 0;
+  const std::string texto = traducirSql(sql, kDialectoPostgres, marcas);
+  if (static_cast<std::size_t>(marcas) > args.size())
+    throw CajaError(kErrorBaseDatos, kFuente, "Faltan valores para uno o mas parametros requeridos");
+  std::vector<std::optional<std::string>> textos;
+  for (int i = 0; i < marcas; ++i)
+    textos.push_back(textoParametro(args[static_cast<std::size_t>(i)]));
+  std::vector<const char*> valores;
+  for (const auto& t : textos)
+    valores.push_back(t ? t->c_str() : nullptr);
+  Resultado r(PQexecParams(conexion_, texto.c_str(), marcas, nullptr, valores.data(), nullptr,
+                           nullptr, 0));
+  const auto estado = PQresultStatus(r.get());
+  if (estado == PGRES_COMMAND_OK || estado == PGRES_TUPLES_OK)
+    return r;
+  const char* sqlstate = PQresultErrorField(r.get(), PG_DIAG_SQLSTATE);
+  const std::string codigo = sqlstate ? sqlstate : "";
+  const char* primario = PQresultErrorField(r.get(), PG_DIAG_MESSAGE_PRIMARY);
+  const std::string mensaje = primario ? primario : primeraLinea(PQerrorMessage(conexion_));
+  if (PQstatus(conexion_) == CONNECTION_BAD || codigo.rfind("08", 0) == 0 ||
+      codigo.rfind("57P", 0) == 0)
+    throw CajaError(kErrorConexion, kFuente,
+                    "Se perdió la conexión con la base de datos: " + mensaje);
+  if (codigo == "23514" || codigo == "22003")
+    throw errorFueraDeRango(kFuente, args);
+  // Another till got there first: a deadlock, a serialization failure, or the
+  // same new key (an issuer) inserted by both. The wrapped save runs again.
+  if (codigo == "40001" || codigo == "40P01" || codigo == "55P03" || codigo == "23505")
+    throw CajaError(kErrorConflicto, kFuente, mensaje);
+  throw CajaError(kErrorBaseDatos, kFuente, mensaje);
+}
+
+long PostgresFactoria::ExecuteSQL(const std::string& sql, const Argumentos& args) {
+  const Resultado r = ejecutar(sql, args);
+  if (PQresultStatus(r.get()) == PGRES_TUPLES_OK)
+    return 0;
+  const char* n = PQcmdTuples(r.get());
+  return n && *n ? std::atol(n) : 0;
+}
+
+Variant PostgresFactoria::ReadScalar(const std::string& sql, const Argumentos& args) {
+  const Resultado r = ejecutar(sql, args);
+  if (r.filas() == 0 || r.columnas() == 0)
+    return Variant();
+  return r.valor(0, 0);
+}
+
+std::shared_ptr<Recordset> PostgresFactoria::openrecordset(const std::string& sql,
+                                                           const Argumentos& args) {
+  const Resultado r = ejecutar(sql, args);
+  std::vector<std::string> columnas;
+  for (int j = 0; j < r.columnas(); ++j)
+    columnas.emplace_back(PQfname(r.get(), j));
+  std::vector<TablaRecordset::Fila> filas;
+  for (int i = 0; i < r.filas(); ++i) {
+    TablaRecordset::Fila fila;
+    for (int j = 0; j < r.columnas(); ++j)
+      fila.push_back(r.valor(i, j));
+    filas.push_back(std::move(fila));
+  }
+  return std::make_shared<TablaRecordset>(std::move(columnas), std::move(filas));
+}
+
+void PostgresFactoria::BeginTrans() {
+  ExecuteSQL("BEGIN");
+}
+// A transaction that failed part-way answers COMMIT with a rollback; the
+// caller must hear that nothing was saved.
+void PostgresFactoria::CommitTrans() {
+  const Resultado r = ejecutar("COMMIT", {});
+  if (std::string_view(PQcmdStatus(r.get())) == "ROLLBACK")
+    throw CajaError(kErrorBaseDatos, kFuente, "La transacción fue revertida: no se guardó nada");
+}
+void PostgresFactoria::Rollback() {
+  ExecuteSQL("ROLLBACK");
+}
+
+}  // namespace caja

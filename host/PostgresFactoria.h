@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/HostSql.h"
+
+struct pg_conn;
+
+namespace caja {
+
+// The server host: one connection to a PostgreSQL database, named by a libpq
+// connection URI ("postgresql://USER@HOST:PORT/DBNAME"). The schema, with the
+// functions getdate(), scope_identity() and ident_current(T) that the
+// component's SQL Server dialect calls, is created on the first connection to
+// an empty database. Identities are always this connection's own (the
+// session's sequence values), so a till never reads another till's number.
+// Money is NUMERIC(19,4), checked against the currency range, bound and read
+// as exact decimal text. Text compares without regard to letter case.
+class PostgresFactoria : public HostSql {
+ public:
+  // Connects; an unreachable server, refused credentials or a missing
+  // database raise kErrorConexion with one line saying which.
+  static std::shared_ptr<PostgresFactoria> Conectar(const std::string& uri);
+  // Whether `texto` names a server rather than a file.
+  static bool EsUri(const std::string& texto);
+  ~PostgresFactoria() override;
+  PostgresFactoria(const PostgresFactoria&) = delete;
+  PostgresFactoria& operator=(const PostgresFactoria&) = delete;
+
+  long ExecuteSQL(const std::string& sql, const Argumentos& args = {}) override;
+  Variant ReadScalar(const std::string& sql, const Argumentos& args = {}) override;
+  std::shared_ptr<Recordset> openrecordset(const std::string& sql,
+                                           const Argumentos& args = {}) override;
+  void BeginTrans() override;
+  void CommitTrans() override;
+  void Rollback() override;
+
+ private:
+  PostgresFactoria() = default;
+  class Resultado;
+  void conectar(const std::string& uri);
+  void prepararEsquema();
+  Resultado ejecutar(const std::string& sql, const Argumentos& args);
+
+  pg_conn* conexion_ = nullptr;
+};
+
+}  // namespace caja
