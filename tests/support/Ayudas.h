@@ -2,11 +2,19 @@
 
 #include <filesystem>
 #include <functional>
+#include <ostream>
 #include <string>
 
 #include "base/CajaError.h"
 #include "base/Currency.h"
 #include "base/Regional.h"
+
+namespace caja {
+// Failures show an amount as its text, not its bytes.
+inline void PrintTo(const Currency& c, std::ostream* os) {
+  *os << c.toMachineText();
+}
+}  // namespace caja
 
 namespace caja::test {
 

@@ -1,8 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "host/SqliteFactoria.h"
+#include "host/PostgresFactoria.h"
 #include "service/General.h"
 #include "service/Settings.h"
 #include "tests/support/Ayudas.h"
@@ -29,14 +34,62 @@ class ConFake {
   EntornoPrueba entorno{fake};
 };
 
-// A fresh SQLite file installed for one test.
-class ConSqlite {
+// The databases the end-to-end tests run on.
+enum class Motor { Sqlite, Postgres };
+std::vector<Motor> motores();
+std::string nombreMotor(const ::testing::TestParamInfo<Motor>& info);
+
+// A throwaway database of its own on the test server, dropped afterwards.
+// The server is the one named by CAJA_PRUEBA_PG (an administrator's URI,
+// which scripts/test sets); without it `uri()` is empty.
+class BasePostgresTemporal {
  public:
+  BasePostgresTemporal();
+  ~BasePostgresTemporal();
+  BasePostgresTemporal(const BasePostgresTemporal&) = delete;
+  BasePostgresTemporal& operator=(const BasePostgresTemporal&) = delete;
+  const std::string& uri() const { return uri_; }
+
+ private:
+  std::string nombre_;
+  std::string uri_;
+};
+
+// A fresh database for one test: a SQLite file, or a database on the test
+// server (when there is none, `db` is null and the test is skipped).
+class ConBase {
+ public:
+  explicit ConBase(Motor motor = Motor::Sqlite);
+  // What `caja --db` takes to reach the same database.
+  std::string destino() const;
+
   CarpetaTemporal carpeta;
-  std::shared_ptr<SqliteFactoria> db = SqliteFactoria::Abrir((carpeta.ruta() / "caja.db").string());
-  EntornoPrueba entorno{db};
+  BasePostgresTemporal servidor;
+  const Motor motor;
+  std::shared_ptr<HostSql> db;
 
   long contar(const std::string& sqlCount);
+  // Another connection to the same database, as a second till has.
+  std::shared_ptr<HostSql> otraConexion() const;
+
+ private:
+  std::shared_ptr<HostSql> abrir() const;
+
+ public:
+  EntornoPrueba entorno{db};
+};
+using ConSqlite = ConBase;
+
+// A test run once per database: TEST_P on a fixture derived from this, and
+// INSTANTIATE_TEST_SUITE_P(Motores, Fixture, ::testing::ValuesIn(test::motores()),
+// test::nombreMotor).
+class PorMotor : public ::testing::TestWithParam<Motor>, protected ConBase {
+ protected:
+  PorMotor() : ConBase(GetParam()) {}
+  void SetUp() override {
+    if (!db)
+      GTEST_SKIP() << "sin servidor PostgreSQL de prueba (CAJA_PRUEBA_PG)";
+  }
 };
 
 }  // namespace caja::test
