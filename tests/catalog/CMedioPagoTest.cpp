@@ -179,9 +179,9 @@ TEST(ClaseIngresoSesion, CaptionIndexIsTheClassValue) {
   EXPECT_EQ(lista.items[static_cast<int>(ClaseIngresoSesion::EfectivoME)], "Efectivo USD");
 }
 
-class MedioPagoSqlite : public ::testing::Test, protected test::ConSqlite {};
+class MedioPagoEnBase : public test::PorMotor {};
 
-TEST_F(MedioPagoSqlite, InsertUpdateReloadAndGuardedDelete) {
+TEST_P(MedioPagoEnBase, InsertUpdateReloadAndGuardedDelete) {
   CMedioPago m;
   m.ActualizarDescriptivos("TDC", "Tarjeta", 32, 0, 0, "", "", "", 3, "Tarjeta", "", 4, true);
   EXPECT_EQ(contar("SELECT isMedioElectronico FROM MediosPago WHERE Codigo = 'TDC'"), 1);
@@ -202,6 +202,9 @@ TEST_F(MedioPagoSqlite, InsertUpdateReloadAndGuardedDelete) {
   m.Eliminar("TDC");
   EXPECT_EQ(contar("SELECT COUNT(*) FROM MediosPago"), 0);
 }
+
+INSTANTIATE_TEST_SUITE_P(Motores, MedioPagoEnBase, ::testing::ValuesIn(test::motores()),
+                         test::nombreMotor);
 
 }  // namespace
 }  // namespace caja

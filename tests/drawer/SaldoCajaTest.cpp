@@ -26,9 +26,9 @@ TEST(DetalleEfectivo, RateIsDerivedFromTheAmountsAndRounded) {
   EXPECT_EQ(test::numeroError([] { linea("922337203685477", "0.0001").tipoCambio(); }), 6);
 }
 
-class SaldoSqlite : public ::testing::Test, protected test::ConSqlite {};
+class SaldoEnBase : public test::PorMotor {};
 
-TEST_F(SaldoSqlite, LoadReadsNationalCashFirstThenEachMethod) {
+TEST_P(SaldoEnBase, LoadReadsNationalCashFirstThenEachMethod) {
   const std::string caja = "INSERT INTO cvCaja (MachineID, efectivoMN) VALUES (?, ?)";
   db->ExecuteSQL(caja, {2, cur("1500.5")});
   db->ExecuteSQL(caja, {3, cur("99")});
@@ -51,7 +51,7 @@ TEST_F(SaldoSqlite, LoadReadsNationalCashFirstThenEachMethod) {
   EXPECT_EQ(saldo.tipoCambio("EUR"), 0.0);  // another till's method
 }
 
-TEST_F(SaldoSqlite, TillWithoutBalanceRow) {
+TEST_P(SaldoEnBase, TillWithoutBalanceRow) {
   SaldoCaja saldo;
   EXPECT_EQ(saldo.tipoCambio("EFE"), 0.0);
   saldo.saldoMonedaNacional = cur("5");
@@ -62,7 +62,7 @@ TEST_F(SaldoSqlite, TillWithoutBalanceRow) {
   EXPECT_EQ(saldo.detalles->Count(), 0);
 }
 
-TEST_F(SaldoSqlite, MakeDetalleEfectivoDividesByZeroOnlyWhenAmountsDiffer) {
+TEST_P(SaldoEnBase, MakeDetalleEfectivoDividesByZeroOnlyWhenAmountsDiffer) {
   SaldoCaja saldo;
   EXPECT_EQ(
       saldo.makeDetalleEfectivo(Variant("X"), Variant(cur("5")), Variant(cur("5")))->tipoCambio(),
@@ -72,6 +72,9 @@ TEST_F(SaldoSqlite, MakeDetalleEfectivoDividesByZeroOnlyWhenAmountsDiffer) {
             }),
             11);
 }
+
+INSTANTIATE_TEST_SUITE_P(Motores, SaldoEnBase, ::testing::ValuesIn(test::motores()),
+                         test::nombreMotor);
 
 }  // namespace
 }  // namespace caja

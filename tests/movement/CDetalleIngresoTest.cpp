@@ -231,9 +231,9 @@ TEST_F(LineaFake, ToStringByKindOfMethod) {
   EXPECT_EQ(numeroError([&] { l.ToString(); }), 11);
 }
 
-class LineaSqlite : public ::testing::Test, protected test::ConSqlite {};
+class LineaEnBase : public test::PorMotor {};
 
-TEST_F(LineaSqlite, IssuerKnownThroughEitherTable) {
+TEST_P(LineaEnBase, IssuerKnownThroughEitherTable) {
   CDetalleIngreso l;
   l.medio = "CHE";
   EXPECT_FALSE(l.ExisteEmisor("BANESCO"));
@@ -247,7 +247,7 @@ TEST_F(LineaSqlite, IssuerKnownThroughEitherTable) {
   EXPECT_FALSE(l.ExisteEmisor("BOD"));
 }
 
-TEST_F(LineaSqlite, DetallesEnRegistroReadsUntilTheFirstBadLine) {
+TEST_P(LineaEnBase, DetallesEnRegistroReadsUntilTheFirstBadLine) {
   CServiciosCaja servicios;
   EXPECT_EQ(servicios.DetallesEnRegistro()->Count(), 0);
   CDetalleIngreso l;
@@ -259,6 +259,9 @@ TEST_F(LineaSqlite, DetallesEnRegistroReadsUntilTheFirstBadLine) {
   ASSERT_EQ(lineas->Count(), 1);
   EXPECT_EQ(lineas->Item(1)->medio, "CHE");
 }
+
+INSTANTIATE_TEST_SUITE_P(Motores, LineaEnBase, ::testing::ValuesIn(test::motores()),
+                         test::nombreMotor);
 
 }  // namespace
 }  // namespace caja

@@ -38,6 +38,9 @@ class ConFake {
 enum class Motor { Sqlite, Postgres };
 std::vector<Motor> motores();
 std::string nombreMotor(const ::testing::TestParamInfo<Motor>& info);
+inline void PrintTo(Motor motor, std::ostream* os) {
+  *os << (motor == Motor::Sqlite ? "SQLite" : "PostgreSQL");
+}
 
 // A throwaway database of its own on the test server, dropped afterwards.
 // The server is the one named by CAJA_PRUEBA_PG (an administrator's URI,

@@ -1,0 +1,383 @@
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <limits>
+
+#include "base/Conversiones.h"
+#include "host/DialectoSql.h"
+#include "host/PostgresFactoria.h"
+#include "host/SqliteFactoria.h"
+#include "service/TransaccionHost.h"
+#include "tests/support/HostPrueba.h"
+
+namespace caja {
+namespace {
+
+using test::cur;
+using test::numeroError;
+
+// The behaviour both hosts share, run on each.
+class Host : public test::PorMotor {
+ protected:
+  long contarFilas(const std::string& tabla) {
+    return CLng(db->ReadScalar("SELECT COUNT(*) FROM " + tabla));
+  }
+  std::int32_t insertarMovimiento(HostSql& host) {
+    host.ExecuteSQL(
+        "INSERT INTO MovimientosCaja (Fecha, Hora, Sesion, Debitos, Creditos, machineID, "
+        "MontoIGTF, tipoCambio) VALUES (?, getdate(), ?, ?, ?, ?, ?, ?)",
+        {Variant(Fecha::fromYmd(2026, 11, 21)), Variant(7), Variant(cur("10.5")), Variant(cur("0")),
+         Variant(1), Variant(cur("0.3")), Variant(36.5)});
+    return CLng(host.ReadScalar("SELECT IDENT_CURRENT('MovimientosCaja')"));
+  }
+  std::int32_t insertarMovimiento() { return insertarMovimiento(*db); }
+};
+
+TEST_P(Host, HeaderInsertWithGetdateAndIdentCurrent) {
+  const Fecha antes = Fecha::now();
+  const std::int32_t id = insertarMovimiento();
+  EXPECT_EQ(id, 1);
+  EXPECT_EQ(insertarMovimiento(), 2);
+  auto rs = db->openrecordset("SELECT * FROM MovimientosCaja WHERE TransID = " +
+                               db->NumeroDB(Variant(id)));
+  ASSERT_FALSE(rs->Eof());
+  EXPECT_EQ(rs->Fields("fecha"), Variant(Fecha::fromYmd(2026, 11, 21)));
+  ASSERT_EQ(rs->Fields("Hora").type(), VarType::Date);
+  EXPECT_GE(rs->Fields("Hora").asDate().serial(), antes.serial() - 1.0 / 86400);
+  EXPECT_EQ(rs->Fields("Debitos"), Variant(cur("10.5")));
+  EXPECT_EQ(rs->Fields("montoIGTF"), Variant(cur("0.3")));
+  EXPECT_EQ(rs->Fields("tipoCambio"), Variant(36.5));
+  EXPECT_EQ(rs->Fields("Operador"), Variant::Null());
+  EXPECT_EQ(numeroError([&] { rs->Fields("NoExiste"); }), 3265);
+}
+
+TEST_P(Host, IdentityOfTheLastInsert) {
+  const std::int32_t trans = insertarMovimiento();
+  db->ExecuteSQL("INSERT INTO DetallesVarelta (TransID, Medio, Monto) VALUES (?, ?, ?)",
+                  {Variant(trans), Variant("EFE"), Variant(cur("5"))});
+  EXPECT_EQ(db->ReadScalar("SELECT @@IDENTITY"), Variant(1));
+  db->ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {Variant("V-1")});
+  db->ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {Variant("V-2")});
+  EXPECT_EQ(db->ReadScalar("SELECT @@identity"), Variant(2));
+  EXPECT_EQ(db->ReadScalar("SELECT scope_identity()"), Variant(2));
+  // A literal that spells the token is left alone.
+  EXPECT_EQ(db->ReadScalar("SELECT '@@IDENTITY'"), Variant("@@IDENTITY"));
+}
+
+TEST_P(Host, InsertSelectWhereNotExistsRegistersOnce) {
+  const std::string sql =
+      "INSERT INTO generalEmisores (TipoDocumento, CodigoEmisor) SELECT ?, ? WHERE NOT "
+      "Exists(SELECT * FROM generalEmisores WHERE TipoDocumento = ? AND CodigoEmisor = ?)";
+  const Argumentos args{Variant("CHE"), Variant("BANESCO"), Variant("CHE"), Variant("BANESCO")};
+  EXPECT_EQ(db->ExecuteSQL(sql, args), 1);
+  EXPECT_EQ(db->ExecuteSQL(sql, args), 0);
+  EXPECT_EQ(CLng(db->ReadScalar(
+                "SELECT count(*) FROM generalEmisores WHERE TipoDocumento = ? AND codigoEmisor = ?",
+                {Variant("che"), Variant("banesco")})),
+            1);
+}
+
+TEST_P(Host, UpdateFromSubtractsEachDetailOfTheTransaction) {
+  db->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(3)});
+  const Variant idCec = db->ReadScalar("SELECT id FROM CVCaja WHERE MachineID = ?", {Variant(3)});
+  db->ExecuteSQL("INSERT INTO CVCajaDetalles (idCec, codigoMedio) VALUES (?, ?)",
+                  {idCec, Variant("USD")});
+  const Variant idDet = db->ReadScalar("SELECT scope_identity()");
+  db->ExecuteSQL(
+      "UPDATE CVCajaDetalles SET valorMN = valorMN + ?, valorNominal = valorNominal + ? WHERE id = "
+      "?",
+      {Variant(cur("4000")), Variant(cur("100")), idDet});
+  db->ExecuteSQL(
+      "INSERT INTO transaccionesEfectivo (tipoTrans, idOrigen, machineID, efectivoMN) VALUES (?, "
+      "?, "
+      "?, ?)",
+      {Variant(0), Variant(9), Variant(std::int16_t{3}), Variant(cur("0"))});
+  const Variant trans = db->ReadScalar("SELECT scope_identity()");
+  db->ExecuteSQL(
+      "INSERT INTO transaccionEfectivoDetalles (transID, codigoMedio, valorMN, valorNominal) "
+      "VALUES "
+      "(?, ?, ?, ?)",
+      {trans, Variant("usd"), Variant(cur("1500.25")), Variant(cur("37.5"))});
+  const long filas = db->ExecuteSQL(
+      std::string("UPDATE cvCajaDetalles ") +
+          "SET valorMN = cvCajaDetalles.valorMN - D.valorMN, valorNominal = "
+          "cvCajaDetalles.valorNominal - D.ValorNominal " +
+          "FROM (SELECT d.*, cv.id AS CEC FROM (SELECT * FROM transaccionEfectivodetalles WHERE "
+          "transID = ?) D " +
+          "INNER JOIN TransaccionesEfectivo te ON D.transID = te.id " +
+          "INNER JOIN cvCaja CV ON cv.machineID = te.machineID) D " +
+          "WHERE D.CEC = idCec AND D.codigoMedio = cvCajaDetalles.codigoMedio",
+      {trans});
+  EXPECT_EQ(filas, 1);
+  auto rs = db->openrecordset("SELECT * FROM CVCajaDetalles WHERE idCEC = ?", {idCec});
+  EXPECT_EQ(rs->Fields("valorMN"), Variant(cur("2499.75")));
+  EXPECT_EQ(rs->Fields("valorNominal"), Variant(cur("62.5")));
+}
+
+TEST_P(Host, MoneyIsStoredAndAddedExactlyAcrossTheWholeRange) {
+  db->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(1)});
+  for (int i = 0; i < 10; ++i)
+    db->ExecuteSQL("UPDATE cvCaja SET efectivoMN = efectivoMN + ? WHERE id = ?",
+                   {Variant(cur("0.1")), Variant(1)});
+  EXPECT_EQ(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE id = 1"), Variant(cur("1")));
+  // Amounts a double cannot hold, and both ends of the range.
+  for (const char* texto : {"294980071765.4567", "9999999999999.99", "922337203685477.5807",
+                            "-922337203685477.5807", "0.0001"}) {
+    SCOPED_TRACE(texto);
+    db->ExecuteSQL("UPDATE cvCaja SET efectivoMN = ? WHERE id = 1", {Variant(cur(texto))});
+    EXPECT_EQ(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE id = 1"), Variant(cur(texto)));
+  }
+}
+
+// The database itself refuses a value or a sum outside the currency range,
+// naming the amount, and the row keeps what it had.
+TEST_P(Host, MoneyOutsideTheRangeIsRefusedByTheDatabase) {
+  db->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (?, ?)",
+                 {Variant(cur("500000000000000")), Variant(1)});
+  const std::string sumar = "UPDATE cvCaja SET efectivoMN = efectivoMN + ? WHERE id = 1";
+  const std::string error =
+      test::errorCompleto([&] { db->ExecuteSQL(sumar, {Variant(cur("500000000000000"))}); });
+  EXPECT_EQ(error.substr(0, 2), "6|");
+  EXPECT_NE(error.find("fuera del rango de la moneda"), std::string::npos) << error;
+  EXPECT_NE(error.find("500000000000000"), std::string::npos) << error;
+  EXPECT_EQ(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE id = 1"),
+            Variant(cur("500000000000000")));
+  // The most negative int64 is one ten-thousandth beyond the range.
+  EXPECT_EQ(test::numeroError([&] {
+              db->ExecuteSQL("UPDATE cvCaja SET efectivoMN = ? WHERE id = 1",
+                             {Variant(Currency::fromRaw(std::numeric_limits<std::int64_t>::min()))});
+            }),
+            6);
+}
+
+// Two tills insert in turn: each reads back its own identities, never the
+// other's, as IDENT_CURRENT, scope_identity() and @@IDENTITY.
+TEST_P(Host, IdentitiesAreEachConnectionsOwn) {
+  auto otra = otraConexion();
+  EXPECT_TRUE(otra->ReadScalar("SELECT IDENT_CURRENT('MovimientosCaja')").isNull());
+  const std::int32_t mia = insertarMovimiento();
+  const std::int32_t suya = insertarMovimiento(*otra);
+  EXPECT_EQ(suya, mia + 1);
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT IDENT_CURRENT('MovimientosCaja')")), mia);
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT scope_identity()")), mia);
+  EXPECT_EQ(CLng(otra->ReadScalar("SELECT @@IDENTITY")), suya);
+  EXPECT_EQ(CLng(otra->ReadScalar("SELECT ident_current('movimientoscaja')")), suya);
+}
+
+TEST_P(Host, SurplusValuesAreIgnoredMissingOnesRefused) {
+  const std::string insertar =
+      "INSERT INTO MediosPago (Codigo, Descripcion, Atributos, PorcentajeRetencionEmisor, "
+      "PorcentajeISLR, CuentaActivo, CuentaComisiones, BancoRelacionado, Clase, titulo, "
+      "textoAyuda, "
+      "posicion, isMedioElectronico) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
+  Argumentos args{Variant("USD"),
+                  Variant("Dolares"),
+                  Variant(1088),
+                  Variant(0.0),
+                  Variant(36.5),
+                  Variant(""),
+                  Variant(""),
+                  Variant(""),
+                  Variant(8),
+                  Variant("Dólares"),
+                  Variant(""),
+                  Variant(std::int16_t{1}),
+                  Variant(std::int16_t{0}),
+                  Variant("USD")};
+  EXPECT_EQ(db->ExecuteSQL(insertar, args), 1);
+  args.resize(12);
+  args[0] = Variant("ZEL");
+  EXPECT_EQ(numeroError([&] { db->ExecuteSQL(insertar, args); }), kErrorBaseDatos);
+  EXPECT_EQ(contarFilas("MediosPago"), 1);
+  // Codes compare without regard to case, as the server collation does.
+  EXPECT_EQ(db->ReadScalar("SELECT Clase FROM MediosPago WHERE Codigo = 'usd'"), Variant(8));
+}
+
+TEST_P(Host, SplicedQuotesStayInsideTheirLiteral) {
+  const std::string malo = "X'); DROP TABLE MediosPago; --";
+  EXPECT_EQ(db->StringDB("O'Brien"), "'O''Brien'");
+  db->ExecuteSQL("INSERT INTO MediosPago (Codigo) VALUES (" + db->StringDB(malo) + ")");
+  EXPECT_EQ(
+      CStr(db->ReadScalar("SELECT Codigo FROM MediosPago WHERE Codigo = " + db->StringDB(malo))),
+      malo);
+  EXPECT_EQ(numeroError([&] { db->ExecuteSQL("SELECT 1; DROP TABLE MediosPago"); }),
+            kErrorBaseDatos);
+  EXPECT_EQ(contarFilas("MediosPago"), 1);
+}
+
+TEST_P(Host, NumeroDBIgnoresTheRegionalSeparatorAndSplicesMoneyAsStored) {
+  test::RegionalTemporal coma({',', '.', "Bs. #,##0.00"});
+  // SQLite keeps ten-thousandths; the server an exact decimal.
+  EXPECT_EQ(db->NumeroDB(Variant(cur("1234.5"))),
+            motor == test::Motor::Sqlite ? "12345000" : "1234.5");
+  EXPECT_EQ(db->NumeroDB(Variant(-0.25)), "-0.25");
+  EXPECT_EQ(db->NumeroDB(Variant(42)), "42");
+  EXPECT_EQ(db->NumeroDB(Variant::Null()), "NULL");
+}
+
+TEST_P(Host, FailuresCarryTheDatabasesMessageAndWriteNothing) {
+  const std::string error = test::errorCompleto(
+      [&] { db->ExecuteSQL("INSERT INTO NoExiste (a) VALUES (?)", {Variant(1)}); });
+  EXPECT_EQ(error, motor == test::Motor::Sqlite
+                       ? "-2147217900|SqliteFactoria|no such table: NoExiste"
+                       : "-2147217900|PostgresFactoria|relation \"noexiste\" does not exist");
+  EXPECT_TRUE(db->ReadScalar("SELECT id FROM cvCaja WHERE MachineID = 99").isEmpty());
+}
+
+TEST_P(Host, StagedLinesCascadeFromTheirKey) {
+  db->ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {Variant("V-1")});
+  db->ExecuteSQL("INSERT INTO saveDetallesCaja (TransID, Medio, Monto) VALUES (1, 'EFE', ?)",
+                 {Variant(cur("5"))});
+  db->ExecuteSQL(
+      "INSERT INTO saveDenominaciones (idDetalle, Denominacion, CantidadRecibida) VALUES (1, ?, 1)",
+      {Variant(cur("5"))});
+  EXPECT_EQ(db->ExecuteSQL("DELETE FROM saveMovsCaja WHERE clave = ?", {Variant("v-1")}), 1);
+  EXPECT_EQ(contarFilas("saveDetallesCaja"), 0);
+  EXPECT_EQ(contarFilas("saveDenominaciones"), 0);
+}
+
+TEST_P(Host, HostTransactionIsAllOrNothing) {
+  try {
+    TransaccionHost t(*db);
+    db->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(1)});
+    db->ExecuteSQL("INSERT INTO NoExiste (a) VALUES (1)");
+    t.commit();
+  } catch (const CajaError&) {
+  }
+  EXPECT_EQ(contarFilas("cvCaja"), 0);
+  {
+    TransaccionHost t(*db);
+    db->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(1)});
+    t.commit();
+  }
+  EXPECT_EQ(contarFilas("cvCaja"), 1);
+}
+
+TEST_P(Host, HostObjects) {
+  EXPECT_EQ(crearObjeto<Empresa>(*db, "Empresa")->ContribuyenteEspecial(), Variant::Null());
+  db->ExecuteSQL(
+      "INSERT INTO hostEmpresa (id, ContribuyenteEspecial, porcentajeIGTF456, FormatoMEX, "
+      "TipoCambioCaja) VALUES (1, ?, 3, 'US$ #,##0.00', 36.5)",
+      {Variant(true)});
+  db->ExecuteSQL("INSERT INTO hostEntidades (Tipo, Codigo, Nombre) VALUES ('CLI', 'C1', 'Ana')");
+  auto empresa = crearObjeto<Empresa>(*db, "empresa");
+  EXPECT_EQ(empresa->ContribuyenteEspecial(), Variant(true));
+  EXPECT_EQ(empresa->porcentajeIGTF456(), 3.0);
+  EXPECT_EQ(empresa->FormatoMEX(), "US$ #,##0.00");
+  EXPECT_EQ(db->TipoCambioCaja(), 36.5);
+
+  auto inst = crearObjeto<Instanciador>(*db, "Instanciador");
+  EXPECT_EQ(inst->Entidad("cli", "c1")->Nombre(), "Ana");
+  EXPECT_EQ(inst->Entidad("CLI", "C2"), nullptr);
+
+  db->RegistrarProcedimiento("PostVarelta", [](std::vector<Variant>& a) { return a.at(0); });
+  auto ext = crearObjeto<PosExt>(*db, "posExt");
+  std::vector<Variant> args{Variant(5)};
+  EXPECT_EQ(ext->Run("postvarelta", args), Variant(5));
+  EXPECT_TRUE(db->ExisteProcedimiento("PostVarelta", ext));
+  EXPECT_EQ(numeroError([&] { ext->Run("ValidarVarelta", args); }), 438);
+  EXPECT_EQ(numeroError([&] { db->CrearObjeto("Otro"); }), 429);
+}
+
+INSTANTIATE_TEST_SUITE_P(Motores, Host, ::testing::ValuesIn(test::motores()), test::nombreMotor);
+
+class SoloSqlite : public ::testing::Test, protected test::ConBase {};
+
+TEST_F(SoloSqlite, OpensInWalWithForeignKeys) {
+  EXPECT_EQ(CStr(db->ReadScalar("PRAGMA journal_mode")), "wal");
+  EXPECT_EQ(CLng(db->ReadScalar("PRAGMA foreign_keys")), 1);
+  // Opening again keeps what is there.
+  db->ExecuteSQL("INSERT INTO parametrosEmpresa (TipoCambio) VALUES (?)", {Variant(36.0)});
+  db = otraConexion();
+  EXPECT_EQ(CDbl(db->ReadScalar("SELECT MAX(TipoCambio) FROM parametrosEmpresa")), 36.0);
+}
+
+TEST_F(SoloSqlite, AFileThatCannotBeCreatedIsAClearError) {
+  EXPECT_EQ(test::numeroError(
+                [&] { SqliteFactoria::Abrir((carpeta.ruta() / "no" / "hay" / "x.db").string()); }),
+            kErrorBaseDatos);
+}
+
+// A file of the first schema, money as floating point, written as that
+// version did: whole amounts stored as INTEGER, the rest as REAL.
+TEST(MigracionSqlite, MoneyOfTheFloatingPointSchemaIsConvertedOnceAndExactly) {
+  test::CarpetaTemporal carpeta;
+  const std::string archivo = (carpeta.ruta() / "antigua.db").string();
+  {
+    Dialecto antiguo = kDialectoSqlite;
+    antiguo.chequeoDinero = "";
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open(archivo.c_str(), &db), SQLITE_OK);
+    std::string esquema;
+    for (const Tabla& t : tablasEsquema())
+      esquema += crearTabla(t, antiguo) + ";";
+    esquema +=
+        "INSERT INTO cvCaja (MachineID, efectivoMN) VALUES (1, 294980071765.4567), (2, 5), "
+        "(3, 9999999999999.99), (4, -0.1);"
+        "INSERT INTO cvCajaDetalles (idCec, codigoMedio, valorMN, valorNominal) VALUES "
+        "(1, 'USD', 36.5, 1);"
+        "DELETE FROM cvCaja WHERE MachineID = 4;";
+    ASSERT_EQ(sqlite3_exec(db, esquema.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(db);
+  }
+  for (int vez = 0; vez < 2; ++vez) {
+    SCOPED_TRACE(vez ? "segunda apertura" : "primera apertura");
+    auto db = SqliteFactoria::Abrir(archivo);
+    EXPECT_EQ(CLng(db->ReadScalar("PRAGMA user_version")), SqliteFactoria::kVersionEsquema);
+    const auto efectivo = [&](int maquina) {
+      return db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = ?", {maquina});
+    };
+    EXPECT_EQ(efectivo(1), Variant(cur("294980071765.4567")));
+    EXPECT_EQ(efectivo(2), Variant(cur("5")));
+    EXPECT_EQ(efectivo(3), Variant(cur("9999999999999.99")));
+    EXPECT_EQ(db->ReadScalar("SELECT valorMN FROM cvCajaDetalles"), Variant(cur("36.5")));
+    EXPECT_EQ(CLng(db->ReadScalar("PRAGMA foreign_keys")), 1);
+  }
+  // The new rows check the range, and identities go on after the deleted one.
+  auto db = SqliteFactoria::Abrir(archivo);
+  EXPECT_EQ(test::numeroError([&] {
+              db->ExecuteSQL("UPDATE cvCaja SET efectivoMN = efectivoMN * 10000 WHERE id = 3");
+            }),
+            6);
+  db->ExecuteSQL("INSERT INTO cvCaja (MachineID) VALUES (5)");
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT IDENT_CURRENT('cvCaja')")), 5);
+}
+
+// Server-only behaviour: connecting, and losing the connection mid-save.
+class SoloPostgres : public ::testing::Test, protected test::ConBase {
+ protected:
+  SoloPostgres() : ConBase(test::Motor::Postgres) {}
+  void SetUp() override {
+    if (!db)
+      GTEST_SKIP() << "sin servidor PostgreSQL de prueba (CAJA_PRUEBA_PG)";
+  }
+};
+
+TEST_F(SoloPostgres, AFailedConnectionSaysWhyInOneLine) {
+  const std::string malaBase = destino() + "_no_existe";
+  const std::string error =
+      test::errorCompleto([&] { PostgresFactoria::Conectar(malaBase); });
+  EXPECT_EQ(error, "-2147217843|PostgresFactoria|No se pudo conectar con la base de datos " +
+                       malaBase + ": la base de datos no existe");
+  const std::string sinServidor = test::errorCompleto(
+      [&] { PostgresFactoria::Conectar("postgresql://127.0.0.1:1/caja?connect_timeout=2"); });
+  EXPECT_NE(sinServidor.find(": el servidor no responde"), std::string::npos) << sinServidor;
+  EXPECT_EQ(sinServidor.find('\n'), std::string::npos);
+}
+
+TEST_F(SoloPostgres, ALostConnectionIsAClearErrorAndLeavesNothingHalfSaved) {
+  auto caida = otraConexion();
+  const Variant pid = caida->ReadScalar("SELECT pg_backend_pid()");
+  caida->BeginTrans();
+  caida->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(1)});
+  db->ReadScalar("SELECT pg_terminate_backend(?)", {pid});
+  const std::string error = test::errorCompleto(
+      [&] { caida->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, 2)"); });
+  EXPECT_EQ(error.rfind("-2147217843|PostgresFactoria|Se perdió la conexión con la base de datos", 0),
+            0u)
+      << error;
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM cvCaja")), 0);
+}
+
+}  // namespace
+}  // namespace caja
