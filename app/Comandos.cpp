@@ -22,8 +22,9 @@ namespace {
 
 CajaError fueraDeRango(const std::string& que) {
   return CajaError(err::kDesbordamiento, "caja",
-                   que + " está fuera del rango de la moneda (-922337203685477.5807 a "
-                         "922337203685477.5807)");
+                   que +
+                       " está fuera del rango de la moneda (-922337203685477.5807 a "
+                       "922337203685477.5807)");
 }
 
 // An amount typed on the command line: four decimals at most, '.' as the

@@ -38,8 +38,8 @@ std::string lineasJson(Collection<CDetalleIngreso>& lineas) {
 
 void lineasTexto(std::ostream& out, Collection<CDetalleIngreso>& lineas) {
   for (const auto& d : lineas)
-    out << "  " << std::left << std::setw(6) << d->medio << std::right << std::setw(16)
-        << monto(d->Monto) << std::setw(14) << monto(d->montoNominal) << '\n';
+    out << "  " << std::left << std::setw(6) << d->medio << std::right << std::setw(24)
+        << monto(d->Monto) << std::setw(24) << monto(d->montoNominal) << '\n';
 }
 
 }  // namespace
@@ -125,8 +125,8 @@ void Salida::saldo(SaldoCaja& saldo) {
   }
   out_ << "Caja de la máquina " << saldo.idCaja << " (medio, moneda nacional, nominal, tasa):\n";
   for (const auto& d : *saldo.detalles)
-    out_ << "  " << std::left << std::setw(6) << d->codigoMedio << std::right << std::setw(16)
-         << monto(d->valorMN) << std::setw(14) << monto(d->valorNominal) << std::setw(12)
+    out_ << "  " << std::left << std::setw(6) << d->codigoMedio << std::right << std::setw(24)
+         << monto(d->valorMN) << std::setw(24) << monto(d->valorNominal) << std::setw(12)
          << Format(Variant(saldo.tipoCambio(d->codigoMedio)), "#,##0.0000") << '\n';
 }
 

@@ -25,8 +25,7 @@ std::string salNueva() {
 
 }  // namespace
 
-void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string& pin,
-                       int nivel) {
+void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string& pin, int nivel) {
   const std::string sal = salNueva();
   db.ExecuteSQL(
       "INSERT INTO hostSupervisores (Nombre, Sal, Hash, Nivel) VALUES (?, ?, ?, ?) "

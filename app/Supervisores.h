@@ -8,8 +8,7 @@ namespace caja::app {
 
 // Supervisors who authorise what a cashier may not do alone. Only a salted
 // SHA-256 of each PIN is kept.
-void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string& pin,
-                       int nivel);
+void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string& pin, int nivel);
 // The highest level of the supervisors whose PIN this is; 0 for none.
 int nivelDePin(HostSql& db, const std::string& pin);
 // Installs `VerificarUsuario` on the host: it asks for a PIN (a dialog when

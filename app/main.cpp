@@ -15,8 +15,8 @@
 #include "app/Supervisores.h"
 #include "host/IniSettingsStore.h"
 #include "host/PostgresFactoria.h"
-#include "host/SqliteFactoria.h"
 #include "host/QtHostUtil.h"
+#include "host/SqliteFactoria.h"
 #include "service/General.h"
 
 namespace {
@@ -25,7 +25,8 @@ using namespace caja;
 using namespace caja::app;
 
 const char* const kTextoUso =
-    "Uso: caja COMANDO [opciones] [--db ARCHIVO|postgresql://USUARIO@SERVIDOR:PUERTO/BASE] [--json]\n"
+    "Uso: caja COMANDO [opciones] [--db ARCHIVO|postgresql://USUARIO@SERVIDOR:PUERTO/BASE] "
+    "[--json]\n"
     "  init [--demo]\n"
     "  cobrar --venta V [--iva I] [--credito C] [--titulo T] [--sesion S] [--operador O]\n"
     "         [--documento TIPO:NUMERO] [--entidad TIPO:CODIGO] [--pago CODIGO=MONTO ... "

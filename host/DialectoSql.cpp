@@ -16,8 +16,7 @@ const Dialecto kDialectoSqlite{
     .tipoTexto = "TEXT COLLATE NOCASE",
     .tipoTextoExacto = "TEXT",
     .tipoBit = "BIT",
-    .chequeoDinero =
-        "CHECK (typeof({c}) IN ('integer', 'null') AND {c} >= -9223372036854775807)",
+    .chequeoDinero = "CHECK (typeof({c}) IN ('integer', 'null') AND {c} >= -9223372036854775807)",
 };
 
 const Dialecto kDialectoPostgres{

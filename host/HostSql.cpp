@@ -150,8 +150,9 @@ CajaError errorFueraDeRango(const std::string& fuente, const Argumentos& args) {
       continue;
     montos += (montos.empty() ? "" : ", ") + v.asCurrency().toMachineText();
   }
-  std::string texto = "Monto fuera del rango de la moneda (-922337203685477.5807 a "
-                      "922337203685477.5807)";
+  std::string texto =
+      "Monto fuera del rango de la moneda (-922337203685477.5807 a "
+      "922337203685477.5807)";
   if (!montos.empty())
     texto += ": " + montos;
   return CajaError(err::kDesbordamiento, fuente, texto);

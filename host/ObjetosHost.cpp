@@ -31,7 +31,7 @@ EmpresaHost::EmpresaHost(HostSql& host) {
 }
 
 std::shared_ptr<Entidad> InstanciadorHost::Entidad(const std::string& tipo,
-                                                     const std::string& codigo) {
+                                                   const std::string& codigo) {
   const Variant nombre = host_->ReadScalar(
       "SELECT Nombre FROM hostEntidades WHERE Tipo = ? AND Codigo = ?", {tipo, codigo});
   if (nombre.isEmpty())
@@ -40,7 +40,7 @@ std::shared_ptr<Entidad> InstanciadorHost::Entidad(const std::string& tipo,
 }
 
 std::shared_ptr<Objeto> InstanciadorHost::EntidadDOCUMENTO(const std::string& tipoDoc,
-                                                             std::int32_t numero) {
+                                                           std::int32_t numero) {
   return std::make_shared<DocumentoHost>(tipoDoc, numero);
 }
 

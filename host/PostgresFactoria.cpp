@@ -64,20 +64,25 @@ std::string uriVisible(const std::string& uri) {
   return uri.substr(0, dosPuntos) + uri.substr(arroba);
 }
 
-// Why a connection failed, in the cashier's words, from libpq's message.
+bool contiene(const std::string& texto, std::initializer_list<const char*> partes) {
+  for (const char* p : partes)
+    if (texto.find(p) != std::string::npos)
+      return true;
+  return false;
+}
+
+// Why a connection failed, in the cashier's words, from libpq's message
+// (in English, or in Spanish where the server or the client speak it).
 std::string motivoDeConexion(const std::string& mensaje) {
-  if (mensaje.find("database") != std::string::npos &&
-      mensaje.find("does not exist") != std::string::npos)
+  if (contiene(mensaje, {"database", "base de datos"}) &&
+      contiene(mensaje, {"does not exist", "no existe"}))
     return "la base de datos no existe";
-  if (mensaje.find("authentication") != std::string::npos ||
-      mensaje.find("password") != std::string::npos ||
-      (mensaje.find("role") != std::string::npos &&
-       mensaje.find("does not exist") != std::string::npos))
+  if (contiene(mensaje, {"authentication", "password", "autentificación", "contraseña"}) ||
+      (contiene(mensaje, {"role", "rol"}) && contiene(mensaje, {"does not exist", "no existe"})))
     return "usuario o contraseña rechazados";
-  if (mensaje.find("Connection refused") != std::string::npos ||
-      mensaje.find("could not translate host name") != std::string::npos ||
-      mensaje.find("timeout") != std::string::npos ||
-      mensaje.find("No such file or directory") != std::string::npos)
+  if (contiene(mensaje, {"Connection refused", "could not translate host name", "timeout",
+                         "No such file or directory", "Conexión rehusada", "No existe el archivo",
+                         "no se pudo traducir el nombre", "expiró"}))
     return "el servidor no responde";
   return primeraLinea(mensaje);
 }
@@ -228,15 +233,16 @@ PostgresFactoria::Resultado PostgresFactoria::ejecutar(const std::string& sql,
   int marcas = 0;
   const std::string texto = traducirSql(sql, kDialectoPostgres, marcas);
   if (static_cast<std::size_t>(marcas) > args.size())
-    throw CajaError(kErrorBaseDatos, kFuente, "Faltan valores para uno o mas parametros requeridos");
+    throw CajaError(kErrorBaseDatos, kFuente,
+                    "Faltan valores para uno o mas parametros requeridos");
   std::vector<std::optional<std::string>> textos;
   for (int i = 0; i < marcas; ++i)
     textos.push_back(textoParametro(args[static_cast<std::size_t>(i)]));
   std::vector<const char*> valores;
   for (const auto& t : textos)
     valores.push_back(t ? t->c_str() : nullptr);
-  Resultado r(PQexecParams(conexion_, texto.c_str(), marcas, nullptr, valores.data(), nullptr,
-                           nullptr, 0));
+  Resultado r(
+      PQexecParams(conexion_, texto.c_str(), marcas, nullptr, valores.data(), nullptr, nullptr, 0));
   const auto estado = PQresultStatus(r.get());
   if (estado == PGRES_COMMAND_OK || estado == PGRES_TUPLES_OK)
     return r;

@@ -119,41 +119,42 @@ Variant leerColumna(sqlite3_stmt* st, int i) {
 
 }  // namespace
 
-// A prepared statement with its values bound; finalized on destruction, also
-// when binding fails part-way.
+// A prepared statement with its values bound, taken from the connection's
+// cache of prepared statements and given back reset on destruction, also when
+// binding fails part-way.
 class SqliteFactoria::Sentencia {
  public:
   Sentencia(SqliteFactoria& host, const std::string& sql, const Argumentos& args)
       : host_(host), args_(args) {
     int marcas = 0;
-    const std::string texto = traducirSql(sql, kDialectoSqlite, marcas);
-    const char* resto = nullptr;
-    sqlite3_stmt* st = nullptr;
-    const int rc =
-        sqlite3_prepare_v2(host_.db_, texto.c_str(), static_cast<int>(texto.size()), &st, &resto);
-    st_.reset(st);
-    if (rc != SQLITE_OK)
-      host_.fallar();
-    if (resto && std::string_view(resto).find_first_not_of(" \t\r\n;") != std::string_view::npos) {
-      throw CajaError(kErrorBaseDatos, kFuente, "Solo se admite una sentencia por llamada");
+    texto_ = traducirSql(sql, kDialectoSqlite, marcas);
+    st_ = host_.tomarPreparada(texto_);
+    const int enSentencia = sqlite3_bind_parameter_count(st_);
+    try {
+      if (static_cast<std::size_t>(enSentencia) > args.size()) {
+        throw CajaError(kErrorBaseDatos, kFuente,
+                        "Faltan valores para uno o mas parametros requeridos");
+      }
+      for (int i = 0; i < enSentencia; ++i)
+        enlazar(i + 1, args[static_cast<std::size_t>(i)]);
+    } catch (...) {
+      host_.devolverPreparada(texto_, st_);
+      throw;
     }
-    const int enSentencia = sqlite3_bind_parameter_count(st);
-    if (static_cast<std::size_t>(enSentencia) > args.size()) {
-      throw CajaError(kErrorBaseDatos, kFuente,
-                      "Faltan valores para uno o mas parametros requeridos");
-    }
-    for (int i = 0; i < enSentencia; ++i)
-      enlazar(i + 1, args[static_cast<std::size_t>(i)]);
   }
+  ~Sentencia() { host_.devolverPreparada(texto_, st_); }
+  Sentencia(const Sentencia&) = delete;
+  Sentencia& operator=(const Sentencia&) = delete;
+
   bool paso() {
-    const int rc = sqlite3_step(st_.get());
+    const int rc = sqlite3_step(st_);
     if (rc == SQLITE_ROW)
       return true;
     if (rc != SQLITE_DONE)
       host_.fallar(args_);
     return false;
   }
-  sqlite3_stmt* st() const { return st_.get(); }
+  sqlite3_stmt* st() const { return st_; }
 
  private:
   void enlazar(int i, const Variant& v) {
@@ -161,32 +162,32 @@ class SqliteFactoria::Sentencia {
     switch (v.type()) {
       case VarType::Empty:
       case VarType::Null:
-        rc = sqlite3_bind_null(st_.get(), i);
+        rc = sqlite3_bind_null(st_, i);
         break;
       case VarType::Boolean:
-        rc = sqlite3_bind_int(st_.get(), i, v.asBool() ? 1 : 0);
+        rc = sqlite3_bind_int(st_, i, v.asBool() ? 1 : 0);
         break;
       case VarType::Integer:
-        rc = sqlite3_bind_int(st_.get(), i, v.asInteger());
+        rc = sqlite3_bind_int(st_, i, v.asInteger());
         break;
       case VarType::Long:
-        rc = sqlite3_bind_int(st_.get(), i, v.asLong());
+        rc = sqlite3_bind_int(st_, i, v.asLong());
         break;
       case VarType::Double:
-        rc = sqlite3_bind_double(st_.get(), i, v.asDouble());
+        rc = sqlite3_bind_double(st_, i, v.asDouble());
         break;
       case VarType::Currency:
-        rc = sqlite3_bind_int64(st_.get(), i, v.asCurrency().raw());
+        rc = sqlite3_bind_int64(st_, i, v.asCurrency().raw());
         break;
       case VarType::Date: {
         const std::string texto = v.asDate().toIsoText();
-        rc = sqlite3_bind_text(st_.get(), i, texto.c_str(), static_cast<int>(texto.size()),
+        rc = sqlite3_bind_text(st_, i, texto.c_str(), static_cast<int>(texto.size()),
                                SQLITE_TRANSIENT);
         break;
       }
       case VarType::String:
-        rc = sqlite3_bind_text(st_.get(), i, v.asString().c_str(),
-                               static_cast<int>(v.asString().size()), SQLITE_TRANSIENT);
+        rc = sqlite3_bind_text(st_, i, v.asString().c_str(), static_cast<int>(v.asString().size()),
+                               SQLITE_TRANSIENT);
         break;
       case VarType::Object:
         throw errorEjecucion(err::kTiposNoCoinciden);
@@ -197,8 +198,47 @@ class SqliteFactoria::Sentencia {
 
   SqliteFactoria& host_;
   const Argumentos& args_;
-  std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> st_{nullptr, sqlite3_finalize};
+  std::string texto_;
+  sqlite3_stmt* st_ = nullptr;
 };
+
+sqlite3_stmt* SqliteFactoria::tomarPreparada(const std::string& texto) {
+  if (const auto it = preparadas_.find(texto); it != preparadas_.end()) {
+    sqlite3_stmt* st = it->second;
+    preparadas_.erase(it);
+    return st;
+  }
+  const char* resto = nullptr;
+  sqlite3_stmt* st = nullptr;
+  const int rc =
+      sqlite3_prepare_v2(db_, texto.c_str(), static_cast<int>(texto.size()), &st, &resto);
+  if (rc != SQLITE_OK) {
+    sqlite3_finalize(st);
+    fallar();
+  }
+  if (resto && std::string_view(resto).find_first_not_of(" \t\r\n;") != std::string_view::npos) {
+    sqlite3_finalize(st);
+    throw CajaError(kErrorBaseDatos, kFuente, "Solo se admite una sentencia por llamada");
+  }
+  return st;
+}
+
+// Statements with spliced values differ in text each time; past a bound the
+// cache starts afresh rather than grow without end.
+void SqliteFactoria::devolverPreparada(const std::string& texto, sqlite3_stmt* st) {
+  sqlite3_reset(st);
+  sqlite3_clear_bindings(st);
+  if (preparadas_.size() >= kMaximoPreparadas)
+    vaciarPreparadas();
+  if (!preparadas_.emplace(texto, st).second)
+    sqlite3_finalize(st);
+}
+
+void SqliteFactoria::vaciarPreparadas() {
+  for (const auto& [texto, st] : preparadas_)
+    sqlite3_finalize(st);
+  preparadas_.clear();
+}
 
 std::shared_ptr<SqliteFactoria> SqliteFactoria::Abrir(const std::string& archivo) {
   std::shared_ptr<SqliteFactoria> host(new SqliteFactoria());
@@ -310,6 +350,7 @@ void SqliteFactoria::migrarDineroExacto() {
 }
 
 SqliteFactoria::~SqliteFactoria() {
+  vaciarPreparadas();
   sqlite3_close_v2(db_);
 }
 

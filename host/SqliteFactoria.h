@@ -48,6 +48,10 @@ class SqliteFactoria : public HostSql {
  private:
   SqliteFactoria() = default;
   class Sentencia;
+  static constexpr std::size_t kMaximoPreparadas = 128;
+  sqlite3_stmt* tomarPreparada(const std::string& texto);
+  void devolverPreparada(const std::string& texto, sqlite3_stmt* st);
+  void vaciarPreparadas();
   void abrir(const std::string& archivo);
   void prepararEsquema();
   void crearEsquema();
@@ -56,6 +60,8 @@ class SqliteFactoria : public HostSql {
   [[noreturn]] void fallar(const Argumentos& args = {}) const;
 
   sqlite3* db_ = nullptr;
+  // Prepared statements not in use, by their text.
+  std::map<std::string, sqlite3_stmt*> preparadas_;
   // The last identity this connection handed out per table (lower case).
   std::map<std::string, long long> identidades_;
 };

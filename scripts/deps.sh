@@ -1,12 +1,13 @@
-# Installs the Debian packages the build needs, once, when any is missing.
+# Installs the Debian packages the build needs, once, when any is missing;
+# extra packages (the test server) may be named as arguments.
 # Sourced by scripts/test and scripts/demo.
 
-CAJA_PAQUETES=(cmake ninja-build g++ pkg-config qt6-base-dev libsqlite3-dev libgtest-dev libgmock-dev
-  libbenchmark-dev xvfb xauth clang-format fonts-dejavu-core)
+CAJA_PAQUETES=(cmake ninja-build g++ pkg-config qt6-base-dev libsqlite3-dev libpq-dev libgtest-dev
+  libgmock-dev libbenchmark-dev xvfb xauth clang-format fonts-dejavu-core)
 
 caja_instalar_dependencias() {
   local faltan=()
-  for p in "${CAJA_PAQUETES[@]}"; do
+  for p in "${CAJA_PAQUETES[@]}" "$@"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || faltan+=("$p")
   done
   [ ${#faltan[@]} -eq 0 ] && return 0

@@ -117,20 +117,20 @@ TEST_P(CajaProceso, KilledInTheMiddleOfASaveLeavesNothingHalfWritten) {
 }
 
 TEST_P(CajaProceso, AmountsBeyondDoublePrecisionReadBackExactly) {
-  const Resultado venta = correr(
-      "cobrar --venta 9999999999999.99 --iva 0 --pago EFE=9999999999999.99 --aceptar");
+  const Resultado venta =
+      correr("cobrar --venta 9999999999999.99 --iva 0 --pago EFE=9999999999999.99 --aceptar");
   ASSERT_EQ(venta.estado, 0) << venta.errores;
   const Resultado mov = correr("movimiento 1 --json");
   EXPECT_NE(mov.salida.find("\"debitos\":9999999999999.99,"), std::string::npos) << mov.salida;
   EXPECT_NE(mov.salida.find("\"monto\":9999999999999.99,"), std::string::npos) << mov.salida;
   const Resultado saldo = correr("saldo --json");
-  EXPECT_NE(saldo.salida.find("\"valorMN\":9999999999999.99,"), std::string::npos)
-      << saldo.salida;
+  EXPECT_NE(saldo.salida.find("\"valorMN\":9999999999999.99,"), std::string::npos) << saldo.salida;
 }
 
 TEST_P(CajaProceso, ASaleThatWouldOverflowTheDrawerIsRefusedWhole) {
-  const std::string venta = "cobrar --venta 500000000000000 --iva 0 --pago EFE=500000000000000 "
-                            "--aceptar";
+  const std::string venta =
+      "cobrar --venta 500000000000000 --iva 0 --pago EFE=500000000000000 "
+      "--aceptar";
   ASSERT_EQ(correr(venta).estado, 0);
   const Resultado segunda = correr(venta);
   EXPECT_EQ(segunda.estado, 3);
@@ -165,8 +165,8 @@ TEST_P(CajaProceso, EightTillsAtOnceSaveEachSaleOnceUnderItsOwnNumber) {
   EXPECT_EQ(leer(fallos), "");
 
   std::map<std::int32_t, std::map<std::string, Currency>> lineas;
-  for (auto rs = db->openrecordset("SELECT TransID, Medio, Monto FROM DetallesVarelta");
-       !rs->Eof(); rs->MoveNext())
+  for (auto rs = db->openrecordset("SELECT TransID, Medio, Monto FROM DetallesVarelta"); !rs->Eof();
+       rs->MoveNext())
     lineas[CLng(rs->Fields("TransID"))][CStr(rs->Fields("Medio"))] += CCur(rs->Fields("Monto"));
   std::map<int, Currency> efectivoDeCaja;
   std::set<std::pair<int, int>> vistas;

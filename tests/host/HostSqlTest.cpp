@@ -16,6 +16,34 @@ namespace {
 using test::cur;
 using test::numeroError;
 
+// Only the dialect's own constructs change, and never inside a literal, a
+// quoted name or a comment.
+TEST(DialectoSql, MapsIdentityAndNumbersMarkersOutsideLiterals) {
+  struct Caso {
+    const char* sql;
+    const char* sqlite;
+    const char* postgres;
+    int marcas;
+  };
+  const Caso casos[] = {
+      {"SELECT @@IDENTITY", "SELECT last_insert_rowid()", "SELECT scope_identity()", 0},
+      {"SELECT @@identity, '@@IDENTITY'", "SELECT last_insert_rowid(), '@@IDENTITY'",
+       "SELECT scope_identity(), '@@IDENTITY'", 0},
+      {"VALUES (?, getdate(), ?)", "VALUES (?, getdate(), ?)", "VALUES ($1, getdate(), $2)", 2},
+      {"SELECT 'it''s ?', \"?\" -- ?\n, ?", "SELECT 'it''s ?', \"?\" -- ?\n, ?",
+       "SELECT 'it''s ?', \"?\" -- ?\n, $1", 1},
+      {"SELECT '@@IDENTITY", "SELECT '@@IDENTITY", "SELECT '@@IDENTITY", 0},
+  };
+  for (const Caso& c : casos) {
+    SCOPED_TRACE(c.sql);
+    int marcas = -1;
+    EXPECT_EQ(traducirSql(c.sql, kDialectoSqlite, marcas), c.sqlite);
+    EXPECT_EQ(marcas, c.marcas);
+    EXPECT_EQ(traducirSql(c.sql, kDialectoPostgres, marcas), c.postgres);
+    EXPECT_EQ(marcas, c.marcas);
+  }
+}
+
 // The behaviour both hosts share, run on each.
 class Host : public test::PorMotor {
  protected:
@@ -39,7 +67,7 @@ TEST_P(Host, HeaderInsertWithGetdateAndIdentCurrent) {
   EXPECT_EQ(id, 1);
   EXPECT_EQ(insertarMovimiento(), 2);
   auto rs = db->openrecordset("SELECT * FROM MovimientosCaja WHERE TransID = " +
-                               db->NumeroDB(Variant(id)));
+                              db->NumeroDB(Variant(id)));
   ASSERT_FALSE(rs->Eof());
   EXPECT_EQ(rs->Fields("fecha"), Variant(Fecha::fromYmd(2026, 11, 21)));
   ASSERT_EQ(rs->Fields("Hora").type(), VarType::Date);
@@ -54,7 +82,7 @@ TEST_P(Host, HeaderInsertWithGetdateAndIdentCurrent) {
 TEST_P(Host, IdentityOfTheLastInsert) {
   const std::int32_t trans = insertarMovimiento();
   db->ExecuteSQL("INSERT INTO DetallesVarelta (TransID, Medio, Monto) VALUES (?, ?, ?)",
-                  {Variant(trans), Variant("EFE"), Variant(cur("5"))});
+                 {Variant(trans), Variant("EFE"), Variant(cur("5"))});
   EXPECT_EQ(db->ReadScalar("SELECT @@IDENTITY"), Variant(1));
   db->ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {Variant("V-1")});
   db->ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {Variant("V-2")});
@@ -81,7 +109,7 @@ TEST_P(Host, UpdateFromSubtractsEachDetailOfTheTransaction) {
   db->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(3)});
   const Variant idCec = db->ReadScalar("SELECT id FROM CVCaja WHERE MachineID = ?", {Variant(3)});
   db->ExecuteSQL("INSERT INTO CVCajaDetalles (idCec, codigoMedio) VALUES (?, ?)",
-                  {idCec, Variant("USD")});
+                 {idCec, Variant("USD")});
   const Variant idDet = db->ReadScalar("SELECT scope_identity()");
   db->ExecuteSQL(
       "UPDATE CVCajaDetalles SET valorMN = valorMN + ?, valorNominal = valorNominal + ? WHERE id = "
@@ -144,8 +172,9 @@ TEST_P(Host, MoneyOutsideTheRangeIsRefusedByTheDatabase) {
             Variant(cur("500000000000000")));
   // The most negative int64 is one ten-thousandth beyond the range.
   EXPECT_EQ(test::numeroError([&] {
-              db->ExecuteSQL("UPDATE cvCaja SET efectivoMN = ? WHERE id = 1",
-                             {Variant(Currency::fromRaw(std::numeric_limits<std::int64_t>::min()))});
+              db->ExecuteSQL(
+                  "UPDATE cvCaja SET efectivoMN = ? WHERE id = 1",
+                  {Variant(Currency::fromRaw(std::numeric_limits<std::int64_t>::min()))});
             }),
             6);
 }
@@ -355,8 +384,7 @@ class SoloPostgres : public ::testing::Test, protected test::ConBase {
 
 TEST_F(SoloPostgres, AFailedConnectionSaysWhyInOneLine) {
   const std::string malaBase = destino() + "_no_existe";
-  const std::string error =
-      test::errorCompleto([&] { PostgresFactoria::Conectar(malaBase); });
+  const std::string error = test::errorCompleto([&] { PostgresFactoria::Conectar(malaBase); });
   EXPECT_EQ(error, "-2147217843|PostgresFactoria|No se pudo conectar con la base de datos " +
                        malaBase + ": la base de datos no existe");
   const std::string sinServidor = test::errorCompleto(
@@ -373,8 +401,8 @@ TEST_F(SoloPostgres, ALostConnectionIsAClearErrorAndLeavesNothingHalfSaved) {
   db->ReadScalar("SELECT pg_terminate_backend(?)", {pid});
   const std::string error = test::errorCompleto(
       [&] { caida->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, 2)"); });
-  EXPECT_EQ(error.rfind("-2147217843|PostgresFactoria|Se perdió la conexión con la base de datos", 0),
-            0u)
+  EXPECT_EQ(
+      error.rfind("-2147217843|PostgresFactoria|Se perdió la conexión con la base de datos", 0), 0u)
       << error;
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM cvCaja")), 0);
 }

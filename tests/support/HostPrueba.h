@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/SqliteFactoria.h"
 #include "host/PostgresFactoria.h"
+#include "host/SqliteFactoria.h"
 #include "service/General.h"
 #include "service/Settings.h"
 #include "tests/support/Ayudas.h"
