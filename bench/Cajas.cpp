@@ -5,6 +5,10 @@
 // on a fresh PostgreSQL database. Target: on PostgreSQL 8 tills reach at least
 // 4x the throughput of one.
 //
+// On a virtual machine a lone till mostly waits for an idle processor to wake
+// at each of the save's round trips, so its figure (and every ratio to it)
+// says more about the machine than about the save; busy tills do not pay it.
+//
 //   bench_cajas [VENTAS_POR_CAJA]
 
 #include <sys/wait.h>

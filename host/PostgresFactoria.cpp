@@ -228,27 +228,50 @@ PostgresFactoria::~PostgresFactoria() {
   PQfinish(conexion_);
 }
 
+// Each statement is prepared once per connection, under a name of its own, so
+// that the server parses and plans it once; past a bound the connection's
+// statements are dropped and prepared afresh.
+const PostgresFactoria::Preparada& PostgresFactoria::preparar(const std::string& sql,
+                                                              const Argumentos& args) {
+  if (const auto it = preparadas_.find(sql); it != preparadas_.end())
+    return it->second;
+  if (preparadas_.size() >= kMaximoPreparadas) {
+    Resultado r(PQexec(conexion_, "DEALLOCATE ALL"));
+    preparadas_.clear();
+  }
+  Preparada p;
+  const std::string texto = traducirSql(sql, kDialectoPostgres, p.marcas);
+  p.nombre = "caja" + std::to_string(++nombradas_);
+  Resultado r(PQprepare(conexion_, p.nombre.c_str(), texto.c_str(), p.marcas, nullptr));
+  if (PQresultStatus(r.get()) != PGRES_COMMAND_OK)
+    fallar(r.get(), args);
+  return preparadas_.emplace(sql, std::move(p)).first->second;
+}
+
 PostgresFactoria::Resultado PostgresFactoria::ejecutar(const std::string& sql,
                                                        const Argumentos& args) {
-  int marcas = 0;
-  const std::string texto = traducirSql(sql, kDialectoPostgres, marcas);
-  if (static_cast<std::size_t>(marcas) > args.size())
+  const Preparada& p = preparar(sql, args);
+  if (static_cast<std::size_t>(p.marcas) > args.size())
     throw CajaError(kErrorBaseDatos, kFuente,
                     "Faltan valores para uno o mas parametros requeridos");
   std::vector<std::optional<std::string>> textos;
-  for (int i = 0; i < marcas; ++i)
+  for (int i = 0; i < p.marcas; ++i)
     textos.push_back(textoParametro(args[static_cast<std::size_t>(i)]));
   std::vector<const char*> valores;
   for (const auto& t : textos)
     valores.push_back(t ? t->c_str() : nullptr);
   Resultado r(
-      PQexecParams(conexion_, texto.c_str(), marcas, nullptr, valores.data(), nullptr, nullptr, 0));
+      PQexecPrepared(conexion_, p.nombre.c_str(), p.marcas, valores.data(), nullptr, nullptr, 0));
   const auto estado = PQresultStatus(r.get());
-  if (estado == PGRES_COMMAND_OK || estado == PGRES_TUPLES_OK)
-    return r;
-  const char* sqlstate = PQresultErrorField(r.get(), PG_DIAG_SQLSTATE);
+  if (estado != PGRES_COMMAND_OK && estado != PGRES_TUPLES_OK)
+    fallar(r.get(), args);
+  return r;
+}
+
+void PostgresFactoria::fallar(const PGresult* r, const Argumentos& args) const {
+  const char* sqlstate = PQresultErrorField(r, PG_DIAG_SQLSTATE);
   const std::string codigo = sqlstate ? sqlstate : "";
-  const char* primario = PQresultErrorField(r.get(), PG_DIAG_MESSAGE_PRIMARY);
+  const char* primario = PQresultErrorField(r, PG_DIAG_MESSAGE_PRIMARY);
   const std::string mensaje = primario ? primario : primeraLinea(PQerrorMessage(conexion_));
   if (PQstatus(conexion_) == CONNECTION_BAD || codigo.rfind("08", 0) == 0 ||
       codigo.rfind("57P", 0) == 0)

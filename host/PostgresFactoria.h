@@ -2,10 +2,12 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "host/HostSql.h"
 
 struct pg_conn;
+struct pg_result;
 
 namespace caja {
 
@@ -39,11 +41,21 @@ class PostgresFactoria : public HostSql {
  private:
   PostgresFactoria() = default;
   class Resultado;
+  struct Preparada {
+    std::string nombre;
+    int marcas = 0;
+  };
+  static constexpr std::size_t kMaximoPreparadas = 256;
   void conectar(const std::string& uri);
   void prepararEsquema();
+  const Preparada& preparar(const std::string& sql, const Argumentos& args);
   Resultado ejecutar(const std::string& sql, const Argumentos& args);
+  [[noreturn]] void fallar(const pg_result* r, const Argumentos& args) const;
 
   pg_conn* conexion_ = nullptr;
+  // Statements prepared on this connection, by the component's text of them.
+  std::unordered_map<std::string, Preparada> preparadas_;
+  long nombradas_ = 0;
 };
 
 }  // namespace caja

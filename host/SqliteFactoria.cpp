@@ -125,10 +125,8 @@ Variant leerColumna(sqlite3_stmt* st, int i) {
 class SqliteFactoria::Sentencia {
  public:
   Sentencia(SqliteFactoria& host, const std::string& sql, const Argumentos& args)
-      : host_(host), args_(args) {
-    int marcas = 0;
-    texto_ = traducirSql(sql, kDialectoSqlite, marcas);
-    st_ = host_.tomarPreparada(texto_);
+      : host_(host), sql_(sql), args_(args) {
+    st_ = host_.tomarPreparada(sql);
     const int enSentencia = sqlite3_bind_parameter_count(st_);
     try {
       if (static_cast<std::size_t>(enSentencia) > args.size()) {
@@ -138,11 +136,11 @@ class SqliteFactoria::Sentencia {
       for (int i = 0; i < enSentencia; ++i)
         enlazar(i + 1, args[static_cast<std::size_t>(i)]);
     } catch (...) {
-      host_.devolverPreparada(texto_, st_);
+      host_.devolverPreparada(sql_, st_);
       throw;
     }
   }
-  ~Sentencia() { host_.devolverPreparada(texto_, st_); }
+  ~Sentencia() { host_.devolverPreparada(sql_, st_); }
   Sentencia(const Sentencia&) = delete;
   Sentencia& operator=(const Sentencia&) = delete;
 
@@ -197,17 +195,21 @@ class SqliteFactoria::Sentencia {
   }
 
   SqliteFactoria& host_;
+  const std::string& sql_;
   const Argumentos& args_;
-  std::string texto_;
   sqlite3_stmt* st_ = nullptr;
 };
 
-sqlite3_stmt* SqliteFactoria::tomarPreparada(const std::string& texto) {
-  if (const auto it = preparadas_.find(texto); it != preparadas_.end()) {
+// Kept by the component's own text, so that a statement met again is neither
+// translated nor prepared again.
+sqlite3_stmt* SqliteFactoria::tomarPreparada(const std::string& sql) {
+  if (const auto it = preparadas_.find(sql); it != preparadas_.end()) {
     sqlite3_stmt* st = it->second;
     preparadas_.erase(it);
     return st;
   }
+  int marcas = 0;
+  const std::string texto = traducirSql(sql, kDialectoSqlite, marcas);
   const char* resto = nullptr;
   sqlite3_stmt* st = nullptr;
   const int rc =
@@ -225,12 +227,12 @@ sqlite3_stmt* SqliteFactoria::tomarPreparada(const std::string& texto) {
 
 // Statements with spliced values differ in text each time; past a bound the
 // cache starts afresh rather than grow without end.
-void SqliteFactoria::devolverPreparada(const std::string& texto, sqlite3_stmt* st) {
+void SqliteFactoria::devolverPreparada(const std::string& sql, sqlite3_stmt* st) {
   sqlite3_reset(st);
   sqlite3_clear_bindings(st);
   if (preparadas_.size() >= kMaximoPreparadas)
     vaciarPreparadas();
-  if (!preparadas_.emplace(texto, st).second)
+  if (!preparadas_.emplace(sql, st).second)
     sqlite3_finalize(st);
 }
 

@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "host/HostSql.h"
 
@@ -49,8 +50,8 @@ class SqliteFactoria : public HostSql {
   SqliteFactoria() = default;
   class Sentencia;
   static constexpr std::size_t kMaximoPreparadas = 128;
-  sqlite3_stmt* tomarPreparada(const std::string& texto);
-  void devolverPreparada(const std::string& texto, sqlite3_stmt* st);
+  sqlite3_stmt* tomarPreparada(const std::string& sql);
+  void devolverPreparada(const std::string& sql, sqlite3_stmt* st);
   void vaciarPreparadas();
   void abrir(const std::string& archivo);
   void prepararEsquema();
@@ -60,8 +61,8 @@ class SqliteFactoria : public HostSql {
   [[noreturn]] void fallar(const Argumentos& args = {}) const;
 
   sqlite3* db_ = nullptr;
-  // Prepared statements not in use, by their text.
-  std::map<std::string, sqlite3_stmt*> preparadas_;
+  // Prepared statements not in use, by the component's text of them.
+  std::unordered_map<std::string, sqlite3_stmt*> preparadas_;
   // The last identity this connection handed out per table (lower case).
   std::map<std::string, long long> identidades_;
 };
