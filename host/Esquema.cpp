@@ -6,6 +6,28 @@ namespace {
 
 using T = TipoColumna;
 
+// The staging store keeps a movement's lines and coins in the same shape as
+// the saved ones; only the owner they reference differs.
+std::vector<Columna> lineas(std::string_view id, std::string_view referencia) {
+  return {{id, T::Identidad, ""},
+          {"TransID", T::Entero, referencia},
+          {"Medio", T::Texto, ""},
+          {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
+          {"IdTitular", T::Texto, ""},
+          {"NumeroCuenta", T::Texto, ""},
+          {"NumeroDocumento", T::Texto, ""},
+          {"ClaveAutorizacion", T::Texto, ""},
+          {"Emisor", T::Texto, ""},
+          {"MontoNominal", T::Dinero, "NOT NULL DEFAULT 0"}};
+}
+
+std::vector<Columna> denominaciones(std::string_view id, std::string_view referencia) {
+  return {{id, T::Identidad, ""},
+          {"idDetalle", T::Entero, referencia},
+          {"Denominacion", T::Dinero, "NOT NULL DEFAULT 0"},
+          {"CantidadRecibida", T::Corto, "NOT NULL DEFAULT 0"}};
+}
+
 // Identity tables hand out keys that are never reused, as the server
 // database the component was written against does.
 const std::vector<Tabla> kTablas = {
@@ -43,24 +65,8 @@ const std::vector<Tabla> kTablas = {
       {"MontoIGTF", T::Dinero, "DEFAULT 0"},
       {"tipoCambio", T::Flotante, "DEFAULT 0"}},
      {}},
-    {"DetallesVarelta",
-     {{"Id", T::Identidad, ""},
-      {"TransID", T::Entero, "REFERENCES MovimientosCaja (TransID)"},
-      {"Medio", T::Texto, ""},
-      {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"IdTitular", T::Texto, ""},
-      {"NumeroCuenta", T::Texto, ""},
-      {"NumeroDocumento", T::Texto, ""},
-      {"ClaveAutorizacion", T::Texto, ""},
-      {"Emisor", T::Texto, ""},
-      {"MontoNominal", T::Dinero, "NOT NULL DEFAULT 0"}},
-     {}},
-    {"DetallesDenominacion",
-     {{"Id", T::Identidad, ""},
-      {"idDetalle", T::Entero, "REFERENCES DetallesVarelta (Id)"},
-      {"Denominacion", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"CantidadRecibida", T::Corto, "NOT NULL DEFAULT 0"}},
-     {}},
+    {"DetallesVarelta", lineas("Id", "REFERENCES MovimientosCaja (TransID)"), {}},
+    {"DetallesDenominacion", denominaciones("Id", "REFERENCES DetallesVarelta (Id)"), {}},
     {"generalEmisores",
      {{"TipoDocumento", T::Texto, "NOT NULL"},
       {"CodigoEmisor", T::Texto, "NOT NULL"},
@@ -75,23 +81,9 @@ const std::vector<Tabla> kTablas = {
       {"Creditos", T::Dinero, "NOT NULL DEFAULT 0"}},
      {}},
     {"saveMovsCaja", {{"id", T::Identidad, ""}, {"clave", T::Texto, ""}}, {}},
-    {"saveDetallesCaja",
-     {{"Id", T::Identidad, ""},
-      {"TransID", T::Entero, "REFERENCES saveMovsCaja (id) ON DELETE CASCADE"},
-      {"Medio", T::Texto, ""},
-      {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"IdTitular", T::Texto, ""},
-      {"NumeroCuenta", T::Texto, ""},
-      {"NumeroDocumento", T::Texto, ""},
-      {"ClaveAutorizacion", T::Texto, ""},
-      {"Emisor", T::Texto, ""},
-      {"MontoNominal", T::Dinero, "NOT NULL DEFAULT 0"}},
-     {}},
+    {"saveDetallesCaja", lineas("Id", "REFERENCES saveMovsCaja (id) ON DELETE CASCADE"), {}},
     {"saveDenominaciones",
-     {{"id", T::Identidad, ""},
-      {"idDetalle", T::Entero, "REFERENCES saveDetallesCaja (Id) ON DELETE CASCADE"},
-      {"Denominacion", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"CantidadRecibida", T::Corto, "NOT NULL DEFAULT 0"}},
+     denominaciones("id", "REFERENCES saveDetallesCaja (Id) ON DELETE CASCADE"),
      {}},
     {"transaccionesEfectivo",
      {{"id", T::Identidad, ""},
