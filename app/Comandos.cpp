@@ -1,15 +1,15 @@
 #include "app/Comandos.h"
 
 #include <QApplication>
+#include <algorithm>
 #include <iostream>
-#include <stdexcept>
-#include <thread>
+#include <limits>
 
 #include "app/Demo.h"
 #include "app/Salida.h"
 #include "app/Supervisores.h"
 #include "base/Conversiones.h"
-#include "base/Decimal.h"
+#include "base/Texto.h"
 #include "dialogs/DialogosQt.h"
 #include "dialogs/frmVarelta.h"
 #include "movement/TempVarelta.h"
@@ -20,57 +20,157 @@ namespace caja::app {
 
 namespace {
 
-CajaError fueraDeRango(const std::string& que) {
-  return CajaError(err::kDesbordamiento, "caja",
-                   que +
-                       " está fuera del rango de la moneda (-922337203685477.5807 a "
-                       "922337203685477.5807)");
-}
-
-// An amount typed on the command line: four decimals at most, '.' as the
-// decimal point. A well-formed amount beyond the currency range is an error
-// of its own (exit 3), not a typing mistake.
-Currency monto(const std::string& texto, const char* opcion) {
-  if (const auto c = Currency::parse(texto))
-    return *c;
-  if (const auto d = Decimal::parseRegional(texto); d && d->escala <= 4)
-    throw fueraDeRango(std::string("El monto ") + texto + " de --" + opcion);
-  throw std::runtime_error(std::string("Monto no válido para --") + opcion + ": " + texto);
-}
-
-Currency montoOpcional(const LineaComandos& a, const char* opcion) {
-  const auto v = a.valor(opcion);
-  return v ? monto(*v, opcion) : Currency{};
-}
-
-std::int32_t entero(const std::string& texto, const char* que) {
-  try {
-    std::size_t fin = 0;
-    const long n = std::stol(texto, &fin);
-    if (fin == texto.size())
-      return static_cast<std::int32_t>(n);
-  } catch (const std::exception&) {
-  }
-  throw std::runtime_error(std::string("Número no válido para ") + que + ": " + texto);
-}
+constexpr std::int64_t kMaximo32 = std::numeric_limits<std::int32_t>::max();
 
 Salida salida(Contexto& c) {
   return Salida(c.out, c.args.bandera("json"));
 }
 
-// The sale's amounts typed into the real dialog, unseen, then accepted.
-std::shared_ptr<CVarelta> cobrarConGuion(Contexto& c, Currency venta, Currency iva,
-                                         Currency credito) {
-  frmVarelta dialogo;
-  dialogo.setWindowTitle(QString::fromStdString(c.args.valor("titulo", "Cobro")));
-  dialogo.preparar(RedondearMonto(Variant(venta), 2), RedondearMonto(Variant(iva), 2),
-                   RedondearMonto(Variant(credito), 2));
-  for (const auto& pago : c.args.valores("pago")) {
-    const auto [codigo, cuanto] = parDe(pago, "pago");
-    if (!dialogo.teclear(codigo, monto(cuanto, "pago")))
-      throw std::runtime_error("El medio de pago " + codigo + " no tiene entrada en el cobro");
+// A payment of the command line: the catalogue's code (any letter case
+// typed) and its amount in the method's own currency.
+struct Pago {
+  std::string codigo;
+  Currency monto;
+};
+
+std::vector<Pago> pagos(Contexto& c) {
+  std::vector<Pago> lista;
+  for (const auto& texto : c.args.valores("pago")) {
+    auto [codigo, cuanto] = parDe(texto, "pago");
+    const auto medio = ObtenerMedioPago(codigo);
+    if (!medio && !equalsIgnoreCase(codigo, "EFE"))
+      throw ErrorUso("Medio de pago desconocido en --pago: " + codigo +
+                     " (caja medios lista el catálogo)");
+    lista.push_back({medio ? medio->codigo : "EFE", montoDe(cuanto, "--pago " + codigo)});
   }
+  return lista;
+}
+
+// The sale as the command line gives it, checked before anything is opened.
+struct Venta {
+  Currency venta, iva, credito;
+  std::string titulo, operador, tipoDoc, tipoEnt, codEnt;
+  std::int32_t numDoc = 0;
+  bool conDocumento = false;
+  std::vector<Pago> pagos;
+};
+
+Venta ventaDe(Contexto& c) {
+  Venta v;
+  const auto venta = c.args.monto("venta");
+  if (!venta)
+    throw ErrorUso("Falta --venta");
+  v.venta = *venta;
+  v.iva = c.args.monto("iva").value_or(Currency{});
+  v.credito = c.args.monto("credito").value_or(Currency{});
+  Currency total;
+  try {
+    total = v.venta + v.iva - v.credito;
+  } catch (const CajaError&) {
+    throw CajaError(err::kDesbordamiento, "caja",
+                    "El total de la venta " + v.venta.toMachineText() + " + " +
+                        v.iva.toMachineText() + " - " + v.credito.toMachineText() +
+                        " está fuera del rango de la moneda (-922337203685477.5807 a "
+                        "922337203685477.5807)");
+  }
+  if (total.isZero())
+    throw ErrorUso("No hay nada que cobrar: venta + IVA - crédito es 0");
+  v.titulo = c.args.valor("titulo", "Cobro");
+  v.operador = c.args.valor("operador", "CAJERO");
+  const auto documento = c.args.valor("documento");
+  v.conDocumento = documento.has_value();
+  const auto [tipoDoc, numDoc] = parDe(documento.value_or("FAC:0"), "documento");
+  v.tipoDoc = tipoDoc;
+  v.numDoc = static_cast<std::int32_t>(enteroDe(numDoc, "--documento", 0, kMaximo32));
+  const auto [tipoEnt, codEnt] = parDe(c.args.valor("entidad", "CLI:C0001"), "entidad");
+  v.tipoEnt = tipoEnt;
+  v.codEnt = codEnt;
+  v.pagos = pagos(c);
+  return v;
+}
+
+// The session the sale goes to: the one given, else the only one open. A
+// closed or unknown session, or no rate, is refused with the command that
+// puts it right.
+std::int32_t sesionDeVenta(Contexto& c) {
+  const auto dada = c.args.entero("sesion", 1, kMaximo32);
+  if (!dada) {
+    auto rs = c.db->openrecordset("SELECT SessionID FROM SesionesPOS ORDER BY SessionID");
+    std::vector<std::int32_t> abiertas;
+    for (; !rs->Eof(); rs->MoveNext())
+      abiertas.push_back(CLng(rs->Fields("SessionID")));
+    if (abiertas.empty())
+      throw Rechazo("No hay ninguna sesión abierta: ábrala con caja sesion abrir --maquina N");
+    if (abiertas.size() > 1)
+      throw Rechazo("Hay varias sesiones abiertas: indique cuál con --sesion S");
+    return abiertas.front();
+  }
+  const auto s = static_cast<std::int32_t>(*dada);
+  if (c.db->ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {s}).isEmpty()) {
+    const bool cerrada =
+        !c.db->ReadScalar("SELECT MachineID FROM SesionesCerradas WHERE SessionID = ?", {s})
+             .isEmpty();
+    throw Rechazo("La sesión " + std::to_string(s) + (cerrada ? " está cerrada" : " no existe") +
+                  ": abra una con caja sesion abrir --maquina N");
+  }
+  return s;
+}
+
+void exigirTasa(Contexto& c) {
+  const Variant tasa = c.db->ReadScalar("SELECT MAX(TipoCambio) FROM parametrosEmpresa");
+  if (c.db->TipoCambioCaja() <= 0 || tasa.isEmpty() || tasa.isNull() || CDbl(tasa) <= 0)
+    throw Rechazo("La caja no tiene tasa de cambio: fíjela con caja tasa VALOR");
+}
+
+// The same document is charged once: a second charge names the first one,
+// unless the cashier says --repetir. A voided charge does not count.
+void exigirDocumentoLibre(Contexto& c, const Venta& v) {
+  if (!v.conDocumento || c.args.bandera("repetir"))
+    return;
+  CVarelta previo;
+  if (!previo.LoadFromDocumento(v.tipoDoc, v.numDoc) ||
+      !c.db->ReadScalar("SELECT TransID FROM hostAnulaciones WHERE TransID = ?", {previo.TransID})
+           .isEmpty())
+    return;
+  throw Rechazo("El documento " + v.tipoDoc + " " + std::to_string(v.numDoc) +
+                " ya se cobró en el movimiento " + std::to_string(previo.TransID) +
+                " (use --repetir para cobrarlo de nuevo)");
+}
+
+// The sale typed into the real dialog, unseen, after the parked lines if
+// any, then accepted.
+std::shared_ptr<CVarelta> cobrarConGuion(const Venta& v, Collection<CDetalleIngreso>* aparcadas) {
+  frmVarelta dialogo;
+  dialogo.setWindowTitle(QString::fromStdString(v.titulo));
+  dialogo.preparar(RedondearMonto(Variant(v.venta), 2), RedondearMonto(Variant(v.iva), 2),
+                   RedondearMonto(Variant(v.credito), 2));
+  if (aparcadas)
+    for (const auto& linea : *aparcadas)
+      if (!dialogo.precargar(*linea))
+        throw Rechazo("El medio de pago " + linea->medio + " no tiene entrada en el cobro");
+  for (const auto& [codigo, monto] : v.pagos)
+    if (!dialogo.teclear(codigo, monto))
+      throw ErrorUso("El medio de pago " + codigo + " no tiene entrada en el cobro");
   return dialogo.aceptarGuion() ? dialogo.resultado() : nullptr;
+}
+
+std::shared_ptr<CVarelta> cobrarEnPantalla(Contexto& c, const Venta& v,
+                                           Collection<CDetalleIngreso>* aparcadas) {
+  if (!c.conPantalla)
+    throw ErrorUso("No hay pantalla: use --pago CODIGO=MONTO y --aceptar");
+  instalarDialogosQt();
+  if (!aparcadas) {
+    CServiciosCaja servicios;
+    servicios.Init(Variant(), c.db);
+    return servicios.Varelta(Variant(v.venta), Variant(v.iva), Variant(v.credito), v.titulo);
+  }
+  frmVarelta dialogo;
+  dialogo.setWindowTitle(QString::fromStdString(v.titulo));
+  dialogo.preparar(RedondearMonto(Variant(v.venta), 2), RedondearMonto(Variant(v.iva), 2),
+                   RedondearMonto(Variant(v.credito), 2));
+  for (const auto& linea : *aparcadas)
+    dialogo.precargar(*linea);
+  return dialogo.exec() == QDialog::Accepted ? dialogo.resultado() : nullptr;
 }
 
 // The movement as it was before a failed try: not saved, lines without ids.
@@ -81,55 +181,59 @@ void olvidarGuardado(CVarelta& mov) {
     d->Id = 0;
 }
 
-// Saves and commits in one host transaction: a failed save leaves nothing,
-// and a save that collided with another till's runs again.
-void guardar(Contexto& c, CVarelta& mov) {
-  const auto [tipoDoc, numDoc] = parDe(c.args.valor("documento", "FAC:0"), "documento");
-  const auto [tipoEnt, codEnt] = parDe(c.args.valor("entidad", "CLI:C0001"), "entidad");
-  const std::int32_t sesion = entero(c.args.valor("sesion", "1"), "--sesion");
-  const std::int32_t numero = entero(numDoc, "--documento");
+// Saves and commits in one host transaction, after `antes` (which may refuse):
+// a failed save leaves nothing, and a save that collided with another till's
+// runs again.
+void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
+             const std::function<void()>& antes) {
   c.db->EnTransaccion(
       [&] {
-        mov.Save(sesion, c.args.valor("operador", "CAJERO"), tipoDoc, numero, tipoEnt, codEnt,
-                 c.args.valor("titulo", "Cobro"), Fecha::today());
+        antes();
+        mov.Save(sesion, v.operador, v.tipoDoc, v.numDoc, v.tipoEnt, v.codEnt, v.titulo,
+                 Fecha::today());
         mov.commitTransEf();
       },
       [&] { olvidarGuardado(mov); });
 }
 
-// The amount due must itself be a currency amount before the dialog sums it.
-void comprobarTotal(Currency venta, Currency iva, Currency credito) {
-  try {
-    (void)(venta + iva - credito);
-  } catch (const CajaError&) {
-    throw fueraDeRango("El total de la venta " + venta.toMachineText() + " + " +
-                       iva.toMachineText() + " - " + credito.toMachineText());
+// One sale from the command line to the saved movement; `clave` names parked
+// lines to start from, taken from the store in the same transaction as the save.
+int venderDesde(Contexto& c, const std::string* clave) {
+  const Venta v = ventaDe(c);
+  const std::int32_t sesionVenta = sesionDeVenta(c);
+  exigirTasa(c);
+  exigirDocumentoLibre(c, v);
+  CVarelta aparcado;
+  if (clave) {
+    // Read without taking: the rolled-back load leaves the entry parked.
+    c.db->BeginTrans();
+    TempVarelta().load(*clave, aparcado);
+    c.db->Rollback();
+    if (aparcado.colDetalles->Count() == 0)
+      throw Rechazo("Referencia " + *clave + " no registrada.");
   }
-}
-
-std::shared_ptr<CVarelta> movimientoDePagos(Contexto& c) {
-  auto mov = std::make_shared<CVarelta>();
-  for (const auto& pago : c.args.valores("pago")) {
-    auto [codigo, cuanto] = parDe(pago, "pago");
-    const auto medio = ObtenerMedioPago(codigo);
-    if (!medio)
-      throw std::runtime_error("Medio de pago desconocido: " + codigo);
-    auto linea = std::make_shared<CDetalleIngreso>();
-    linea->medio = medio->codigo;
-    linea->montoNominal = monto(cuanto, "pago");
-    linea->Monto = CCur(linea->montoNominal.toDouble() * medio->FactorCambio());
-    mov->colDetalles->Add(linea);
-  }
-  return mov;
+  Collection<CDetalleIngreso>* aparcadas = clave ? aparcado.colDetalles.get() : nullptr;
+  const auto mov =
+      c.args.bandera("aceptar") ? cobrarConGuion(v, aparcadas) : cobrarEnPantalla(c, v, aparcadas);
+  if (!mov)
+    throw Rechazo("Cobro no completado: nada se guardó");
+  guardar(c, v, sesionVenta, *mov, [&] {
+    if (!clave)
+      return;
+    CVarelta tomado;
+    TempVarelta().load(*clave, tomado);
+    if (tomado.colDetalles->Count() == 0)
+      throw Rechazo("La referencia " + *clave + " ya fue retomada en otra caja: nada se guardó");
+  });
+  CVarelta guardado;
+  guardado.load(mov->TransID);
+  salida(c).movimiento(guardado);
+  return kExito;
 }
 
 const std::string& clave(Contexto& c) {
-  if (c.args.posicionales().empty())
-    throw std::runtime_error("Falta la clave");
   return c.args.posicionales().front();
 }
-
-}  // namespace
 
 int init(Contexto& c) {
   if (c.args.bandera("demo"))
@@ -139,39 +243,16 @@ int init(Contexto& c) {
 }
 
 int cobrar(Contexto& c) {
-  const auto venta = c.args.valor("venta");
-  if (!venta)
-    throw std::runtime_error("Falta --venta");
-  const Currency v = monto(*venta, "venta");
-  const Currency iva = montoOpcional(c.args, "iva");
-  const Currency credito = montoOpcional(c.args, "credito");
-  comprobarTotal(v, iva, credito);
-  std::shared_ptr<CVarelta> mov;
-  if (c.args.bandera("aceptar")) {
-    mov = cobrarConGuion(c, v, iva, credito);
-  } else {
-    if (!c.conPantalla)
-      throw std::runtime_error("No hay pantalla: use --pago CODIGO=MONTO y --aceptar");
-    instalarDialogosQt();
-    CServiciosCaja servicios;
-    servicios.Init(Variant(), c.db);
-    mov = servicios.Varelta(Variant(v), Variant(iva), Variant(credito),
-                            c.args.valor("titulo", "Cobro"));
-  }
-  if (!mov) {
-    std::cerr << "Cobro no completado: nada se guardó\n";
-    return kRechazado;
-  }
-  guardar(c, *mov);
-  CVarelta guardado;
-  guardado.load(mov->TransID);
-  salida(c).movimiento(guardado);
-  return kExito;
+  return venderDesde(c, nullptr);
+}
+
+int retomar(Contexto& c) {
+  return venderDesde(c, &clave(c));
 }
 
 int saldo(Contexto& c) {
   SaldoCaja s;
-  s.load(entero(c.args.valor("maquina", "1"), "--maquina"));
+  s.load(static_cast<std::int32_t>(c.args.entero("maquina", 1, 32767).value_or(1)));
   salida(c).saldo(s);
   return kExito;
 }
@@ -181,16 +262,17 @@ int movimiento(Contexto& c) {
   bool hallado = false;
   if (const auto doc = c.args.valor("documento")) {
     const auto [tipo, numero] = parDe(*doc, "documento");
-    hallado = mov.LoadFromDocumento(tipo, entero(numero, "--documento")) && mov.load(mov.TransID);
+    hallado = mov.LoadFromDocumento(
+                  tipo, static_cast<std::int32_t>(enteroDe(numero, "--documento", 0, kMaximo32))) &&
+              mov.load(mov.TransID);
   } else if (!c.args.posicionales().empty()) {
-    hallado = mov.load(entero(c.args.posicionales().front(), "NUMERO"));
+    hallado = mov.load(
+        static_cast<std::int32_t>(enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32)));
   } else {
-    throw std::runtime_error("Indique NUMERO o --documento TIPO:NUMERO");
+    throw ErrorUso("Indique NUMERO o --documento TIPO:NUMERO");
   }
-  if (!hallado) {
-    std::cerr << "Movimiento no encontrado\n";
-    return kRechazado;
-  }
+  if (!hallado)
+    throw Rechazo("Movimiento no encontrado");
   salida(c).movimiento(mov);
   return kExito;
 }
@@ -198,7 +280,7 @@ int movimiento(Contexto& c) {
 int medios(Contexto& c) {
   if (c.args.bandera("editar")) {
     if (!c.conPantalla)
-      throw std::runtime_error("No hay pantalla para editar el catálogo");
+      throw ErrorUso("No hay pantalla para editar el catálogo");
     instalarDialogosQt();
     CServiciosCaja servicios;
     servicios.Init(Variant(), c.db);
@@ -217,21 +299,22 @@ int medios(Contexto& c) {
 }
 
 int aparcar(Contexto& c) {
-  auto mov = movimientoDePagos(c);
-  TempVarelta t;
-  t.Save(clave(c), *mov);
-  salida(c).lineas(clave(c), *mov->colDetalles);
-  return kExito;
-}
-
-int retomar(Contexto& c) {
+  const auto lista = pagos(c);
+  if (lista.empty())
+    throw ErrorUso("Nada que aparcar: indique --pago CODIGO=MONTO");
+  if (CLng(c.db->ReadScalar("SELECT COUNT(*) FROM saveMovsCaja WHERE clave = ?", {clave(c)})) > 0)
+    throw Rechazo("La clave " + clave(c) + " ya está en uso: retómela, o descártela con caja " +
+                  "revertir " + clave(c));
   CVarelta mov;
-  TempVarelta t;
-  t.load(clave(c), mov);
-  if (mov.colDetalles->Count() == 0) {
-    std::cerr << "Referencia " << clave(c) << " no registrada.\n";
-    return kRechazado;
+  for (auto [codigo, monto] : lista) {
+    const auto medio = ObtenerMedioPago(codigo);
+    auto linea = std::make_shared<CDetalleIngreso>();
+    linea->medio = codigo;
+    linea->montoNominal = monto;
+    linea->Monto = medio ? CCur(monto.toDouble() * medio->FactorCambio()) : monto;
+    mov.colDetalles->Add(linea);
   }
+  c.db->EnTransaccion([&] { TempVarelta().Save(clave(c), mov); });
   salida(c).lineas(clave(c), *mov.colDetalles);
   return kExito;
 }
@@ -243,19 +326,146 @@ int revertir(Contexto& c) {
 }
 
 int supervisor(Contexto& c) {
-  if (!c.args.bandera("agregar") || c.args.posicionales().empty())
-    throw std::runtime_error("Uso: caja supervisor --agregar NOMBRE [--nivel N]");
+  if (!c.args.bandera("agregar"))
+    throw ErrorUso("Uso: caja supervisor --agregar NOMBRE [--nivel N]");
+  const auto nivel = static_cast<int>(c.args.entero("nivel", 0, 9).value_or(5));
   std::string pin = c.args.valor("pin", "");
   if (pin.empty()) {
     std::cerr << "PIN: ";
     std::getline(std::cin, pin);
   }
   if (pin.size() < 4)
-    throw std::runtime_error("El PIN debe tener al menos 4 caracteres");
-  agregarSupervisor(*c.db, c.args.posicionales().front(), pin,
-                    entero(c.args.valor("nivel", "5"), "--nivel"));
+    throw ErrorUso("El PIN debe tener al menos 4 caracteres");
+  agregarSupervisor(*c.db, c.args.posicionales().front(), pin, nivel);
   salida(c).mensaje("Supervisor " + c.args.posicionales().front() + " registrado");
   return kExito;
+}
+
+using Ejecutor = int (*)(Contexto&);
+
+const Opcion kOperador{"operador", "O", "quién lo hace (por omisión CAJERO)"};
+const Opcion kMaquina{"maquina", "N", "la máquina de la caja (por omisión 1)"};
+
+const std::vector<Opcion> kOpcionesCobro = {
+    {"venta", "V", "monto de la venta sin impuesto"},
+    {"iva", "I", "impuesto de la venta (por omisión 0)"},
+    {"credito", "C", "crédito que se descuenta (por omisión 0)"},
+    {"titulo", "T", "título de la ventana y descripción del movimiento"},
+    {"sesion", "S", "sesión de la caja (por omisión la única abierta)"},
+    kOperador,
+    {"documento", "TIPO:NUMERO", "documento que se cobra; uno ya cobrado se rechaza"},
+    {"repetir", nullptr, "cobrar un documento ya cobrado"},
+    {"entidad", "TIPO:CODIGO", "cliente (por omisión CLI:C0001)"},
+    {"pago", "CODIGO=MONTO", "monto tecleado en la entrada del medio (EFE: efectivo)", true},
+    {"aceptar", nullptr, "teclear los pagos en el diálogo sin mostrarlo y aceptar"},
+};
+
+struct Comando {
+  DefinicionComando definicion;
+  Ejecutor ejecutor;
+};
+
+const std::vector<Comando>& comandos() {
+  static const std::vector<Comando> lista = {
+      {{"init",
+        "[--demo]",
+        "crea la base de datos; con --demo, catálogo, sesión 1 en la máquina 1, tasa 36.50 y "
+        "empresa de ejemplo",
+        {{"demo", nullptr, "datos de demostración"}}},
+       init},
+      {{"tasa", "[VALOR]", "muestra o fija la tasa de cambio de la caja", {}, 0, 1}, tasa},
+      {{"sesion",
+        "[abrir --maquina N [--operador O] | cerrar [--sesion S]]",
+        "lista las sesiones abiertas, abre una o cierra una",
+        {kMaquina, kOperador, {"sesion", "S", "la sesión que se cierra"}},
+        0,
+        1},
+       sesion},
+      {{"cobrar", "--venta V [opciones]", "cobra una venta y guarda el movimiento", kOpcionesCobro},
+       cobrar},
+      {{"aparcar",
+        "CLAVE --pago CODIGO=MONTO ...",
+        "aparca líneas de pago bajo CLAVE",
+        {{"pago", "CODIGO=MONTO", "línea aparcada", true}},
+        1,
+        1},
+       aparcar},
+      {{"retomar", "CLAVE --venta V [opciones]",
+        "cobra una venta empezando por las líneas aparcadas bajo CLAVE, que se liberan al "
+        "guardarla",
+        kOpcionesCobro, 1, 1},
+       retomar},
+      {{"revertir", "CLAVE", "descarta lo aparcado bajo CLAVE", {}, 1, 1}, revertir},
+      {{"movimiento",
+        "NUMERO | --documento TIPO:NUMERO",
+        "un movimiento guardado con sus líneas, totales y conceptos",
+        {{"documento", "TIPO:NUMERO", "el movimiento que cobró ese documento"}},
+        0,
+        1},
+       movimiento},
+      {{"movimientos",
+        "[--desde FECHA] [--hasta FECHA] [--sesion S] [--operador O] [--csv]",
+        "los movimientos, con los totales por medio y el IGTF",
+        {{"desde", "AAAA-MM-DD", "desde ese día"},
+         {"hasta", "AAAA-MM-DD", "hasta ese día, inclusive"},
+         {"sesion", "S", "solo los de esa sesión"},
+         {"operador", "O", "solo los de ese operador"},
+         {"csv", nullptr, "salida en CSV"}}},
+       movimientos},
+      {{"anular",
+        "NUMERO [--motivo TEXTO]",
+        "anula un movimiento: revierte su transacción de caja y lo marca anulado",
+        {{"motivo", "TEXTO", "por qué se anula"}, kOperador},
+        1,
+        1},
+       anular},
+      {{"saldo", "[--maquina N]", "el saldo de la caja por medio, con su tasa", {kMaquina}}, saldo},
+      {{"cierre",
+        "[--maquina N] [--contado CODIGO=MONTO ...] [--denominaciones CODIGO:VxC,...]",
+        "arqueo de cierre: esperado según el saldo, contado y diferencia por medio; queda "
+        "registrado",
+        {kMaquina,
+         kOperador,
+         {"contado", "CODIGO=MONTO", "lo contado de un medio, en su moneda", true},
+         {"denominaciones", "CODIGO:VALORxCANTIDAD,...",
+          "lo contado de un medio por denominaciones", true}}},
+       cierre},
+      {{"cierres", "[--maquina N]", "los cierres registrados", {kMaquina}}, cierres},
+      {{"medios",
+        "[--editar]",
+        "el catálogo de medios de pago",
+        {{"editar", nullptr, "abrir el diálogo del catálogo"}}},
+       medios},
+      {{"supervisor",
+        "--agregar NOMBRE [--nivel N]",
+        "registra un supervisor; el PIN se lee de la entrada estándar",
+        {{"agregar", nullptr, "agregar o cambiar un supervisor"},
+         {"nivel", "N", "nivel de autorización, de 0 a 9 (por omisión 5)"},
+         {"pin", "PIN", "el PIN, en lugar de leerlo"}},
+        1,
+        1},
+       supervisor},
+  };
+  return lista;
+}
+
+}  // namespace
+
+const std::vector<DefinicionComando>& definicionesComandos() {
+  static const std::vector<DefinicionComando> lista = [] {
+    std::vector<DefinicionComando> d;
+    for (const auto& c : comandos())
+      d.push_back(c.definicion);
+    return d;
+  }();
+  return lista;
+}
+
+int ejecutarComando(Contexto& c) {
+  for (const auto& comando : comandos())
+    if (c.args.comando() == comando.definicion.nombre)
+      return comando.ejecutor(c);
+  throw ErrorUso("Comando desconocido: " + c.args.comando());
 }
 
 }  // namespace caja::app

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <ostream>
+#include <stdexcept>
 
 #include "app/LineaComandos.h"
 #include "host/HostSql.h"
@@ -10,9 +11,14 @@ namespace caja::app {
 
 // Exit statuses of the program.
 inline constexpr int kExito = 0;
-inline constexpr int kRechazado = 1;  // the dialog or the store refused
+inline constexpr int kRechazado = 1;  // the dialog, the store or the till's state refused
 inline constexpr int kUso = 2;        // the command line was wrong
 inline constexpr int kError = 3;      // a raised error
+
+// A refusal that leaves everything as it was (exit 1), with its reason.
+struct Rechazo : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
 
 // What every command works with: the command line, the open database, where
 // to print and whether a screen is there.
@@ -23,14 +29,17 @@ struct Contexto {
   bool conPantalla;
 };
 
-int init(Contexto& c);
-int cobrar(Contexto& c);
-int saldo(Contexto& c);
-int movimiento(Contexto& c);
-int medios(Contexto& c);
-int aparcar(Contexto& c);
-int retomar(Contexto& c);
-int revertir(Contexto& c);
-int supervisor(Contexto& c);
+// The commands, with their options and help.
+const std::vector<DefinicionComando>& definicionesComandos();
+// Runs the command the line names on the open database.
+int ejecutarComando(Contexto& c);
+
+// The till's day: sessions, rate, listings, voiding and closing.
+int sesion(Contexto& c);
+int tasa(Contexto& c);
+int movimientos(Contexto& c);
+int anular(Contexto& c);
+int cierre(Contexto& c);
+int cierres(Contexto& c);
 
 }  // namespace caja::app

@@ -1,5 +1,7 @@
 #include "app/Salida.h"
 
+#include <QString>
+#include <charconv>
 #include <cstdio>
 #include <iomanip>
 
@@ -21,6 +23,13 @@ std::string columna(const std::string& texto, std::size_t ancho) {
 
 std::string numero(Currency c) {
   return c.toMachineText();
+}
+
+// A rate: the shortest text that reads back as the same double.
+std::string numero(double d) {
+  char buf[32];
+  const auto [fin, ec] = std::to_chars(buf, buf + sizeof buf, d);
+  return ec == std::errc() ? std::string(buf, fin) : "0";
 }
 
 std::string lineasJson(Collection<CDetalleIngreso>& lineas) {
@@ -45,8 +54,10 @@ void lineasTexto(std::ostream& out, Collection<CDetalleIngreso>& lineas) {
 }  // namespace
 
 std::string json(const std::string& texto) {
+  const std::string utf8 =
+      QString::fromUtf8(texto.data(), static_cast<qsizetype>(texto.size())).toUtf8().toStdString();
   std::string s = "\"";
-  for (unsigned char c : texto) {
+  for (unsigned char c : utf8) {
     if (c == '"' || c == '\\') {
       s += '\\';
       s += static_cast<char>(c);
@@ -59,6 +70,12 @@ std::string json(const std::string& texto) {
     }
   }
   return s + "\"";
+}
+
+std::string csv(const std::string& texto) {
+  if (texto.find_first_of(",\"\r\n") == std::string::npos)
+    return texto;
+  return "\"" + replaceAll(texto, "\"", "\"\"") + "\"";
 }
 
 void Salida::movimiento(CVarelta& mov) {
@@ -75,7 +92,7 @@ void Salida::movimiento(CVarelta& mov) {
          << ",\"sesion\":" << mov.Sesion << ",\"operador\":" << json(mov.Operador)
          << ",\"documento\":" << json(mov.TipoDocRel + ":" + std::to_string(mov.NumeroDocRel))
          << ",\"debitos\":" << numero(mov.Debitos) << ",\"creditos\":" << numero(mov.Creditos)
-         << ",\"igtf\":" << numero(mov.montoIGTF) << ",\"tipoCambio\":" << mov.tipoCambio
+         << ",\"igtf\":" << numero(mov.montoIGTF) << ",\"tipoCambio\":" << numero(mov.tipoCambio)
          << ",\"lineas\":" << lineasJson(*lineas) << ",\"totales\":{";
     for (std::size_t i = 0; i < std::size(totales); ++i)
       out_ << (i ? "," : "") << json(totales[i].first) << ":" << numero(totales[i].second);
@@ -117,7 +134,7 @@ void Salida::saldo(SaldoCaja& saldo) {
       out_ << (primero ? "" : ",") << "{\"medio\":" << json(d->codigoMedio)
            << ",\"valorMN\":" << numero(d->valorMN)
            << ",\"valorNominal\":" << numero(d->valorNominal)
-           << ",\"tipoCambio\":" << saldo.tipoCambio(d->codigoMedio) << "}";
+           << ",\"tipoCambio\":" << numero(saldo.tipoCambio(d->codigoMedio)) << "}";
       primero = false;
     }
     out_ << "]}\n";
@@ -137,7 +154,7 @@ void Salida::medios(const std::vector<std::shared_ptr<CMedioPago>>& medios) {
       const auto& m = *medios[i];
       out_ << (i ? "," : "") << "{\"codigo\":" << json(m.codigo) << ",\"titulo\":" << json(m.Titulo)
            << ",\"clase\":" << static_cast<int>(m.Clase) << ",\"atributos\":" << m.Atributos
-           << ",\"factor\":" << m.FactorCambio() << ",\"posicion\":" << m.posicion << "}";
+           << ",\"factor\":" << numero(m.FactorCambio()) << ",\"posicion\":" << m.posicion << "}";
     }
     out_ << "]\n";
     return;
@@ -163,6 +180,123 @@ void Salida::mensaje(const std::string& texto) {
     out_ << "{\"mensaje\":" << json(texto) << "}\n";
   } else {
     out_ << texto << '\n';
+  }
+}
+
+void Salida::sesion(std::int32_t numero, std::int32_t maquina) {
+  if (json_)
+    out_ << "{\"sesion\":" << numero << ",\"maquina\":" << maquina << "}\n";
+  else
+    out_ << numero << '\n';
+}
+
+void Salida::sesiones(const std::vector<SesionAbierta>& lista) {
+  if (json_) {
+    out_ << "[";
+    for (std::size_t i = 0; i < lista.size(); ++i)
+      out_ << (i ? "," : "") << "{\"sesion\":" << lista[i].sesion
+           << ",\"maquina\":" << lista[i].maquina << ",\"operador\":" << json(lista[i].operador)
+           << ",\"apertura\":" << json(lista[i].apertura.toIsoText()) << "}";
+    out_ << "]\n";
+    return;
+  }
+  if (lista.empty())
+    out_ << "No hay sesiones abiertas\n";
+  for (const auto& s : lista)
+    out_ << "Sesión " << s.sesion << "  máquina " << s.maquina << "  operador " << s.operador
+         << "  abierta " << s.apertura.toIsoText() << '\n';
+}
+
+void Salida::tasa(double valor) {
+  if (json_)
+    out_ << "{\"tasa\":" << numero(valor) << "}\n";
+  else
+    out_ << "Tasa de la caja: " << numero(valor) << '\n';
+}
+
+void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
+                         const std::vector<TotalMedio>& totales, Currency igtf, bool conCsv) {
+  if (json_) {
+    out_ << "{\"movimientos\":[";
+    for (std::size_t i = 0; i < filas.size(); ++i) {
+      const auto& f = filas[i];
+      out_ << (i ? "," : "") << "{\"numero\":" << f.numero
+           << ",\"fecha\":" << json(f.fecha.date().toString())
+           << ",\"hora\":" << json(f.hora.timeOfDay().toString()) << ",\"sesion\":" << f.sesion
+           << ",\"operador\":" << json(f.operador) << ",\"documento\":" << json(f.documento)
+           << ",\"debitos\":" << numero(f.debitos) << ",\"creditos\":" << numero(f.creditos)
+           << ",\"igtf\":" << numero(f.igtf) << ",\"anulado\":" << (f.anulado ? "true" : "false")
+           << "}";
+    }
+    out_ << "],\"totales\":[";
+    for (std::size_t i = 0; i < totales.size(); ++i)
+      out_ << (i ? "," : "") << "{\"medio\":" << json(totales[i].medio)
+           << ",\"montoMN\":" << numero(totales[i].montoMN)
+           << ",\"montoNominal\":" << numero(totales[i].montoNominal) << "}";
+    out_ << "],\"igtf\":" << numero(igtf) << "}\n";
+    return;
+  }
+  if (conCsv) {
+    out_ << "numero,fecha,hora,sesion,operador,documento,debitos,creditos,igtf,anulado\r\n";
+    for (const auto& f : filas)
+      out_ << f.numero << ',' << f.fecha.date().toString() << ',' << f.hora.timeOfDay().toString()
+           << ',' << f.sesion << ',' << csv(f.operador) << ',' << csv(f.documento) << ','
+           << numero(f.debitos) << ',' << numero(f.creditos) << ',' << numero(f.igtf) << ','
+           << (f.anulado ? "si" : "no") << "\r\n";
+    out_ << "\r\nmedio,montoMN,montoNominal\r\n";
+    for (const auto& t : totales)
+      out_ << csv(t.medio) << ',' << numero(t.montoMN) << ',' << numero(t.montoNominal) << "\r\n";
+    out_ << "IGTF," << numero(igtf) << ",\r\n";
+    return;
+  }
+  out_ << "Número  Fecha       Hora      Sesión  Operador    Documento         Débitos        "
+          "Créditos     IGTF\n";
+  for (const auto& f : filas)
+    out_ << std::left << std::setw(8) << f.numero << f.fecha.date().toString() << "  "
+         << f.hora.timeOfDay().toString() << "  " << std::setw(8) << f.sesion
+         << columna(f.operador, 12) << columna(f.documento, 12) << std::right << std::setw(14)
+         << monto(f.debitos) << std::setw(16) << monto(f.creditos) << std::setw(9) << monto(f.igtf)
+         << (f.anulado ? "  ANULADO" : "") << '\n';
+  out_ << "Totales por medio (moneda nacional, nominal), sin los anulados:\n";
+  for (const auto& t : totales)
+    out_ << "  " << columna(t.medio, 6) << std::right << std::setw(24) << monto(t.montoMN)
+         << std::setw(24) << monto(t.montoNominal) << '\n';
+  out_ << "  " << columna("IGTF", 6) << std::setw(24) << monto(igtf) << '\n';
+}
+
+void Salida::cierres(const std::vector<Cierre>& lista) {
+  if (json_) {
+    out_ << "[";
+    for (std::size_t i = 0; i < lista.size(); ++i) {
+      const auto& c = lista[i];
+      out_ << (i ? "," : "") << "{\"cierre\":" << c.id << ",\"maquina\":" << c.maquina
+           << ",\"fecha\":" << json(c.fecha.toIsoText()) << ",\"operador\":" << json(c.operador)
+           << ",\"medios\":[";
+      for (std::size_t j = 0; j < c.lineas.size(); ++j) {
+        const auto& l = c.lineas[j];
+        out_ << (j ? "," : "") << "{\"medio\":" << json(l.medio)
+             << ",\"esperadoMN\":" << numero(l.esperadoMN)
+             << ",\"esperadoNominal\":" << numero(l.esperadoNominal)
+             << ",\"tipoCambio\":" << numero(l.tipoCambio) << ",\"contado\":" << numero(l.contado)
+             << ",\"diferencia\":" << numero(l.diferencia) << "}";
+      }
+      out_ << "]}";
+    }
+    out_ << "]\n";
+    return;
+  }
+  if (lista.empty())
+    out_ << "No hay cierres registrados\n";
+  for (const auto& c : lista) {
+    out_ << "Cierre " << c.id << "  máquina " << c.maquina << "  " << c.fecha.toIsoText()
+         << "  operador " << c.operador << "\n"
+         << "  medio    esperado (MN)   esperado (nominal)      tasa         contado      "
+            "diferencia\n";
+    for (const auto& l : c.lineas)
+      out_ << "  " << columna(l.medio, 6) << std::right << std::setw(16) << monto(l.esperadoMN)
+           << std::setw(21) << monto(l.esperadoNominal) << std::setw(10)
+           << Format(Variant(l.tipoCambio), "#,##0.0000") << std::setw(16) << monto(l.contado)
+           << std::setw(16) << monto(l.diferencia) << '\n';
   }
 }
 

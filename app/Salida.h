@@ -10,6 +10,40 @@
 
 namespace caja::app {
 
+struct FilaMovimiento {
+  std::int32_t numero;
+  Fecha fecha, hora;
+  std::int32_t sesion;
+  std::string operador, documento;
+  Currency debitos, creditos, igtf;
+  bool anulado;
+};
+
+struct TotalMedio {
+  std::string medio;
+  Currency montoMN, montoNominal;
+};
+
+struct SesionAbierta {
+  std::int32_t sesion, maquina;
+  std::string operador;
+  Fecha apertura;
+};
+
+struct LineaCierre {
+  std::string medio;
+  Currency esperadoMN, esperadoNominal;
+  double tipoCambio;
+  Currency contado, diferencia;
+};
+
+struct Cierre {
+  std::int32_t id, maquina;
+  Fecha fecha;
+  std::string operador;
+  std::vector<LineaCierre> lineas;
+};
+
 // Prints what the commands show, as text for people or as JSON for scripts.
 class Salida {
  public:
@@ -20,13 +54,24 @@ class Salida {
   void medios(const std::vector<std::shared_ptr<CMedioPago>>& medios);
   void lineas(const std::string& titulo, Collection<CDetalleIngreso>& lineas);
   void mensaje(const std::string& texto);
+  void sesion(std::int32_t numero, std::int32_t maquina);
+  void sesiones(const std::vector<SesionAbierta>& lista);
+  void tasa(double valor);
+  // One row per movement, then the totals per method and the IGTF.
+  void movimientos(const std::vector<FilaMovimiento>& filas, const std::vector<TotalMedio>& totales,
+                   Currency igtf, bool csv);
+  void cierres(const std::vector<Cierre>& lista);
 
  private:
   std::ostream& out_;
   bool json_;
 };
 
-// A JSON string literal.
+// A JSON string literal (RFC 8259): quotes, backslashes and control
+// characters escaped, and any byte that is not UTF-8 as U+FFFD, so that the
+// output always parses.
 std::string json(const std::string& texto);
+// A CSV field (RFC 4180): quoted when it holds a comma, a quote or a line break.
+std::string csv(const std::string& texto);
 
 }  // namespace caja::app

@@ -1,14 +1,13 @@
-// caja: a small point-of-sale host over the embedded SQLite database. It
-// follows the calling order a host of the component uses: create
-// CServiciosCaja, Init once, Varelta per sale, then Save and commitTransEf
-// inside one database transaction.
+// caja: a small point-of-sale host over the embedded SQLite database or a
+// PostgreSQL server. It follows the calling order a host of the component
+// uses: create CServiciosCaja, Init once, Varelta per sale, then Save and
+// commitTransEf inside one database transaction.
 
 #include <QApplication>
 #include <QDir>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <map>
 #include <thread>
 
 #include "app/Comandos.h"
@@ -24,40 +23,36 @@ namespace {
 using namespace caja;
 using namespace caja::app;
 
-const char* const kTextoUso =
-    "Uso: caja COMANDO [opciones] [--db ARCHIVO|postgresql://USUARIO@SERVIDOR:PUERTO/BASE] "
-    "[--json]\n"
-    "  init [--demo]\n"
-    "  cobrar --venta V [--iva I] [--credito C] [--titulo T] [--sesion S] [--operador O]\n"
-    "         [--documento TIPO:NUMERO] [--entidad TIPO:CODIGO] [--pago CODIGO=MONTO ... "
-    "--aceptar]\n"
-    "  saldo [--maquina N]\n"
-    "  movimiento NUMERO | movimiento --documento TIPO:NUMERO\n"
-    "  medios [--editar]\n"
-    "  aparcar CLAVE --pago CODIGO=MONTO ...   retomar CLAVE   revertir CLAVE\n"
-    "  supervisor --agregar NOMBRE [--nivel N]\n";
-
 bool hayPantalla() {
   return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
-std::string baseDeDatosPorDefecto() {
+// The default file, under the user's data folder; the folder is made only
+// for a command that creates the database.
+std::string baseDeDatosPorDefecto(bool crear) {
   const char* xdg = std::getenv("XDG_DATA_HOME");
   const char* home = std::getenv("HOME");
   const std::filesystem::path raiz =
       xdg && *xdg ? std::filesystem::path(xdg)
                   : std::filesystem::path(home ? home : ".") / ".local" / "share";
-  std::filesystem::create_directories(raiz / "caja");
+  if (crear)
+    std::filesystem::create_directories(raiz / "caja");
   return (raiz / "caja" / "caja.db").string();
 }
 
-// A server by its connection URI, or the embedded file (the default one when
-// --db is not given; its folder is made only then).
+// A server by its connection URI, or the file. Only `init` creates a file:
+// every other command needs the database it names to be there already, so a
+// mistyped --db never leaves an empty database behind.
 std::shared_ptr<HostSql> abrirBaseDeDatos(const LineaComandos& args) {
   const auto db = args.valor("db");
   if (db && PostgresFactoria::EsUri(*db))
     return PostgresFactoria::Conectar(*db);
-  return SqliteFactoria::Abrir(db ? *db : baseDeDatosPorDefecto());
+  const bool crear = args.comando() == "init";
+  const std::string archivo = db ? *db : baseDeDatosPorDefecto(crear);
+  if (!crear && !std::filesystem::exists(archivo))
+    throw CajaError(kErrorBaseDatos, "caja",
+                    "No existe la base de datos " + archivo + " (créela con caja init)");
+  return SqliteFactoria::Abrir(archivo);
 }
 
 // A fault-test hook: with CAJA_PRUEBA_PAUSA_MS set, the post procedure says
@@ -76,35 +71,24 @@ void instalarPausaDePrueba(HostSql& db) {
 }
 
 int ejecutar(const LineaComandos& args, bool conPantalla) {
-  using Comando = int (*)(Contexto&);
-  const std::map<std::string, Comando> comandos = {{"init", init},
-                                                   {"cobrar", cobrar},
-                                                   {"saldo", saldo},
-                                                   {"movimiento", movimiento},
-                                                   {"medios", medios},
-                                                   {"aparcar", aparcar},
-                                                   {"retomar", retomar},
-                                                   {"revertir", revertir},
-                                                   {"supervisor", supervisor}};
-  const auto it = comandos.find(args.comando());
-  if (it == comandos.end()) {
-    std::cerr << kTextoUso;
-    return kUso;
-  }
   const auto db = abrirBaseDeDatos(args);
   InicializarEntorno(db);
   db->SetCarpetaIconos(QCoreApplication::applicationDirPath().toStdString() + "/iconos");
   instalarVerificador(*db, conPantalla);
   instalarPausaDePrueba(*db);
   Contexto contexto{args, db, std::cout, conPantalla};
-  return it->second(contexto);
+  return ejecutarComando(contexto);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    const LineaComandos args(argc, argv);
+    const LineaComandos args(argc, argv, definicionesComandos());
+    if (args.ayuda()) {
+      std::cout << textoAyuda(definicionesComandos(), args.definicion());
+      return kExito;
+    }
     const bool conPantalla = hayPantalla() && !args.bandera("aceptar");
     if (!conPantalla)
       qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -116,11 +100,17 @@ int main(int argc, char** argv) {
     if (conPantalla)
       setHostUtil(std::make_shared<QtHostUtil>());
     return ejecutar(args, conPantalla);
+  } catch (const ErrorUso& e) {
+    std::cerr << e.what() << '\n';
+    return kUso;
+  } catch (const Rechazo& e) {
+    std::cerr << e.what() << '\n';
+    return kRechazado;
   } catch (const CajaError& e) {
     std::cerr << "Error " << e.number() << " (" << e.source() << "): " << e.description() << '\n';
     return kError;
   } catch (const std::exception& e) {
     std::cerr << e.what() << '\n';
-    return kUso;
+    return kError;
   }
 }

@@ -9,6 +9,7 @@
 #include <QStatusBar>
 
 #include "base/Conversiones.h"
+#include "base/Texto.h"
 #include "dialogs/frmDetallesMedio.h"
 #include "dialogs/frmShowVuelto.h"
 #include "service/General.h"
@@ -377,15 +378,43 @@ void frmVarelta::aceptar() {
   accept();
 }
 
+// The input of a method, by its code in any letter case: nullopt inside for
+// national cash, nullopt outside when the method has no input.
+std::optional<std::optional<std::size_t>> frmVarelta::entradaDe(const std::string& codigo) const {
+  if (equalsIgnoreCase(codigo, "EFE"))
+    return std::optional<std::size_t>{};
+  for (std::size_t i = 0; i < txMediosX.size(); ++i)
+    if (equalsIgnoreCase(cobro_->medios[i].Codigo, codigo))
+      return std::optional<std::size_t>{i};
+  return std::nullopt;
+}
+
 bool frmVarelta::teclear(const std::string& codigo, Currency monto) {
-  CajaNumerica* caja = codigo == "EFE" ? txEfectivo : nullptr;
-  for (std::size_t i = 0; i < txMediosX.size() && !caja; ++i)
-    if (cobro_->medios[i].Codigo == codigo)
-      caja = txMediosX[i];
-  if (!caja)
+  const auto entrada = entradaDe(codigo);
+  if (!entrada)
     return false;
-  caja->setValor(monto);
+  (*entrada ? txMediosX[**entrada] : txEfectivo)->setValor(monto);
   leerEntradas();
+  recalcular(false);
+  return true;
+}
+
+bool frmVarelta::precargar(const CDetalleIngreso& linea) {
+  const auto entrada = entradaDe(linea.medio);
+  if (!entrada)
+    return false;
+  leerEntradas();
+  const auto p = cobro_->particulares(*entrada);
+  p->montoNominal += linea.montoNominal;
+  p->IdTitular = linea.IdTitular;
+  p->NumeroCuenta = linea.NumeroCuenta;
+  p->NumeroDocumento = linea.NumeroDocumento;
+  p->ClaveAutorizacion = linea.ClaveAutorizacion;
+  p->CodigoEmisor = linea.CodigoEmisor;
+  for (const auto& d : *linea.Denominaciones)
+    p->Denominaciones->Add(d);
+  cobro_->tomarParticulares(*entrada);
+  mostrarEntradas();
   recalcular(false);
   return true;
 }

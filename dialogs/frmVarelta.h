@@ -44,6 +44,9 @@ class frmVarelta : public QDialog {
   bool teclear(const std::string& codigo, Currency monto);
   // Runs the accept button; true when the movement was filled.
   bool aceptarGuion();
+  // Adds a line taken up again (a parked one) to the input of its method,
+  // particulars and counted coins included. False for a code without an input.
+  bool precargar(const CDetalleIngreso& linea);
 
   CobroVarelta& cobro() { return *cobro_; }
   std::shared_ptr<CVarelta> resultado() const { return cobro_ ? cobro_->resultado : nullptr; }
@@ -58,6 +61,7 @@ class frmVarelta : public QDialog {
   void done(int resultado) override;
 
  private:
+  std::optional<std::optional<std::size_t>> entradaDe(const std::string& codigo) const;
   void crearControles();
   void crearEntradaMedio(std::size_t i);
   void conectarEntrada(CajaNumerica* caja, std::optional<std::size_t> indice);

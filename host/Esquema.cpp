@@ -151,6 +151,28 @@ const std::vector<Tabla> kTablas = {
     {"hostLog",
      {{"id", T::Identidad, ""}, {"Fecha", T::FechaHora, ""}, {"Mensaje", T::TextoExacto, ""}},
      {}},
+    // The host program's day: voided movements and closing counts.
+    {"hostAnulaciones",
+     {{"TransID", T::Entero, "PRIMARY KEY REFERENCES MovimientosCaja (TransID)"},
+      {"Fecha", T::FechaHora, ""},
+      {"Operador", T::Texto, ""},
+      {"Motivo", T::TextoExacto, "DEFAULT ''"}},
+     {}},
+    {"hostCierres",
+     {{"id", T::Identidad, ""},
+      {"MachineID", T::Entero, "NOT NULL"},
+      {"Fecha", T::FechaHora, ""},
+      {"Operador", T::Texto, ""}},
+     {}},
+    {"hostCierreDetalles",
+     {{"idCierre", T::Entero, "NOT NULL REFERENCES hostCierres (id)"},
+      {"codigoMedio", T::Texto, "NOT NULL"},
+      {"esperadoMN", T::Dinero, "NOT NULL DEFAULT 0"},
+      {"esperadoNominal", T::Dinero, "NOT NULL DEFAULT 0"},
+      {"tipoCambio", T::Flotante, "NOT NULL DEFAULT 0"},
+      {"contado", T::Dinero, "NOT NULL DEFAULT 0"},
+      {"diferencia", T::Dinero, "NOT NULL DEFAULT 0"}},
+     "PRIMARY KEY (idCierre, codigoMedio)"},
 };
 
 const std::vector<Indice> kIndices = {

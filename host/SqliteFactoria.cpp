@@ -282,9 +282,10 @@ void SqliteFactoria::ejecutarGuion(const std::string& sql) {
   }
 }
 
-// Creates the schema, or converts an older one, once: the version is read
-// again under the write lock, so that tills opening the file together do
-// the work only once.
+// Creates the schema, or brings an older one up to date, once: the version
+// is read again under the write lock, so that tills opening the file together
+// do the work only once. Version 0 kept money as floating point; version 1
+// lacked the host program's own tables, which creating the schema adds.
 void SqliteFactoria::prepararEsquema() {
   if (CLng(ReadScalar("PRAGMA user_version")) == kVersionEsquema)
     return;
@@ -296,11 +297,11 @@ void SqliteFactoria::prepararEsquema() {
     ejecutarGuion("PRAGMA foreign_keys = OFF");
   BeginTrans();
   try {
-    if (CLng(ReadScalar("PRAGMA user_version")) != kVersionEsquema) {
-      if (anterior)
+    const long version = CLng(ReadScalar("PRAGMA user_version"));
+    if (version != kVersionEsquema) {
+      if (version == 0 && anterior)
         migrarDineroExacto();
-      else
-        crearEsquema();
+      crearEsquema();
       ejecutarGuion("PRAGMA user_version = " + std::to_string(kVersionEsquema));
     }
     CommitTrans();
@@ -318,17 +319,15 @@ void SqliteFactoria::crearEsquema() {
     ejecutarGuion(crearIndice(i));
 }
 
-// Schema version 0 kept money as floating point. Each table is rebuilt with
-// the checked integer columns and its rows copied over, money converted
-// exactly; identities keep counting from where they were.
+// Schema version 0 kept money as floating point. Each of its tables is
+// rebuilt with the checked integer columns and its rows copied over, money
+// converted exactly; identities keep counting from where they were.
 void SqliteFactoria::migrarDineroExacto() {
   for (const Tabla& t : tablasEsquema()) {
     const std::string nombre(t.nombre);
     if (CLng(ReadScalar("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name = ?",
-                        {nombre})) == 0) {
-      ejecutarGuion(crearTabla(t, kDialectoSqlite));
+                        {nombre})) == 0)
       continue;
-    }
     std::string columnas, valores;
     for (const Columna& c : t.columnas) {
       const std::string col(c.nombre);
@@ -347,8 +346,6 @@ void SqliteFactoria::migrarDineroExacto() {
       ExecuteSQL("UPDATE sqlite_sequence SET seq = MAX(seq, ?) WHERE name = ?",
                  {secuencia, nombre});
   }
-  for (const Indice& i : indicesEsquema())
-    ejecutarGuion(crearIndice(i));
 }
 
 SqliteFactoria::~SqliteFactoria() {

@@ -26,7 +26,7 @@ namespace caja {
 class SqliteFactoria : public HostSql {
  public:
   // Schema version kept in PRAGMA user_version.
-  static constexpr int kVersionEsquema = 1;
+  static constexpr int kVersionEsquema = 2;
 
   // Opens or creates the file; raises kErrorBaseDatos when it cannot.
   static std::shared_ptr<SqliteFactoria> Abrir(const std::string& archivo);

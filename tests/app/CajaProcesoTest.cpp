@@ -3,6 +3,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <map>
@@ -30,15 +34,9 @@ std::string leer(const std::filesystem::path& p) {
   return s.str();
 }
 
-class CajaProceso : public test::PorMotor {
+// The host program run as a separate process on the test's database.
+class ProcesoCaja : public test::PorMotor {
  protected:
-  void SetUp() override {
-    test::PorMotor::SetUp();
-    if (!IsSkipped()) {
-      ASSERT_EQ(correr("init --demo").estado, 0);
-    }
-  }
-
   std::string caja(const std::string& argumentos) const {
     return "env -u DISPLAY -u WAYLAND_DISPLAY " + std::string(CAJA_BIN) + " " + argumentos +
            " --db '" + destino() + "'";
@@ -53,6 +51,17 @@ class CajaProceso : public test::PorMotor {
   }
 
   Currency monto(const std::string& sql) { return CCur(db->ReadScalar(sql)); }
+};
+
+// On the demo database: catalogue, session 1 on machine 1, rate 36.50.
+class CajaProceso : public ProcesoCaja {
+ protected:
+  void SetUp() override {
+    ProcesoCaja::SetUp();
+    if (!IsSkipped()) {
+      ASSERT_EQ(correr("init --demo").estado, 0);
+    }
+  }
 };
 
 TEST_P(CajaProceso, ScriptedSaleSavesItsLinesAndMovesTheDrawer) {
@@ -192,7 +201,166 @@ TEST_P(CajaProceso, EightTillsAtOnceSaveEachSaleOnceUnderItsOwnNumber) {
   }
 }
 
+// Counts of what a command could write, to tell that a refused one wrote nothing.
+std::string huella(HostSql& db) {
+  std::string h;
+  for (const char* tabla :
+       {"MovimientosCaja", "DetallesVarelta", "saveMovsCaja", "SesionesPOS", "SesionesCerradas",
+        "parametrosEmpresa", "hostCierres", "hostAnulaciones", "hostSupervisores", "cvCaja"})
+    h += std::to_string(CLng(db.ReadScalar(std::string("SELECT COUNT(*) FROM ") + tabla))) + " ";
+  return h;
+}
+
+TEST_P(CajaProceso, FaultyCommandLinesAreRefusedInOneSpanishLineAndWriteNothing) {
+  struct Caso {
+    const char* argumentos;
+    int estado;
+    const char* dice;
+  };
+  const Caso casos[] = {
+      {"cobrar --venta 10 --pago EFE=10 --operdor PEDRO --aceptar", 2,
+       "Opción desconocida: --operdor"},
+      {"cobrar --venta 10 --pagos EFE=10 --aceptar", 2, "Opción desconocida: --pagos"},
+      {"cobrar --venta 10 --pago EFE=10 --sesion 4294967297 --aceptar", 2, "--sesion: 4294967297"},
+      {"cobrar --venta 10 --pago EFE=10 --documento FAC:99999999999 --aceptar", 2,
+       "--documento: 99999999999"},
+      {"cobrar --venta -10 --pago EFE=10 --aceptar", 2, "--venta: -10"},
+      {"cobrar --venta 5 --credito -1 --pago EFE=5 --aceptar", 2, "--credito: -1"},
+      {"cobrar --venta 0 --iva 0 --aceptar", 2, "No hay nada que cobrar"},
+      {"cobrar --venta 10.00001 --pago EFE=10 --aceptar", 2, "--venta: 10.00001"},
+      {"cobrar --aceptar --venta", 2, "Falta el valor de --venta"},
+      {"cobrar --venta --aceptar", 2, "Falta el valor de --venta"},
+      {"cobrar --venta 10 --venta 11 --aceptar", 2, "--venta se dio más de una vez"},
+      {"cobrar --venta 10 --pago XYZ=10 --aceptar", 2, "Medio de pago desconocido en --pago: XYZ"},
+      {"cobrar --venta 10 --pago EFE=10 --titulo \"$(printf '\\377')\" --aceptar", 2,
+       "no es texto UTF-8 válido"},
+      {"cobrar --venta 922337203685477.5808 --pago EFE=1 --aceptar", 3,
+       "fuera del rango de la moneda"},
+      {"cobrar --venta 100 --pago EFE=10 --sesion 7 --aceptar", 1,
+       "La sesión 7 no existe: abra una con caja sesion abrir --maquina N"},
+      {"vender", 2, "Comando desconocido: vender"},
+      {"saldo --venta 3", 2, "La opción --venta no es de caja saldo"},
+      {"aparcar", 2, "Uso: caja aparcar CLAVE"},
+      {"tasa abc", 2, "Tasa no válida: abc"},
+      {"movimientos --desde 2026-13-01", 2, "Fecha no válida para --desde"},
+      {"cierre --contado EFE=5 --contado efe=6", 2, "se contó más de una vez"},
+      {"cierre --denominaciones EFE:20", 2, "Denominación no válida: 20"},
+      {"anular 99", 1, "Movimiento 99 no encontrado"},
+  };
+  const std::string antes = huella(*db);
+  for (const Caso& c : casos) {
+    SCOPED_TRACE(c.argumentos);
+    const Resultado r = correr(c.argumentos);
+    EXPECT_EQ(r.estado, c.estado);
+    EXPECT_NE(r.errores.find(c.dice), std::string::npos) << r.errores;
+    EXPECT_EQ(std::count(r.errores.begin(), r.errores.end(), '\n'), 1) << r.errores;
+  }
+  EXPECT_EQ(huella(*db), antes);
+}
+
+TEST_P(CajaProceso, HelpListsTheCommandsAndEachOnesOptionsInSpanish) {
+  const Resultado general = correr("--help");
+  EXPECT_EQ(general.estado, 0);
+  for (const char* comando :
+       {"init", "tasa", "sesion", "cobrar", "aparcar", "retomar", "revertir", "movimiento",
+        "movimientos", "anular", "saldo", "cierre", "cierres", "medios", "supervisor"})
+    EXPECT_NE(general.salida.find(std::string("\n  ") + comando + " "), std::string::npos)
+        << comando;
+  const Resultado cobrar = correr("cobrar --help");
+  EXPECT_EQ(cobrar.estado, 0);
+  EXPECT_NE(cobrar.salida.find("--venta V"), std::string::npos) << cobrar.salida;
+  EXPECT_NE(cobrar.salida.find("--pago CODIGO=MONTO ..."), std::string::npos) << cobrar.salida;
+}
+
+// Parked lines come back into the dialog; the key is freed only by the sale
+// that saves them, and a key in use is not parked over.
+TEST_P(CajaProceso, RetomarStartsFromTheParkedLinesAndFreesTheKeyOnlyWhenSaved) {
+  ASSERT_EQ(correr("aparcar V1 --pago efe=10 --pago USD=1").estado, 0);
+  const Resultado otra = correr("aparcar v1 --pago EFE=5");
+  EXPECT_EQ(otra.estado, 1);
+  EXPECT_NE(otra.errores.find("ya está en uso"), std::string::npos) << otra.errores;
+  EXPECT_EQ(correr("retomar V1 --venta 100 --aceptar").estado, 1);  // 10 + 1 USD fall short
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM saveMovsCaja"), 1);
+  ASSERT_EQ(correr("retomar v1 --venta 40 --aceptar").estado, 0);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM saveMovsCaja"), 0);
+  EXPECT_EQ(monto("SELECT MontoNominal FROM DetallesVarelta WHERE Medio = 'USD'"), cur("1"));
+  EXPECT_EQ(correr("retomar V1 --venta 40 --aceptar").estado, 1);
+}
+
 INSTANTIATE_TEST_SUITE_P(Motores, CajaProceso, ::testing::ValuesIn(test::motores()),
+                         test::nombreMotor);
+
+// A till's day from a database made without --demo.
+class JornadaCaja : public ProcesoCaja {};
+
+TEST_P(JornadaCaja, OpenSellListVoidAndCloseExactly) {
+  ASSERT_EQ(correr("init").estado, 0);
+  EXPECT_NE(correr("cobrar --venta 100 --pago EFE=100 --aceptar").errores.find("caja sesion abrir"),
+            std::string::npos);
+  const Resultado abierta = correr("sesion abrir --maquina 1 --operador ANA");
+  ASSERT_EQ(abierta.estado, 0) << abierta.errores;
+  EXPECT_EQ(abierta.salida, "1\n");
+  const Resultado sinTasa = correr("cobrar --venta 100 --pago EFE=100 --aceptar");
+  EXPECT_EQ(sinTasa.estado, 1);
+  EXPECT_NE(sinTasa.errores.find("caja tasa VALOR"), std::string::npos) << sinTasa.errores;
+  ASSERT_EQ(correr("tasa 36.5").estado, 0);
+
+  const std::string venta = " --sesion 1 --operador ANA --aceptar";
+  ASSERT_EQ(correr("cobrar --venta 100 --iva 16 --pago EFE=120 --documento FAC:1" + venta).estado,
+            0);
+  ASSERT_EQ(correr("cobrar --venta 50 --pago efe=50 --documento FAC:2" + venta).estado, 0);
+  const Resultado doble = correr("cobrar --venta 50 --pago EFE=50 --documento FAC:2" + venta);
+  EXPECT_EQ(doble.estado, 1);
+  EXPECT_NE(doble.errores.find("ya se cobró en el movimiento 2"), std::string::npos)
+      << doble.errores;
+  EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("166"));
+
+  const Resultado lista = correr("movimientos --csv");
+  EXPECT_NE(lista.salida.find(",1,ANA,FAC:1,116,0,0,no\r\n"), std::string::npos) << lista.salida;
+  EXPECT_NE(lista.salida.find("\r\nEFE,166,166\r\nIGTF,0,\r\n"), std::string::npos) << lista.salida;
+
+  ASSERT_EQ(correr("anular 1 --motivo \"cliente \\\"arrepentido\\\"\"").estado, 0);
+  EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("50"));
+  EXPECT_EQ(correr("anular 1").estado, 1);
+  const Resultado json = correr("movimientos --json");
+  const auto doc = QJsonDocument::fromJson(QByteArray::fromStdString(json.salida));
+  ASSERT_TRUE(doc.isObject()) << json.salida;
+  EXPECT_TRUE(doc["movimientos"][0]["anulado"].toBool());
+  EXPECT_EQ(doc["totales"][0]["montoMN"].toInt(), 50);
+  // A voided charge does not hold its document.
+  EXPECT_EQ(correr("cobrar --venta 100 --iva 16 --pago EFE=116 --documento FAC:1" + venta).estado,
+            0);
+
+  const Resultado cierre = correr("cierre --maquina 1 --contado EFE=164.5 --operador ANA --json");
+  ASSERT_EQ(cierre.estado, 0) << cierre.errores;
+  EXPECT_NE(cierre.salida.find("\"esperadoMN\":166,\"esperadoNominal\":166,\"tipoCambio\":1,"
+                               "\"contado\":164.5,\"diferencia\":-1.5}"),
+            std::string::npos)
+      << cierre.salida;
+  EXPECT_NE(correr("cierres").salida.find("-1.50"), std::string::npos);
+  ASSERT_EQ(correr("sesion cerrar --sesion 1").estado, 0);
+  EXPECT_NE(correr("cobrar --venta 10 --pago EFE=10 --sesion 1 --aceptar")
+                .errores.find("La sesión 1 está cerrada"),
+            std::string::npos);
+}
+
+// A mistyped file is never created by a command that reads, nor is the
+// default data folder when --db names another place.
+TEST(CajaSinBase, ReadingCommandsNeverCreateADatabase) {
+  test::CarpetaTemporal carpeta;
+  const std::string archivo = (carpeta.ruta() / "no-existe.db").string();
+  for (const char* comando : {"saldo", "movimientos", "medios", "cierres", "movimiento 1"}) {
+    SCOPED_TRACE(comando);
+    const std::string cmd = "env XDG_DATA_HOME=" + carpeta.ruta().string() + " " +
+                            std::string(CAJA_BIN) + " " + comando + " --db " + archivo +
+                            " >/dev/null 2>&1";
+    EXPECT_EQ(WEXITSTATUS(std::system(cmd.c_str())), 3);
+    EXPECT_FALSE(std::filesystem::exists(archivo));
+    EXPECT_FALSE(std::filesystem::exists(carpeta.ruta() / "caja"));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Motores, JornadaCaja, ::testing::ValuesIn(test::motores()),
                          test::nombreMotor);
 
 }  // namespace

@@ -1,0 +1,343 @@
+// The till's day through the host program: sessions, the rate, listings,
+// voiding and the closing count. Voids and closings are kept in the host's
+// own tables (hostAnulaciones, hostCierres, hostCierreDetalles).
+
+#include <QStringList>
+#include <charconv>
+#include <limits>
+#include <map>
+
+#include "app/Comandos.h"
+#include "app/Salida.h"
+#include "base/Conversiones.h"
+#include "base/Texto.h"
+#include "drawer/SaldoCaja.h"
+#include "drawer/TransaccionEfectivo.h"
+#include "movement/CVarelta.h"
+#include "service/General.h"
+#include "service/HostUtil.h"
+
+namespace caja::app {
+
+namespace {
+
+constexpr std::int64_t kMaximo32 = std::numeric_limits<std::int32_t>::max();
+
+Salida salida(Contexto& c) {
+  return Salida(c.out, c.args.bandera("json"));
+}
+
+std::int32_t maquina(Contexto& c) {
+  return static_cast<std::int32_t>(c.args.entero("maquina", 1, 32767).value_or(1));
+}
+
+std::string operador(Contexto& c) {
+  return c.args.valor("operador", "CAJERO");
+}
+
+// The catalogue's spelling of a code typed in any letter case; ErrorUso for
+// a code the catalogue does not have.
+std::string codigoDe(std::string codigo, const char* opcion) {
+  if (equalsIgnoreCase(codigo, "EFE"))
+    return "EFE";
+  const auto medio = ObtenerMedioPago(codigo);
+  if (!medio)
+    throw ErrorUso(std::string("Medio de pago desconocido en --") + opcion + ": " + codigo);
+  return medio->codigo;
+}
+
+std::vector<SesionAbierta> sesionesAbiertas(Contexto& c) {
+  std::vector<SesionAbierta> lista;
+  auto rs = c.db->openrecordset("SELECT * FROM SesionesPOS ORDER BY SessionID");
+  for (; !rs->Eof(); rs->MoveNext())
+    lista.push_back({NzLong(rs->Fields("SessionID")), NzLong(rs->Fields("MachineID")),
+                     NzTexto(rs->Fields("Operador")), NzFecha(rs->Fields("Apertura"))});
+  return lista;
+}
+
+int abrirSesion(Contexto& c) {
+  const std::int32_t m = maquina(c);
+  std::int32_t nueva = 0;
+  c.db->EnTransaccion([&] {
+    const Variant abierta =
+        c.db->ReadScalar("SELECT SessionID FROM SesionesPOS WHERE MachineID = ?", {m});
+    if (!abierta.isEmpty())
+      throw Rechazo("La máquina " + std::to_string(m) + " ya tiene abierta la sesión " +
+                    std::to_string(CLng(abierta)) + ": ciérrela con caja sesion cerrar");
+    nueva = 1 + std::max(NzLong(c.db->ReadScalar("SELECT MAX(SessionID) FROM SesionesPOS")),
+                         NzLong(c.db->ReadScalar("SELECT MAX(SessionID) FROM SesionesCerradas")));
+    c.db->ExecuteSQL(
+        "INSERT INTO SesionesPOS (SessionID, MachineID, Operador, Apertura) "
+        "VALUES (?, ?, ?, getdate())",
+        {nueva, m, operador(c)});
+  });
+  salida(c).sesion(nueva, m);
+  return kExito;
+}
+
+int cerrarSesion(Contexto& c) {
+  const auto dada = c.args.entero("sesion", 1, kMaximo32);
+  const Variant s = dada ? Variant(static_cast<std::int32_t>(*dada))
+                         : c.db->ReadScalar("SELECT SessionID FROM SesionesPOS WHERE MachineID = ?",
+                                            {maquina(c)});
+  if (s.isEmpty())
+    throw Rechazo("La máquina " + std::to_string(maquina(c)) + " no tiene sesión abierta");
+  c.db->EnTransaccion([&] {
+    const long movidas = c.db->ExecuteSQL(
+        "INSERT INTO SesionesCerradas (SessionID, MachineID, Operador, Apertura, Cierre) "
+        "SELECT SessionID, MachineID, Operador, Apertura, getdate() FROM SesionesPOS "
+        "WHERE SessionID = ?",
+        {s});
+    if (movidas == 0)
+      throw Rechazo("La sesión " + std::to_string(CLng(s)) + " no está abierta");
+    c.db->ExecuteSQL("DELETE FROM SesionesPOS WHERE SessionID = ?", {s});
+  });
+  salida(c).mensaje("Sesión " + std::to_string(CLng(s)) + " cerrada");
+  return kExito;
+}
+
+// A rate as typed: digits with '.' for decimals, above zero.
+double tasaDe(const std::string& texto) {
+  double tasa = 0;
+  const auto [fin, ec] =
+      std::from_chars(texto.data(), texto.data() + texto.size(), tasa, std::chars_format::fixed);
+  if (texto.empty() || texto.find_first_not_of("0123456789.") != std::string::npos ||
+      ec != std::errc() || fin != texto.data() + texto.size() || !(tasa > 0) || tasa > 1e12)
+    throw ErrorUso("Tasa no válida: " + texto + " (un número mayor que 0, con punto decimal)");
+  return tasa;
+}
+
+// One filter for the listing and its totals.
+struct Filtro {
+  std::string condiciones;
+  Argumentos args;
+};
+
+Filtro filtroDe(Contexto& c) {
+  Filtro f;
+  if (const auto desde = c.args.fecha("desde")) {
+    f.condiciones += " AND M.Fecha >= ?";
+    f.args.emplace_back(*desde);
+  }
+  if (const auto hasta = c.args.fecha("hasta")) {
+    f.condiciones += " AND M.Fecha < ?";
+    f.args.emplace_back(*hasta + Fecha(1.0));
+  }
+  if (const auto s = c.args.entero("sesion", 0, kMaximo32)) {
+    f.condiciones += " AND M.Sesion = ?";
+    f.args.emplace_back(static_cast<std::int32_t>(*s));
+  }
+  if (const auto o = c.args.valor("operador")) {
+    f.condiciones += " AND M.Operador = ?";
+    f.args.emplace_back(*o);
+  }
+  return f;
+}
+
+std::vector<FilaMovimiento> filasDe(Contexto& c, const Filtro& f) {
+  std::vector<FilaMovimiento> filas;
+  auto rs = c.db->openrecordset(
+      "SELECT M.TransID, M.Fecha, M.Hora, M.Sesion, M.Operador, M.TipoDocumento, "
+      "M.NumeroDocumento, M.Debitos, M.Creditos, M.MontoIGTF, A.TransID AS Anulado "
+      "FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID "
+      "WHERE 1 = 1" +
+          f.condiciones + " ORDER BY M.TransID",
+      f.args);
+  for (; !rs->Eof(); rs->MoveNext())
+    filas.push_back({NzLong(rs->Fields("TransID")), NzFecha(rs->Fields("Fecha")),
+                     NzFecha(rs->Fields("Hora")), NzLong(rs->Fields("Sesion")),
+                     NzTexto(rs->Fields("Operador")),
+                     NzTexto(rs->Fields("TipoDocumento")) + ":" +
+                         std::to_string(NzLong(rs->Fields("NumeroDocumento"))),
+                     NzMoneda(rs->Fields("Debitos")), NzMoneda(rs->Fields("Creditos")),
+                     NzMoneda(rs->Fields("MontoIGTF")), !rs->Fields("Anulado").isNull()});
+  return filas;
+}
+
+// Totals of the movements that stand (voided ones left out), added here
+// rather than by the database so that no sum ever leaves Currency.
+std::vector<TotalMedio> totalesDe(Contexto& c, const Filtro& f) {
+  std::map<std::string, TotalMedio> porMedio;
+  auto rs = c.db->openrecordset(
+      "SELECT D.Medio, D.Monto, D.MontoNominal FROM DetallesVarelta D "
+      "INNER JOIN MovimientosCaja M ON M.TransID = D.TransID "
+      "LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE A.TransID IS NULL" +
+          f.condiciones,
+      f.args);
+  for (; !rs->Eof(); rs->MoveNext()) {
+    const std::string medio = NzTexto(rs->Fields("Medio"));
+    auto& t = porMedio[upperAscii(medio)];
+    if (t.medio.empty())
+      t.medio = medio;
+    t.montoMN += NzMoneda(rs->Fields("Monto"));
+    t.montoNominal += NzMoneda(rs->Fields("MontoNominal"));
+  }
+  std::vector<TotalMedio> totales;
+  for (const auto& [clave, t] : porMedio)
+    totales.push_back(t);
+  return totales;
+}
+
+// What was counted per method: amounts given whole, or notes and coins
+// ("EFE:20x3,5x1"); a method counted twice is a mistake of the command line.
+std::map<std::string, Currency> contados(Contexto& c) {
+  std::map<std::string, Currency> lista;
+  auto anotar = [&](const std::string& codigo, Currency monto, const char* opcion) {
+    if (!lista.emplace(codigoDe(codigo, opcion), monto).second)
+      throw ErrorUso("El medio " + codigo + " se contó más de una vez");
+  };
+  for (const auto& texto : c.args.valores("contado")) {
+    const auto [codigo, monto] = parDe(texto, "contado");
+    anotar(codigo, montoDe(monto, "--contado " + codigo), "contado");
+  }
+  for (const auto& texto : c.args.valores("denominaciones")) {
+    const auto [codigo, lista] = parDe(texto, "denominaciones");
+    Currency total;
+    for (const QString& q : QString::fromStdString(lista).split(',')) {
+      const std::string pieza = q.toStdString();
+      const auto x = pieza.find('x');
+      if (x == std::string::npos)
+        throw ErrorUso("Denominación no válida: " + pieza + " (use VALORxCANTIDAD)");
+      const Currency valor = montoDe(pieza.substr(0, x), "--denominaciones " + codigo);
+      const auto cantidad = enteroDe(pieza.substr(x + 1), "--denominaciones " + codigo, 0, 32767);
+      total += valor * static_cast<std::int16_t>(cantidad);
+    }
+    anotar(codigo, total, "denominaciones");
+  }
+  return lista;
+}
+
+std::vector<LineaCierre> lineasDeCierre(std::int32_t m, std::map<std::string, Currency> contado) {
+  std::vector<LineaCierre> lineas;
+  SaldoCaja saldo;
+  saldo.load(m);
+  for (const auto& d : *saldo.detalles) {
+    const auto it = contado.find(d->codigoMedio);
+    const Currency cuenta = it == contado.end() ? Currency{} : it->second;
+    if (it != contado.end())
+      contado.erase(it);
+    lineas.push_back({d->codigoMedio, d->valorMN, d->valorNominal, saldo.tipoCambio(d->codigoMedio),
+                      cuenta, cuenta - d->valorNominal});
+  }
+  // Counted and yet not in the drawer: all of it is a difference.
+  for (const auto& [codigo, cuenta] : contado)
+    lineas.push_back({codigo, Currency{}, Currency{}, 1.0, cuenta, cuenta});
+  return lineas;
+}
+
+}  // namespace
+
+int sesion(Contexto& c) {
+  const std::string accion = c.args.posicionales().empty() ? "" : c.args.posicionales().front();
+  if (accion == "abrir")
+    return abrirSesion(c);
+  if (accion == "cerrar")
+    return cerrarSesion(c);
+  if (!accion.empty())
+    throw ErrorUso("Uso: caja sesion [abrir --maquina N [--operador O] | cerrar [--sesion S]]");
+  salida(c).sesiones(sesionesAbiertas(c));
+  return kExito;
+}
+
+int tasa(Contexto& c) {
+  if (c.args.posicionales().empty()) {
+    const double actual = c.db->TipoCambioCaja();
+    if (actual <= 0)
+      throw Rechazo("La caja no tiene tasa de cambio: fíjela con caja tasa VALOR");
+    salida(c).tasa(actual);
+    return kExito;
+  }
+  const double nueva = tasaDe(c.args.posicionales().front());
+  // Save takes the largest rate of parametrosEmpresa: one row keeps it the current one.
+  c.db->EnTransaccion([&] {
+    c.db->ExecuteSQL("DELETE FROM parametrosEmpresa");
+    c.db->ExecuteSQL("INSERT INTO parametrosEmpresa (Fecha, TipoCambio) VALUES (getdate(), ?)",
+                     {nueva});
+    c.db->ExecuteSQL(
+        "INSERT INTO hostEmpresa (id, TipoCambioCaja) VALUES (1, ?) "
+        "ON CONFLICT (id) DO UPDATE SET TipoCambioCaja = excluded.TipoCambioCaja",
+        {nueva});
+  });
+  salida(c).tasa(nueva);
+  return kExito;
+}
+
+int movimientos(Contexto& c) {
+  const Filtro f = filtroDe(c);
+  const auto filas = filasDe(c, f);
+  Currency igtf;
+  for (const auto& fila : filas)
+    if (!fila.anulado)
+      igtf += fila.igtf;
+  salida(c).movimientos(filas, totalesDe(c, f), igtf, c.args.bandera("csv"));
+  return kExito;
+}
+
+int anular(Contexto& c) {
+  const auto numero =
+      static_cast<std::int32_t>(enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32));
+  CVarelta mov;
+  if (!mov.load(numero))
+    throw Rechazo("Movimiento " + std::to_string(numero) + " no encontrado");
+  c.db->EnTransaccion([&] {
+    auto previa = c.db->openrecordset("SELECT * FROM hostAnulaciones WHERE TransID = ?", {numero});
+    if (!previa->Eof())
+      throw Rechazo("El movimiento " + std::to_string(numero) + " ya fue anulado el " +
+                    NzFecha(previa->Fields("Fecha")).toIsoText() + " por " +
+                    NzTexto(previa->Fields("Operador")));
+    TransaccionEfectivo t;
+    if (t.loadFromTransid(origenTransaccionEfectivo::OTE_MOVCAJA, numero))
+      t.revertir();
+    c.db->ExecuteSQL(
+        "INSERT INTO hostAnulaciones (TransID, Fecha, Operador, Motivo) VALUES (?, getdate(), ?, "
+        "?)",
+        {numero, operador(c), c.args.valor("motivo", "")});
+  });
+  salida(c).mensaje("Movimiento " + std::to_string(numero) + " anulado");
+  return kExito;
+}
+
+int cierre(Contexto& c) {
+  const std::int32_t m = maquina(c);
+  Cierre registro{0, m, Fecha::now(), operador(c), lineasDeCierre(m, contados(c))};
+  c.db->EnTransaccion([&] {
+    c.db->ExecuteSQL("INSERT INTO hostCierres (MachineID, Fecha, Operador) VALUES (?, ?, ?)",
+                     {m, registro.fecha, registro.operador});
+    registro.id = CLng(c.db->ReadScalar("SELECT scope_identity()"));
+    for (const auto& l : registro.lineas)
+      c.db->ExecuteSQL(
+          "INSERT INTO hostCierreDetalles (idCierre, codigoMedio, esperadoMN, esperadoNominal, "
+          "tipoCambio, contado, diferencia) VALUES (?, ?, ?, ?, ?, ?, ?)",
+          {registro.id, l.medio, l.esperadoMN, l.esperadoNominal, l.tipoCambio, l.contado,
+           l.diferencia});
+  });
+  salida(c).cierres({registro});
+  return kExito;
+}
+
+int cierres(Contexto& c) {
+  std::vector<Cierre> lista;
+  const auto m = c.args.entero("maquina", 1, 32767);
+  auto rs = m ? c.db->openrecordset("SELECT * FROM hostCierres WHERE MachineID = ? ORDER BY id",
+                                    {static_cast<std::int32_t>(*m)})
+              : c.db->openrecordset("SELECT * FROM hostCierres ORDER BY id");
+  for (; !rs->Eof(); rs->MoveNext())
+    lista.push_back({NzLong(rs->Fields("id")),
+                     NzLong(rs->Fields("MachineID")),
+                     NzFecha(rs->Fields("Fecha")),
+                     NzTexto(rs->Fields("Operador")),
+                     {}});
+  for (auto& cierre : lista) {
+    auto d = c.db->openrecordset(
+        "SELECT * FROM hostCierreDetalles WHERE idCierre = ? ORDER BY codigoMedio", {cierre.id});
+    for (; !d->Eof(); d->MoveNext())
+      cierre.lineas.push_back({NzTexto(d->Fields("codigoMedio")), NzMoneda(d->Fields("esperadoMN")),
+                               NzMoneda(d->Fields("esperadoNominal")),
+                               NzDouble(d->Fields("tipoCambio")), NzMoneda(d->Fields("contado")),
+                               NzMoneda(d->Fields("diferencia"))});
+  }
+  salida(c).cierres(lista);
+  return kExito;
+}
+
+}  // namespace caja::app
