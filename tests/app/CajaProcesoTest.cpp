@@ -166,7 +166,7 @@ TEST_P(CajaProceso, EightTillsAtOnceSaveEachSaleOnceUnderItsOwnNumber) {
     const std::string T = std::to_string(t);
     guion += "(for i in $(seq 1 " + std::to_string(kVentas) + "); do c=$(printf %02d $i); " +
              caja("cobrar --venta $((" + T + "000 + i)).$c --iva 0 --pago TDD=10 --pago EFE=$((" +
-                  T + "000 + i - 5)).$c --sesion " + T + " --documento FAC:$i --aceptar") +
+                  T + "000 + i - 5)).$c --sesion " + T + " --documento C" + T + ":$i --aceptar") +
              " >/dev/null 2>>" + fallos.string() + " </dev/null || echo caja " + T +
              " venta $i >>" + fallos.string() + "; done) & ";
   }
