@@ -137,13 +137,18 @@ void exigirDocumentoLibre(Contexto& c, const Venta& v) {
                 " (use --repetir para cobrarlo de nuevo)");
 }
 
+// The dialog loaded with the sale's amounts, rounded to cents as the facade does.
+void abrir(frmVarelta& dialogo, const Venta& v) {
+  dialogo.setWindowTitle(QString::fromStdString(v.titulo));
+  dialogo.preparar(RedondearMonto(Variant(v.venta), 2), RedondearMonto(Variant(v.iva), 2),
+                   RedondearMonto(Variant(v.credito), 2));
+}
+
 // The sale typed into the real dialog, unseen, after the parked lines if
 // any, then accepted.
 std::shared_ptr<CVarelta> cobrarConGuion(const Venta& v, Collection<CDetalleIngreso>* aparcadas) {
   frmVarelta dialogo;
-  dialogo.setWindowTitle(QString::fromStdString(v.titulo));
-  dialogo.preparar(RedondearMonto(Variant(v.venta), 2), RedondearMonto(Variant(v.iva), 2),
-                   RedondearMonto(Variant(v.credito), 2));
+  abrir(dialogo, v);
   if (aparcadas)
     for (const auto& linea : *aparcadas)
       if (!dialogo.precargar(*linea))
@@ -165,12 +170,10 @@ std::shared_ptr<CVarelta> cobrarEnPantalla(Contexto& c, const Venta& v,
     return servicios.Varelta(Variant(v.venta), Variant(v.iva), Variant(v.credito), v.titulo);
   }
   frmVarelta dialogo;
-  dialogo.setWindowTitle(QString::fromStdString(v.titulo));
-  dialogo.preparar(RedondearMonto(Variant(v.venta), 2), RedondearMonto(Variant(v.iva), 2),
-                   RedondearMonto(Variant(v.credito), 2));
+  abrir(dialogo, v);
   for (const auto& linea : *aparcadas)
     dialogo.precargar(*linea);
-  return dialogo.exec() == QDialog::Accepted ? dialogo.resultado() : nullptr;
+  return dialogo.mostrar();
 }
 
 // The movement as it was before a failed try: not saved, lines without ids.

@@ -426,6 +426,10 @@ bool frmVarelta::aceptarGuion() {
 
 std::shared_ptr<CVarelta> frmVarelta::Cobrar(Currency venta, Currency iva, Currency credito) {
   preparar(venta, iva, credito);
+  return mostrar();
+}
+
+std::shared_ptr<CVarelta> frmVarelta::mostrar() {
   if (exec() != QDialog::Accepted)
     return nullptr;
   if (cobro_->opciones.mostrarVuelto)

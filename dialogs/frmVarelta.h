@@ -34,6 +34,8 @@ class frmVarelta : public QDialog {
   std::shared_ptr<CVarelta> Cobrar(Currency MontoVenta, Currency MontoIVA, Currency MontoCredito);
   // Loading and opening without showing: what `Cobrar` does before `exec`.
   void preparar(Currency MontoVenta, Currency MontoIVA, Currency MontoCredito);
+  // What `Cobrar` does after `preparar`: shows the dialog modally, then the change.
+  std::shared_ptr<CVarelta> mostrar();
 
   // The tax-change event: amount and cancel flag, both changeable by the listener.
   std::function<void(Currency& monto, bool& cancelar)> Aplicar2602;
