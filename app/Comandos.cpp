@@ -11,10 +11,12 @@
 #include "base/Conversiones.h"
 #include "base/Texto.h"
 #include "dialogs/DialogosQt.h"
+#include "dialogs/frmDefinirVuelto.h"
 #include "dialogs/frmVarelta.h"
 #include "movement/TempVarelta.h"
 #include "service/CServiciosCaja.h"
 #include "service/General.h"
+#include "service/HostUtil.h"
 
 namespace caja::app {
 
@@ -33,15 +35,22 @@ struct Pago {
   Currency monto;
 };
 
-std::vector<Pago> pagos(Contexto& c) {
+// The amounts of a repeatable CODIGO=MONTO option; `otro` is a code that is
+// not in the catalogue and yet accepted ("CREDITO" of --vuelto).
+std::vector<Pago> pagos(Contexto& c, const char* opcion = "pago", const char* otro = "EFE") {
   std::vector<Pago> lista;
-  for (const auto& texto : c.args.valores("pago")) {
-    auto [codigo, cuanto] = parDe(texto, "pago");
+  for (const auto& texto : c.args.valores(opcion)) {
+    auto [codigo, cuanto] = parDe(texto, opcion);
+    const std::string que = std::string("--") + opcion + " " + codigo;
+    if (equalsIgnoreCase(codigo, "EFE") || equalsIgnoreCase(codigo, otro)) {
+      lista.push_back({upperAscii(codigo), montoDe(cuanto, que)});
+      continue;
+    }
     const auto medio = ObtenerMedioPago(codigo);
-    if (!medio && !equalsIgnoreCase(codigo, "EFE"))
-      throw ErrorUso("Medio de pago desconocido en --pago: " + codigo +
+    if (!medio)
+      throw ErrorUso(std::string("Medio de pago desconocido en --") + opcion + ": " + codigo +
                      " (caja medios lista el catálogo)");
-    lista.push_back({medio ? medio->codigo : "EFE", montoDe(cuanto, "--pago " + codigo)});
+    lista.push_back({medio->codigo, montoDe(cuanto, que)});
   }
   return lista;
 }
@@ -53,6 +62,7 @@ struct Venta {
   std::int32_t numDoc = 0;
   bool conDocumento = false;
   std::vector<Pago> pagos;
+  std::vector<Pago> vueltos;  // "CREDITO" for the credited part
 };
 
 Venta ventaDe(Contexto& c) {
@@ -86,6 +96,9 @@ Venta ventaDe(Contexto& c) {
   v.tipoEnt = tipoEnt;
   v.codEnt = codEnt;
   v.pagos = pagos(c);
+  v.vueltos = pagos(c, "vuelto", "CREDITO");
+  if (!v.vueltos.empty() && !c.args.bandera("aceptar"))
+    throw ErrorUso("--vuelto va con --aceptar: en pantalla el cajero reparte el vuelto");
   return v;
 }
 
@@ -144,36 +157,56 @@ void abrir(frmVarelta& dialogo, const Venta& v) {
                    RedondearMonto(Variant(v.credito), 2));
 }
 
-// The sale typed into the real dialog, unseen, after the parked lines if
-// any, then accepted.
-std::shared_ptr<CVarelta> cobrarConGuion(const Venta& v, Collection<CDetalleIngreso>* aparcadas) {
-  frmVarelta dialogo;
+// The change split typed in place of the cashier: the suggestion when no
+// --vuelto was given, else exactly the amounts given.
+bool teclearVuelto(const Venta& v, frmDefinirVuelto& d) {
+  if (!v.vueltos.empty()) {
+    d.limpiar();
+    for (const auto& [codigo, monto] : v.vueltos)
+      if (!d.teclear(codigo, monto))
+        throw ErrorUso("El medio " + codigo + " no da vuelto en este cobro");
+  }
+  return d.aceptarGuion();
+}
+
+// The collection in the real dialog, the parked lines first: typed unseen
+// and accepted (--aceptar), or worked by the cashier on screen. The dialog
+// stays with the caller, who reads the change from it.
+std::shared_ptr<CVarelta> cobrarEn(frmVarelta& dialogo, Contexto& c, const Venta& v,
+                                   Collection<CDetalleIngreso>* aparcadas) {
+  const bool guion = c.args.bandera("aceptar");
+  if (!guion && !c.conPantalla)
+    throw ErrorUso("No hay pantalla: use --pago CODIGO=MONTO y --aceptar");
+  if (!guion)
+    instalarDialogosQt();
   abrir(dialogo, v);
+  if (!v.vueltos.empty() && !dialogo.cobro().opciones.dividirVuelto)
+    throw ErrorUso(
+        "--vuelto necesita que la tienda reparta el vuelto (VueltoDetallado o "
+        "acreditarVueltos en ZOR.ini)");
   if (aparcadas)
     for (const auto& linea : *aparcadas)
       if (!dialogo.precargar(*linea))
         throw Rechazo("El medio de pago " + linea->medio + " no tiene entrada en el cobro");
+  if (!guion)
+    return dialogo.mostrar();
   for (const auto& [codigo, monto] : v.pagos)
     if (!dialogo.teclear(codigo, monto))
       throw ErrorUso("El medio de pago " + codigo + " no tiene entrada en el cobro");
+  dialogo.guionVuelto = [&v](frmDefinirVuelto& d) { return teclearVuelto(v, d); };
   return dialogo.aceptarGuion() ? dialogo.resultado() : nullptr;
 }
 
-std::shared_ptr<CVarelta> cobrarEnPantalla(Contexto& c, const Venta& v,
-                                           Collection<CDetalleIngreso>* aparcadas) {
-  if (!c.conPantalla)
-    throw ErrorUso("No hay pantalla: use --pago CODIGO=MONTO y --aceptar");
-  instalarDialogosQt();
-  if (!aparcadas) {
-    CServiciosCaja servicios;
-    servicios.Init(Variant(), c.db);
-    return servicios.Varelta(Variant(v.venta), Variant(v.iva), Variant(v.credito), v.titulo);
-  }
-  frmVarelta dialogo;
-  abrir(dialogo, v);
-  for (const auto& linea : *aparcadas)
-    dialogo.precargar(*linea);
-  return dialogo.mostrar();
+// How the change went back, kept in the host's own table beside the
+// movement: each change line and the credited amount ("CREDITO").
+void anotarVuelto(Contexto& c, const CVarelta& mov, const Vuelto* cambio) {
+  const std::string sql =
+      "INSERT INTO hostVueltos (TransID, Medio, Monto, MontoNominal) VALUES (?, ?, ?, ?)";
+  if (cambio && mov.Vuelto > Currency{})
+    for (const auto& d : *cambio->detalles())
+      c.db->ExecuteSQL(sql, {mov.TransID, d->medio, Abs(d->Monto), Abs(d->montoNominal)});
+  if (mov.MontoAcreditable > Currency{})
+    c.db->ExecuteSQL(sql, {mov.TransID, "CREDITO", mov.MontoAcreditable, mov.MontoAcreditable});
 }
 
 // The movement as it was before a failed try: not saved, lines without ids.
@@ -184,10 +217,19 @@ void olvidarGuardado(CVarelta& mov) {
     d->Id = 0;
 }
 
-// Saves and commits in one host transaction, after `antes` (which may refuse):
-// a failed save leaves nothing, and a save that collided with another till's
-// runs again.
-void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
+std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId) {
+  std::vector<MontoMedio> lista;
+  auto rs = c.db->openrecordset("SELECT * FROM hostVueltos WHERE TransID = ?", {transId});
+  for (; !rs->Eof(); rs->MoveNext())
+    lista.push_back({NzTexto(rs->Fields("Medio")), NzMoneda(rs->Fields("Monto")),
+                     NzMoneda(rs->Fields("MontoNominal"))});
+  return lista;
+}
+
+// Saves and commits in one host transaction, after `antes` (which may refuse)
+// and with the change: a failed save leaves nothing, and a save that collided
+// with another till's runs again.
+void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, const Vuelto* cambio,
              const std::function<void()>& antes) {
   c.db->EnTransaccion(
       [&] {
@@ -195,6 +237,7 @@ void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
         mov.Save(sesion, v.operador, v.tipoDoc, v.numDoc, v.tipoEnt, v.codEnt, v.titulo,
                  Fecha::today());
         mov.commitTransEf();
+        anotarVuelto(c, mov, cambio);
       },
       [&] { olvidarGuardado(mov); });
 }
@@ -215,12 +258,11 @@ int venderDesde(Contexto& c, const std::string* clave) {
     if (aparcado.colDetalles->Count() == 0)
       throw Rechazo("Referencia " + *clave + " no registrada.");
   }
-  Collection<CDetalleIngreso>* aparcadas = clave ? aparcado.colDetalles.get() : nullptr;
-  const auto mov =
-      c.args.bandera("aceptar") ? cobrarConGuion(v, aparcadas) : cobrarEnPantalla(c, v, aparcadas);
+  frmVarelta dialogo;
+  const auto mov = cobrarEn(dialogo, c, v, clave ? aparcado.colDetalles.get() : nullptr);
   if (!mov)
     throw Rechazo("Cobro no completado: nada se guardó");
-  guardar(c, v, sesionVenta, *mov, [&] {
+  guardar(c, v, sesionVenta, *mov, dialogo.cambio(), [&] {
     if (!clave)
       return;
     CVarelta tomado;
@@ -230,7 +272,7 @@ int venderDesde(Contexto& c, const std::string* clave) {
   });
   CVarelta guardado;
   guardado.load(mov->TransID);
-  salida(c).movimiento(guardado);
+  salida(c).movimiento(guardado, vueltoDe(c, guardado.TransID));
   return kExito;
 }
 
@@ -276,7 +318,7 @@ int movimiento(Contexto& c) {
   }
   if (!hallado)
     throw Rechazo("Movimiento no encontrado");
-  salida(c).movimiento(mov);
+  salida(c).movimiento(mov, vueltoDe(c, mov.TransID));
   return kExito;
 }
 
@@ -361,6 +403,9 @@ const std::vector<Opcion> kOpcionesCobro = {
     {"entidad", "TIPO:CODIGO", "cliente (por omisión CLI:C0001)"},
     {"pago", "CODIGO=MONTO", "monto tecleado en la entrada del medio (EFE: efectivo)", true},
     {"aceptar", nullptr, "teclear los pagos en el diálogo sin mostrarlo y aceptar"},
+    {"vuelto", "CODIGO=MONTO",
+     "vuelto entregado en ese medio (CREDITO: acreditado al cliente); con el vuelto repartido",
+     true},
 };
 
 struct Comando {

@@ -156,8 +156,8 @@ std::vector<FilaMovimiento> filasDe(Contexto& c, const Filtro& f) {
 
 // Totals of the movements that stand (voided ones left out), added here
 // rather than by the database so that no sum ever leaves Currency.
-std::vector<TotalMedio> totalesDe(Contexto& c, const Filtro& f) {
-  std::map<std::string, TotalMedio> porMedio;
+std::vector<MontoMedio> totalesDe(Contexto& c, const Filtro& f) {
+  std::map<std::string, MontoMedio> porMedio;
   auto rs = c.db->openrecordset(
       "SELECT D.Medio, D.Monto, D.MontoNominal FROM DetallesVarelta D "
       "INNER JOIN MovimientosCaja M ON M.TransID = D.TransID "
@@ -172,7 +172,7 @@ std::vector<TotalMedio> totalesDe(Contexto& c, const Filtro& f) {
     t.montoMN += NzMoneda(rs->Fields("Monto"));
     t.montoNominal += NzMoneda(rs->Fields("MontoNominal"));
   }
-  std::vector<TotalMedio> totales;
+  std::vector<MontoMedio> totales;
   for (const auto& [clave, t] : porMedio)
     totales.push_back(t);
   return totales;

@@ -78,7 +78,7 @@ std::string csv(const std::string& texto) {
   return "\"" + replaceAll(texto, "\"", "\"\"") + "\"";
 }
 
-void Salida::movimiento(CVarelta& mov) {
+void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto) {
   auto lineas = mov.detalles();
   const std::pair<const char*, Currency> totales[] = {
       {"Efectivo", mov.Efectivo()},    {"TCVisa", mov.TCVisa()},
@@ -104,6 +104,11 @@ void Salida::movimiento(CVarelta& mov) {
            << ",\"creditos\":" << numero(c->Creditos) << "}";
       primero = false;
     }
+    out_ << "],\"vuelto\":[";
+    for (std::size_t i = 0; i < vuelto.size(); ++i)
+      out_ << (i ? "," : "") << "{\"medio\":" << json(vuelto[i].medio)
+           << ",\"monto\":" << numero(vuelto[i].montoMN)
+           << ",\"montoNominal\":" << numero(vuelto[i].montoNominal) << "}";
     out_ << "]}\n";
     return;
   }
@@ -124,6 +129,12 @@ void Salida::movimiento(CVarelta& mov) {
       out_ << "  " << c->TipoDoc << " " << c->NumeroDoc << " (" << monto(c->Debitos) << " / "
            << monto(c->Creditos) << ")";
   out_ << "\n";
+  if (vuelto.empty())
+    return;
+  out_ << "Vuelto (medio, monto, nominal; CREDITO: acreditado al cliente):\n";
+  for (const auto& v : vuelto)
+    out_ << "  " << std::left << std::setw(8) << v.medio << std::right << std::setw(22)
+         << monto(v.montoMN) << std::setw(24) << monto(v.montoNominal) << '\n';
 }
 
 void Salida::saldo(SaldoCaja& saldo) {
@@ -215,7 +226,7 @@ void Salida::tasa(double valor) {
 }
 
 void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
-                         const std::vector<TotalMedio>& totales, Currency igtf, bool conCsv) {
+                         const std::vector<MontoMedio>& totales, Currency igtf, bool conCsv) {
   if (json_) {
     out_ << "{\"movimientos\":[";
     for (std::size_t i = 0; i < filas.size(); ++i) {

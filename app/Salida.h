@@ -19,7 +19,7 @@ struct FilaMovimiento {
   bool anulado;
 };
 
-struct TotalMedio {
+struct MontoMedio {
   std::string medio;
   Currency montoMN, montoNominal;
 };
@@ -49,7 +49,8 @@ class Salida {
  public:
   Salida(std::ostream& out, bool json) : out_(out), json_(json) {}
 
-  void movimiento(CVarelta& mov);
+  // A movement with how its change went back (the credited part as "CREDITO").
+  void movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto);
   void saldo(SaldoCaja& saldo);
   void medios(const std::vector<std::shared_ptr<CMedioPago>>& medios);
   void lineas(const std::string& titulo, Collection<CDetalleIngreso>& lineas);
@@ -58,7 +59,7 @@ class Salida {
   void sesiones(const std::vector<SesionAbierta>& lista);
   void tasa(double valor);
   // One row per movement, then the totals per method and the IGTF.
-  void movimientos(const std::vector<FilaMovimiento>& filas, const std::vector<TotalMedio>& totales,
+  void movimientos(const std::vector<FilaMovimiento>& filas, const std::vector<MontoMedio>& totales,
                    Currency igtf, bool csv);
   void cierres(const std::vector<Cierre>& lista);
 

@@ -10,6 +10,7 @@
 
 #include "base/Conversiones.h"
 #include "base/Texto.h"
+#include "dialogs/frmDefinirVuelto.h"
 #include "dialogs/frmDetallesMedio.h"
 #include "dialogs/frmShowVuelto.h"
 #include "service/General.h"
@@ -366,8 +367,11 @@ void frmVarelta::aceptar() {
   aceptando_ = true;
   leerEntradas();
   recalcular(false);
-  Vuelto vuelto;
-  auto mov = cobro_->LlenarVarelta(vuelto);
+  if (cobro_->opciones.dividirVuelto)
+    vuelto_ = std::make_unique<VueltoDividido>(this, guionVuelto);
+  else
+    vuelto_ = std::make_unique<Vuelto>();
+  auto mov = cobro_->LlenarVarelta(*vuelto_);
   aceptando_ = false;
   if (!mov) {
     autoRechazado_ = true;

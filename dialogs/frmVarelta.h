@@ -16,6 +16,7 @@ class QGroupBox;
 namespace caja {
 
 class CajaNumerica;
+class frmDefinirVuelto;
 
 // The collection dialog: the sale's amounts, national cash and one input per
 // active payment method, the running change, and acceptance. The arithmetic is
@@ -50,6 +51,12 @@ class frmVarelta : public QDialog {
   // particulars and counted coins included. False for a code without an input.
   bool precargar(const CDetalleIngreso& linea);
 
+  // What works the change-split dialog when the shop splits change, in place
+  // of the cashier (for hosts that automate a sale); empty: the cashier does.
+  std::function<bool(frmDefinirVuelto&)> guionVuelto;
+  // The change object of the last acceptance: how the change was handed back.
+  const Vuelto* cambio() const { return vuelto_.get(); }
+
   CobroVarelta& cobro() { return *cobro_; }
   std::shared_ptr<CVarelta> resultado() const { return cobro_ ? cobro_->resultado : nullptr; }
   // Inner height in twips for a given number of inputs.
@@ -81,6 +88,7 @@ class frmVarelta : public QDialog {
   void posicionar();
 
   std::unique_ptr<CobroVarelta> cobro_;
+  std::unique_ptr<Vuelto> vuelto_;
   bool recalculando_ = false;
   bool activado_ = false;
   bool aceptando_ = false;

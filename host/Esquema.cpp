@@ -151,7 +151,14 @@ const std::vector<Tabla> kTablas = {
     {"hostLog",
      {{"id", T::Identidad, ""}, {"Fecha", T::FechaHora, ""}, {"Mensaje", T::TextoExacto, ""}},
      {}},
-    // The host program's day: voided movements and closing counts.
+    // The host program's day: how change went back, voided movements and
+    // closing counts.
+    {"hostVueltos",
+     {{"TransID", T::Entero, "NOT NULL REFERENCES MovimientosCaja (TransID)"},
+      {"Medio", T::Texto, "NOT NULL"},
+      {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
+      {"MontoNominal", T::Dinero, "NOT NULL DEFAULT 0"}},
+     {}},
     {"hostAnulaciones",
      {{"TransID", T::Entero, "PRIMARY KEY REFERENCES MovimientosCaja (TransID)"},
       {"Fecha", T::FechaHora, ""},

@@ -100,11 +100,17 @@ Currency multiploMasCercano(Currency monto, Currency paso) {
 
 }  // namespace
 
+Currency PasoVuelto() {
+  return lmGetSettingCur(kAppZOR, kSeccionVarelta, "RedondeoVuelto", Currency::fromRaw(100));
+}
+
+Currency RedondearVuelto(Currency monto) {
+  const Currency paso = PasoVuelto();
+  return paso <= Currency{} ? monto : multiploMasCercano(monto, paso);
+}
+
 std::string FormatearVuelto(const Variant& monto) {
-  const Currency paso =
-      lmGetSettingCur(kAppZOR, kSeccionVarelta, "RedondeoVuelto", Currency::fromRaw(100));
-  const Currency valor = paso <= Currency{} ? CCur(monto) : multiploMasCercano(CCur(monto), paso);
-  return Format(Variant(valor), kFormatoMoneda);
+  return Format(Variant(RedondearVuelto(CCur(monto))), kFormatoMoneda);
 }
 
 }  // namespace caja

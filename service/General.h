@@ -45,5 +45,8 @@ std::shared_ptr<Objeto> CargarIconoArchivo(const std::string& archivo);
 // An amount of change rounded to the step "RedondeoVuelto" (halves up) and
 // written in the "Currency" format.
 std::string FormatearVuelto(const Variant& monto);
+// The step "RedondeoVuelto" (default 0.01), and an amount of change rounded to it.
+Currency PasoVuelto();
+Currency RedondearVuelto(Currency monto);
 
 }  // namespace caja

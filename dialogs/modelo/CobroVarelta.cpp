@@ -44,9 +44,10 @@ OpcionesCobro OpcionesCobro::leer() {
   o.ExcluirIVAIGTF = lmGetSettingBool(kAppZOR, kSeccionVarelta, "ExcluirIVAIGTF", false);
   o.ResaltarVuelto = lmGetSettingBool(kAppZOR, kSeccionVarelta, "ResaltarVuelto", false);
   o.IVA2602 = lmGetSettingBool(kAppZOR, "Config", "IVA2602", false);
+  o.dividirVuelto = lmGetSettingBool(kAppZOR, kSeccionVarelta, "VueltoDetallado", false) ||
+                    lmGetSettingBool(kAppZOR, kSeccionVarelta, "acreditarVueltos", false);
   o.mostrarVuelto = CStr(lmGetSetting(kAppZOR, kSeccionVarelta, "NoMostrarVuelto", "0")) == "0" &&
-                    !lmGetSettingBool(kAppZOR, kSeccionVarelta, "VueltoDetallado", false) &&
-                    !lmGetSettingBool(kAppZOR, kSeccionVarelta, "acreditarVueltos", false);
+                    !o.dividirVuelto;
   o.MaximaUnidadMonetaria = lmGetSettingCur(kAppZOR, kSeccionVarelta, "MaximaUnidadMonetaria",
                                             Currency::fromUnits(10000));
   o.Tolerancia = lmGetSettingCur(kAppZOR, kSeccionVarelta, "Tolerancia", Currency{});

@@ -21,7 +21,8 @@ struct OpcionesCobro {
   bool ExcluirIVAIGTF = false;
   bool ResaltarVuelto = false;
   bool IVA2602 = false;
-  bool mostrarVuelto = true;  // "NoMostrarVuelto" "0" and no detailed or credited change
+  bool dividirVuelto = false;  // "VueltoDetallado" or "acreditarVueltos": the change-split dialog
+  bool mostrarVuelto = true;   // "NoMostrarVuelto" "0" and no detailed or credited change
   Currency MaximaUnidadMonetaria = Currency::fromUnits(10000);
   Currency Tolerancia;
   std::string SimboloMEX = "$";

@@ -76,9 +76,10 @@ std::shared_ptr<CVarelta> CobroVarelta::LlenarVarelta(Vuelto& vuelto) {
   }
   if (mov->Vuelto > Currency{}) {
     Currency acreditable;
-    if (!vuelto.detallarVuelto(mov->Vuelto, acreditable))
+    if (!vuelto.detallarVuelto(*this, mov->Vuelto, acreditable))
       return nullptr;
     mov->MontoAcreditable = acreditable;
+    mov->acreditarVuelto = acreditable > Currency{};
   }
   Currency total;
   if (!efectivo.isZero()) {

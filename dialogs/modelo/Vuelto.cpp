@@ -2,7 +2,7 @@
 
 namespace caja {
 
-bool Vuelto::detallarVuelto(Currency monto, Currency& acreditable) {
+bool Vuelto::detallarVuelto(const CobroVarelta& /*cobro*/, Currency monto, Currency& acreditable) {
   detalles_ = std::make_shared<Collection<CDetalleIngreso>>();
   auto linea = std::make_shared<CDetalleIngreso>();
   linea->medio = "EFE";

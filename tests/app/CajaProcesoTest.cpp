@@ -38,7 +38,8 @@ std::string leer(const std::filesystem::path& p) {
 class ProcesoCaja : public test::PorMotor {
  protected:
   std::string caja(const std::string& argumentos) const {
-    return "env -u DISPLAY -u WAYLAND_DISPLAY " + std::string(CAJA_BIN) + " " + argumentos +
+    return "env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME=" +
+           (carpeta.ruta() / "cfg").string() + " " + std::string(CAJA_BIN) + " " + argumentos +
            " --db '" + destino() + "'";
   }
 
@@ -51,6 +52,11 @@ class ProcesoCaja : public test::PorMotor {
   }
 
   Currency monto(const std::string& sql) { return CCur(db->ReadScalar(sql)); }
+  // The shop's settings file of application ZOR, as the program reads it.
+  void ajustes(const std::string& texto) {
+    std::filesystem::create_directories(carpeta.ruta() / "cfg" / "caja");
+    std::ofstream(carpeta.ruta() / "cfg" / "caja" / "ZOR.ini") << texto;
+  }
 };
 
 // On the demo database: catalogue, session 1 on machine 1, rate 36.50.
@@ -285,6 +291,32 @@ TEST_P(CajaProceso, RetomarStartsFromTheParkedLinesAndFreesTheKeyOnlyWhenSaved) 
   EXPECT_EQ(contar("SELECT COUNT(*) FROM saveMovsCaja"), 0);
   EXPECT_EQ(monto("SELECT MontoNominal FROM DetallesVarelta WHERE Medio = 'USD'"), cur("1"));
   EXPECT_EQ(correr("retomar V1 --venta 40 --aceptar").estado, 1);
+}
+
+// 630.00 paid with 20 USD at 36.50 (730.00, IGTF 18.90): 81.10 of change.
+// Given back as 1 USD and 44.60 Bs., the drawer keeps exactly 19 USD and is
+// 44.60 Bs. short; a credited part is kept beside the movement.
+TEST_P(CajaProceso, SplitChangeMovesTheDrawerByExactlyWhatLeftIt) {
+  ajustes("[frmVarelta]\nVueltoDetallado=1\nAcreditarVueltos=1\n");
+  const std::string venta = "cobrar --venta 630 --pago USD=20 --aceptar --json";
+  const Resultado r = correr(venta + " --vuelto USD=1 --vuelto EFE=44.60");
+  ASSERT_EQ(r.estado, 0) << r.errores;
+  EXPECT_EQ(monto("SELECT valorNominal FROM cvCajaDetalles WHERE codigoMedio = 'USD'"), cur("19"));
+  EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("-44.6"));
+  EXPECT_NE(r.salida.find("\"vuelto\":[{\"medio\":\"EFE\",\"monto\":44.6,\"montoNominal\":44.6},"
+                          "{\"medio\":\"USD\",\"monto\":36.5,\"montoNominal\":1}]"),
+            std::string::npos)
+      << r.salida;
+
+  const Resultado exceso = correr(venta + " --vuelto EFE=100");
+  EXPECT_EQ(exceso.estado, 1);
+  EXPECT_NE(exceso.errores.find("El reparto excede el vuelto en Bs. 18.90"), std::string::npos)
+      << exceso.errores;
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja"), 1);
+
+  ASSERT_EQ(correr(venta + " --vuelto USD=2 --vuelto efe=5 --vuelto CREDITO=3.10").estado, 0);
+  EXPECT_EQ(monto("SELECT Monto FROM hostVueltos WHERE Medio = 'CREDITO'"), cur("3.1"));
+  EXPECT_EQ(monto("SELECT Debitos FROM MovimientosCaja WHERE TransID = 2"), cur("652"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Motores, CajaProceso, ::testing::ValuesIn(test::motores()),
