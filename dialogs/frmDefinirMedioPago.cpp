@@ -17,6 +17,7 @@
 #include "service/General.h"
 #include "service/HostUtil.h"
 #include "uisupport/EstiloQt.h"
+#include "uisupport/Protegido.h"
 #include "uisupport/lmFormPlacement.h"
 
 namespace caja {
@@ -135,11 +136,12 @@ frmDefinirMedioPago::frmDefinirMedioPago(QWidget* parent) : QDialog(parent) {
   cbGuardar = boton(this, "cbGuardar", "&Guardar");
   cbEliminar = boton(this, "cbEliminar", "&Eliminar");
   cbCerrar = boton(this, "cbCerrar", "&Cerrar");
-  connect(cbNuevo, &QPushButton::clicked, this, &frmDefinirMedioPago::nuevo);
-  connect(cbGuardar, &QPushButton::clicked, this, &frmDefinirMedioPago::guardar);
-  connect(cbEliminar, &QPushButton::clicked, this, &frmDefinirMedioPago::eliminar);
+  connect(cbNuevo, &QPushButton::clicked, this, protegerSlot([this] { nuevo(); }));
+  connect(cbGuardar, &QPushButton::clicked, this, protegerSlot([this] { guardar(); }));
+  connect(cbEliminar, &QPushButton::clicked, this, protegerSlot([this] { eliminar(); }));
   connect(cbCerrar, &QPushButton::clicked, this, &QDialog::reject);
-  connect(lstMedios, &QListWidget::currentTextChanged, this, &frmDefinirMedioPago::seleccionar);
+  connect(lstMedios, &QListWidget::currentTextChanged, this,
+          [this](const QString& codigo) { protegido([&] { seleccionar(codigo); }); });
   auto* botones = new QHBoxLayout;
   for (QPushButton* b : {cbNuevo, cbGuardar, cbEliminar, cbCerrar})
     botones->addWidget(b);

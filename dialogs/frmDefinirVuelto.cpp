@@ -11,6 +11,7 @@
 #include "service/HostUtil.h"
 #include "service/Settings.h"
 #include "uisupport/CajaNumerica.h"
+#include "uisupport/Protegido.h"
 
 namespace caja {
 
@@ -56,9 +57,9 @@ void frmDefinirVuelto::crearControles(const std::string& simboloMEX) {
     auto* caja = new CajaNumerica(this);
     caja->setObjectName(q(nombre));
     const std::size_t i = txMontos_.size();
-    connect(caja, &CajaNumerica::enter, this, [this, i] { protegido([&] { alEnter(i); }); });
-    connect(caja, &CajaNumerica::espacio, this, [this, i] { protegido([&] { alEspacio(i); }); });
-    connect(caja, &QLineEdit::textEdited, this, [this] { protegido([&] { leer(); }); });
+    connect(caja, &CajaNumerica::enter, this, protegerSlot([this, i] { alEnter(i); }));
+    connect(caja, &CajaNumerica::espacio, this, protegerSlot([this, i] { alEspacio(i); }));
+    connect(caja, &QLineEdit::textEdited, this, protegerSlot([this] { leer(); }));
     auto* etiqueta = new QLabel(q(texto), this);
     etiqueta->setObjectName(q("lbl" + nombre.substr(2)));
     formulario->addRow(etiqueta, caja);
@@ -78,7 +79,7 @@ void frmDefinirVuelto::crearControles(const std::string& simboloMEX) {
   cbCancelar->setObjectName("cbCancelar");
   for (QPushButton* b : {cbAceptar, cbCancelar})
     b->setAutoDefault(false);
-  connect(cbAceptar, &QPushButton::clicked, this, [this] { protegido([&] { aceptar(); }); });
+  connect(cbAceptar, &QPushButton::clicked, this, protegerSlot([this] { aceptar(); }));
   connect(cbCancelar, &QPushButton::clicked, this, &QDialog::reject);
   auto* botones = new QHBoxLayout;
   botones->addStretch();
@@ -127,16 +128,6 @@ void frmDefinirVuelto::aceptar() {
   }
   aceptado_ = true;
   accept();
-}
-
-void frmDefinirVuelto::protegido(const std::function<void()>& manejador) {
-  try {
-    manejador();
-  } catch (const CajaError& e) {
-    hostUtil().MostrarMensaje(e.description());
-  } catch (const std::exception& e) {
-    hostUtil().MostrarMensaje(e.what());
-  }
 }
 
 bool frmDefinirVuelto::teclear(const std::string& codigo, Currency monto) {

@@ -46,8 +46,6 @@ class frmDefinirVuelto : public QDialog {
   void alEnter(std::size_t i);
   void alEspacio(std::size_t i);
   void aceptar();
-  // Runs a handler; an error reaches the cashier as a message, never Qt.
-  void protegido(const std::function<void()>& manejador);
 
   DivisionVuelto& division_;
   std::vector<CajaNumerica*> txMontos_;  // the entries, then the credit

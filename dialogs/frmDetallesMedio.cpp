@@ -20,6 +20,7 @@
 #include "service/HostUtil.h"
 #include "uisupport/CajaNumerica.h"
 #include "uisupport/EstiloQt.h"
+#include "uisupport/Protegido.h"
 #include "uisupport/Twips.h"
 #include "uisupport/clsComboWidth.h"
 #include "uisupport/lmFormPlacement.h"
@@ -78,7 +79,8 @@ void frmDetallesMedio::crearControles() {
   flxDenominaciones->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
   lblDetallesDenominacion = new QLabel("Billetes y monedas (Insert agrega, Supr quita):", this);
   lblDetallesDenominacion->setObjectName("lblDetallesDenominacion");
-  connect(flxDenominaciones, &QTableWidget::cellChanged, this, &frmDetallesMedio::validarCelda);
+  connect(flxDenominaciones, &QTableWidget::cellChanged, this,
+          [this](int fila, int columna) { protegido([&] { validarCelda(fila, columna); }); });
 
   formulario_ = new QFormLayout;
   const std::tuple<const char*, const char*, QWidget*, Campo> filas[] = {
@@ -103,7 +105,7 @@ void frmDetallesMedio::crearControles() {
   cbCancelar = new QPushButton("&Cancelar", this);
   cbCancelar->setObjectName("cbCancelar");
   cbCancelar->setAutoDefault(false);
-  connect(cbOk, &QPushButton::clicked, this, &frmDetallesMedio::aceptar);
+  connect(cbOk, &QPushButton::clicked, this, protegerSlot([this] { aceptar(); }));
   connect(cbCancelar, &QPushButton::clicked, this, &QDialog::reject);
   auto* botones = new QHBoxLayout;
   botones->addStretch();
@@ -215,9 +217,17 @@ void frmDetallesMedio::volverA(QWidget* control) {
 }
 
 bool frmDetallesMedio::eventFilter(QObject* objeto, QEvent* evento) {
+  bool tomado = false;
+  protegido([&] { tomado = filtrar(objeto, evento); });
+  return tomado || QDialog::eventFilter(objeto, evento);
+}
+
+// The cashier's keys and focus changes on the fields; true when the event is
+// taken here.
+bool frmDetallesMedio::filtrar(QObject* objeto, QEvent* evento) {
   const auto it = campos_.find(objeto);
   if (it == campos_.end())
-    return QDialog::eventFilter(objeto, evento);
+    return false;
   const Campo campo = it->second;
   if (evento->type() == QEvent::FocusIn) {
     StatusBar1->showMessage(DetalleMedio::ayuda(campo));
@@ -253,7 +263,7 @@ bool frmDetallesMedio::eventFilter(QObject* objeto, QEvent* evento) {
       return true;
     }
   }
-  return QDialog::eventFilter(objeto, evento);
+  return false;
 }
 
 void frmDetallesMedio::validarCelda(int fila, int columna) {

@@ -38,6 +38,7 @@ class frmDetallesMedio : public QDialog {
 
  protected:
   bool eventFilter(QObject* objeto, QEvent* evento) override;
+  bool filtrar(QObject* objeto, QEvent* evento);
   void done(int resultado) override;
 
  private:

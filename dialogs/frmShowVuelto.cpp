@@ -10,6 +10,7 @@
 #include "service/General.h"
 #include "service/Settings.h"
 #include "uisupport/EstiloQt.h"
+#include "uisupport/Protegido.h"
 #include "uisupport/lmFormPlacement.h"
 
 namespace caja {
@@ -48,7 +49,7 @@ frmShowVuelto::frmShowVuelto(Currency monto, bool bloqueado, QWidget* parent) : 
   Timer1->setObjectName("Timer1");
   Timer1->setSingleShot(true);
   Timer1->setInterval(kMilisegundos);
-  connect(Timer1, &QTimer::timeout, this, &frmShowVuelto::cerrar);
+  connect(Timer1, &QTimer::timeout, this, protegerSlot([this] { cerrar(); }));
   if (!bloqueado)
     Timer1->start();
   aplicarEstilo(*this);
@@ -56,13 +57,13 @@ frmShowVuelto::frmShowVuelto(Currency monto, bool bloqueado, QWidget* parent) : 
 
 void frmShowVuelto::keyPressEvent(QKeyEvent* evento) {
   evento->accept();  // swallowed: the key reaches nothing else
-  cerrar();
+  protegido([this] { cerrar(); });
 }
 
 bool frmShowVuelto::eventFilter(QObject* objeto, QEvent* evento) {
   if (evento->type() == QEvent::MouseButtonPress &&
       (objeto == Label1 || objeto == Label2 || objeto == Text1)) {
-    cerrar();
+    protegido([this] { cerrar(); });
     return true;
   }
   return QDialog::eventFilter(objeto, evento);

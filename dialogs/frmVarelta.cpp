@@ -17,12 +17,25 @@
 #include "service/HostUtil.h"
 #include "uisupport/CajaNumerica.h"
 #include "uisupport/EstiloQt.h"
+#include "uisupport/Protegido.h"
 #include "uisupport/Twips.h"
 #include "uisupport/lmFormPlacement.h"
 
 namespace caja {
 
 namespace {
+
+// A flag raised for the extent of a scope, lowered also when an error leaves it.
+class Bandera {
+ public:
+  explicit Bandera(bool& bandera) : bandera_(bandera) { bandera_ = true; }
+  ~Bandera() { bandera_ = false; }
+  Bandera(const Bandera&) = delete;
+  Bandera& operator=(const Bandera&) = delete;
+
+ private:
+  bool& bandera_;
+};
 
 // The form's design, in twips.
 constexpr int kAncho = 9480;
@@ -122,13 +135,13 @@ void frmVarelta::crearControles() {
   cbCancelar = new QPushButton("&Cancelar", this);
   cbCancelar->setObjectName("cbCancelar");
   cbCancelar->setAutoDefault(false);
-  connect(cbAceptar, &QPushButton::clicked, this, &frmVarelta::aceptar);
+  connect(cbAceptar, &QPushButton::clicked, this, protegerSlot([this] { aceptar(); }));
   connect(cbCancelar, &QPushButton::clicked, this, &QDialog::reject);
   cbDetalles = new QPushButton("&Detalles (F2)", this);
   cbDetalles->setObjectName("cbDetalles");
   cbDetalles->setAutoDefault(false);
   cbDetalles->setFocusPolicy(Qt::NoFocus);
-  connect(cbDetalles, &QPushButton::clicked, this, &frmVarelta::editarDetalle);
+  connect(cbDetalles, &QPushButton::clicked, this, protegerSlot([this] { editarDetalle(); }));
 
   StatusBar1 = new QStatusBar(this);
   StatusBar1->setObjectName("StatusBar1");
@@ -138,11 +151,19 @@ void frmVarelta::crearControles() {
 void frmVarelta::conectarEntrada(CajaNumerica* caja, std::optional<std::size_t> indice) {
   connect(caja, &CajaNumerica::enfocada, this,
           [this, indice] { StatusBar1->showMessage(q(cobro_->ayuda(indice))); });
-  connect(caja, &QLineEdit::textEdited, this, [this] {
-    autoRechazado_ = false;
-    leerEntradas();
-    recalcular(false);
-  });
+  connect(caja, &QLineEdit::textEdited, this, protegerSlot([this, caja] {
+            autoRechazado_ = false;
+            leerEntradas();
+            try {
+              recalcular(false);
+            } catch (const CajaError&) {
+              // A value the sale cannot hold (beyond the currency range once
+              // converted) is refused as it is typed.
+              caja->undo();
+              leerEntradas();
+              recalcular(false);
+            }
+          }));
   connect(caja, &CajaNumerica::espacio, this, [this, indice] {
     leerEntradas();
     cobro_->completar(indice);
@@ -258,8 +279,10 @@ void frmVarelta::showEvent(QShowEvent* evento) {
   } catch (const std::exception&) {
     // An AutoFill that fails simply stops.
   }
-  mostrarEntradas();
-  recalcular(false);
+  protegido([&] {
+    mostrarEntradas();
+    recalcular(false);
+  });
   txEfectivo->setFocus();
 }
 
@@ -278,7 +301,7 @@ void frmVarelta::leerEntradas() {
 void frmVarelta::recalcular(bool autoaceptar) {
   if (recalculando_ || !cobro_)
     return;
-  recalculando_ = true;
+  const Bandera enCurso(recalculando_);
   const Pantalla p = cobro_->recalcular();
   IGTF->setText(q(p.IGTF));
   lblTotal->setText(q(p.lblTotal));
@@ -287,7 +310,6 @@ void frmVarelta::recalcular(bool autoaceptar) {
   lblVuelto->setText(q(p.lblVuelto));
   lblVueltoUSD->setText(q(p.lblVueltoUSD));
   lblVueltoMixto->setText(q(p.lblVueltoMixto));
-  recalculando_ = false;
   QWidget* foco = QApplication::focusWidget();
   if (autoaceptar && cobro_->opciones.AutoCierre && isVisible() && !aceptando_ && !autoRechazado_ &&
       foco != cbCancelar && CobroVarelta::completo(p.vuelto) && foco != cbAceptar)
@@ -309,7 +331,7 @@ void frmVarelta::alDejar(std::optional<std::size_t> indice) {
 
 bool frmVarelta::eventFilter(QObject* objeto, QEvent* evento) {
   if (objeto == lblImpuesto && evento->type() == QEvent::MouseButtonRelease) {
-    cambiarIVA();
+    protegido([this] { cambiarIVA(); });
     return true;
   }
   return QDialog::eventFilter(objeto, evento);
@@ -322,7 +344,7 @@ void frmVarelta::done(int resultado) {
 
 void frmVarelta::keyPressEvent(QKeyEvent* evento) {
   if (evento->key() == Qt::Key_F2) {
-    editarDetalle();
+    protegido([this] { editarDetalle(); });
     return;
   }
   QDialog::keyPressEvent(evento);
@@ -361,18 +383,32 @@ void frmVarelta::cambiarIVA() {
   recalcular(false);
 }
 
-void frmVarelta::aceptar() {
-  if (aceptando_)
-    return;
-  aceptando_ = true;
+// The movement of the typed amounts, through the change object the shop
+// uses; nullptr when it cannot be accepted. An error LlenarVarelta does not
+// catch is reported under its location.
+std::shared_ptr<CVarelta> frmVarelta::llenar() {
   leerEntradas();
   recalcular(false);
   if (cobro_->opciones.dividirVuelto)
     vuelto_ = std::make_unique<VueltoDividido>(this, guionVuelto);
   else
     vuelto_ = std::make_unique<Vuelto>();
-  auto mov = cobro_->LlenarVarelta(*vuelto_);
-  aceptando_ = false;
+  try {
+    return cobro_->LlenarVarelta(*vuelto_);
+  } catch (const CajaError& e) {
+    hostUtil().ReportarError(e, "frmVarelta::LlenarVarelta");
+    return nullptr;
+  }
+}
+
+void frmVarelta::aceptar() {
+  if (aceptando_)
+    return;
+  std::shared_ptr<CVarelta> mov;
+  {
+    const Bandera enCurso(aceptando_);
+    mov = llenar();
+  }
   if (!mov) {
     autoRechazado_ = true;
     txEfectivo->setFocus();

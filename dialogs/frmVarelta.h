@@ -82,6 +82,7 @@ class frmVarelta : public QDialog {
   void recalcular(bool autoaceptar);
   void alDejar(std::optional<std::size_t> indice);
   void cambiarIVA();
+  std::shared_ptr<CVarelta> llenar();
   void aceptar();
   // F2: the particulars of the focused input's payment line.
   void editarDetalle();

@@ -45,6 +45,12 @@ bool CVarelta::load(std::int32_t iTransID) {
   return hallado;
 }
 
+Collection<CDetalleIngreso>& CVarelta::lineasEnMemoria() const {
+  if (!colDetalles)
+    throw errorEjecucion(err::kObjetoNoEstablecido);
+  return *colDetalles;
+}
+
 std::shared_ptr<Collection<CDetalleIngreso>> CVarelta::detalles() {
   if (Numero() == 0)
     return colDetalles;
@@ -73,6 +79,8 @@ Currency CVarelta::TotalClase(ClaseIngresoSesion clase) {
   // Held here: a saved movement's lines are a fresh collection that must
   // outlive the loop.
   const auto lineas = detalles();
+  if (!lineas)
+    throw errorEjecucion(err::kObjetoNoEstablecido);
   for (const auto& d : *lineas) {
     if (clase == ClaseIngresoSesion::Efectivo && d->medio == "EFE") {
       total += d->Monto;
@@ -113,7 +121,7 @@ bool CVarelta::LoadFromDocumento(const std::string& sTipoDoc, std::int32_t lNume
 
 std::shared_ptr<Collection<DetalleEfectivo>> CVarelta::detallesEfectivo() {
   auto resultado = std::make_shared<Collection<DetalleEfectivo>>();
-  for (const auto& d : *colDetalles) {
+  for (const auto& d : lineasEnMemoria()) {
     std::string codigo = d->medio;
     auto medio = ObtenerMedioPago(codigo);
     if (!medio) {

@@ -54,6 +54,8 @@ class CVarelta : public Objeto, public std::enable_shared_from_this<CVarelta> {
   void loadInstance(Recordset& rs, CVarelta* Dest = nullptr);
   bool load(std::int32_t iTransID);
   std::int32_t Numero() const { return TransID; }
+  // The in-memory lines; error 91 when `colDetalles` was set to nothing.
+  Collection<CDetalleIngreso>& lineasEnMemoria() const;
   // The very `colDetalles` while unsaved; a fresh read in `Id` order once saved.
   std::shared_ptr<Collection<CDetalleIngreso>> detalles();
   std::string NombreEntidadRelacionada() const;

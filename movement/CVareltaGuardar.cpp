@@ -120,7 +120,7 @@ std::shared_ptr<PosExt> CVarelta::guardar(
   paso = 12;
   TransID = CLng(host.ReadScalar("SELECT IDENT_CURRENT('MovimientosCaja')"));
   paso = 13;
-  for (const auto& linea : *colDetalles)
+  for (const auto& linea : lineasEnMemoria())
     AddDetalleS(*linea);
   paso = 14;
   return crearObjeto<PosExt>(host, "posExt");
@@ -176,7 +176,7 @@ void CVarelta::actualizarSaldosEfectivo() {
   TransaccionEfectivo directa;
   // Default 1 here against 0 in Save: intended.
   directa.MachineID = CInt(maquinaConfigurada(1));
-  for (const auto& linea : *colDetalles) {
+  for (const auto& linea : lineasEnMemoria()) {
     // Straight to the balances: no transaction row, no accumulation, no revaluation.
     if (linea->medio == "EFE") {
       directa.actualizarSaldo(Variant("EFE"), Variant(linea->Monto), Variant(linea->Monto));

@@ -47,7 +47,7 @@ void TempVarelta::Save(const std::string& clave, CVarelta& mov) {
   Factoria& host = factoria();
   host.ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {clave});
   Id = CLng(host.ReadScalar("SELECT @@identity"));
-  for (const auto& d : *mov.colDetalles) {
+  for (const auto& d : mov.lineasEnMemoria()) {
     host.ExecuteSQL(
         "INSERT INTO saveDetallesCaja (TransID, Medio, Monto, IdTitular, NumeroCuenta, "
         "NumeroDocumento, ClaveAutorizacion, Emisor, MontoNominal) VALUES (?, ?, ?, ?, ?, ?, ?, ?, "
@@ -76,7 +76,7 @@ void TempVarelta::load(const std::string& clave, CVarelta& mov) {
   auto rs = factoria().openrecordset("SELECT * FROM saveDetallesCaja WHERE transID = ? ORDER BY id",
                                      {Id});
   for (; !rs->Eof(); rs->MoveNext())
-    mov.colDetalles->Add(lineaGuardada(*rs));
+    mov.lineasEnMemoria().Add(lineaGuardada(*rs));
   // Consumed by loading; the lines go as far as the database cascades the delete.
   factoria().ExecuteSQL("DELETE FROM saveMovsCaja WHERE clave = ?", {clave});
 }

@@ -1,5 +1,7 @@
 #include "uisupport/clsComboWidth.h"
 
+#include "uisupport/Protegido.h"
+
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QEvent>
@@ -43,7 +45,7 @@ void clsComboWidth::AjustarAncho(const Variant& maxAncho) {
 
 bool clsComboWidth::eventFilter(QObject* objeto, QEvent* evento) {
   if (evento->type() == QEvent::Show)
-    AjustarAncho(Variant(std::int16_t{-1}));
+    protegido([this] { AjustarAncho(Variant(std::int16_t{-1})); });
   return QObject::eventFilter(objeto, evento);
 }
 
