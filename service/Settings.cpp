@@ -1,5 +1,8 @@
 #include "service/Settings.h"
 
+#include <algorithm>
+#include <optional>
+
 #include "base/CajaError.h"
 #include "base/Conversiones.h"
 #include "base/Texto.h"
@@ -108,13 +111,36 @@ bool lmGetSettingBool(const std::string& app, const std::string& seccion, const 
   }
 }
 
+namespace {
+
+// A plain number with '.' as its decimal point, whatever the regional
+// settings: an optional sign, digits, a point, digits, blanks around.
+std::optional<Currency> numeroConPunto(const std::string& texto) {
+  const auto inicio = texto.find_first_not_of(" \t");
+  if (inicio == std::string::npos)
+    return std::nullopt;
+  std::string t = texto.substr(inicio, texto.find_last_not_of(" \t") + 1 - inicio);
+  const std::size_t cifras = t.front() == '-' || t.front() == '+' ? 1 : 0;
+  if (t.size() == cifras || t.find_first_not_of("0123456789.", cifras) != std::string::npos ||
+      std::count(t.begin(), t.end(), '.') > 1 || t.find_first_of("0123456789") == std::string::npos)
+    return std::nullopt;
+  try {
+    return CCur(Val(t));
+  } catch (const CajaError&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+
 Currency lmGetSettingCur(const std::string& app, const std::string& seccion,
                          const std::string& clave, Currency defecto) {
   const std::string texto = CStr(lmGetSetting(app, seccion, clave, CStr(Variant(defecto))));
-  try {
-    return CCur(Variant(replaceAll(texto, ",", ".")));
-  } catch (const CajaError&) {
-  }
+  // The numeric value with '.' as the decimal point whatever the regional
+  // settings, so that "5,5", "5.5" and the default written as "0,01" all read
+  // as the amount they say.
+  if (const auto valor = numeroConPunto(replaceAll(texto, ",", ".")))
+    return *valor;
   try {
     return CCur(Variant(texto));
   } catch (const CajaError&) {

@@ -41,12 +41,19 @@ TEST_F(IniSettings, InstallationFileWinsAndAnEmptyValueFallsThrough) {
   EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "CodigoMEX", "USD")), "USD");
 }
 
-TEST_F(IniSettings, CurrencyAcceptsCommaOrDot) {
+// Both decimal separators, under either regional setting; a missing key
+// gives the default itself, never its regional text read back.
+TEST_F(IniSettings, CurrencyAcceptsCommaOrDotUnderAnyRegionalSetting) {
   escribirIni("[frmVarelta]\nTolerancia=5,5\nRedondeoVuelto=5.5\nMaximaUnidadMonetaria=mucho\n");
-  EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "Tolerancia", cur("0")), cur("5.5"));
-  EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "RedondeoVuelto", cur("0.01")), cur("5.5"));
-  EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "MaximaUnidadMonetaria", cur("10000")),
-            cur("10000"));
+  for (const Regional& r : {Regional{}, Regional{',', '.', "Bs. #,##0.00"}}) {
+    SCOPED_TRACE(std::string(1, r.separadorDecimal));
+    test::RegionalTemporal regional(r);
+    EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "Tolerancia", cur("0")), cur("5.5"));
+    EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "RedondeoVuelto", cur("0.01")), cur("5.5"));
+    EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "MaximaUnidadMonetaria", cur("10000")),
+              cur("10000"));
+    EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "NoEsta", cur("0.01")), cur("0.01"));
+  }
 }
 
 TEST_F(IniSettings, BooleanThatDoesNotConvertGivesTheDefault) {
