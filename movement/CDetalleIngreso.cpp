@@ -155,7 +155,13 @@ void CDetalleIngreso::Deserialize(const std::string& s) {
 
 bool CDetalleIngreso::EvalVar(const Variant& sVarID, Variant& vRetBuffer,
                               Variant& sRetBuffer) const {
-  const std::string nombre = upperAscii(CStr(sVarID));
+  // It never fails: a name that is no text (Null, an object) is simply unknown.
+  std::string nombre;
+  try {
+    nombre = upperAscii(CStr(sVarID));
+  } catch (const CajaError&) {
+    return false;
+  }
   auto texto = [&](const std::string& valor) {
     vRetBuffer = Variant(valor);
     sRetBuffer = Variant(valor);

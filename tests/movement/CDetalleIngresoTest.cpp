@@ -158,8 +158,11 @@ TEST(EvalVar, NamesIgnoreCase) {
   l.montoNominal = cur("30");
   EXPECT_TRUE(l.EvalVar(Variant("TIPOCAMBIO"), v, s));
   EXPECT_EQ(s, Variant("41.15"));
-  EXPECT_FALSE(l.EvalVar(Variant("XYZ"), v, s));
-  EXPECT_EQ(s, Variant("41.15"));
+  // It never fails: an unknown name, or none at all, is false and leaves the buffers.
+  for (const Variant& nombre : {Variant("XYZ"), Variant::Null(), Variant()}) {
+    EXPECT_FALSE(l.EvalVar(nombre, v, s));
+    EXPECT_EQ(s, Variant("41.15"));
+  }
 }
 
 class LineaFake : public ::testing::Test, protected test::ConFake {};
