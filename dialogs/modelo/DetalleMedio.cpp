@@ -135,8 +135,9 @@ std::string DetalleMedio::validarCampo(Campo campo, std::string& texto) {
   consulta.medio = medio_->codigo;
   if (consulta.ExisteEmisor(texto))
     return "";
-  // Registering a new issuer is an authorised act.
-  if (NzLong(factoria().VerificarUsuario("Registrar nuevo emisor: " + texto)) < kNivelAutorizado)
+  // Registering a new issuer is an authorised act; the level is compared as
+  // it comes, so that 4.9 is below 5.
+  if (NzDouble(factoria().VerificarUsuario("Registrar nuevo emisor: " + texto)) < kNivelAutorizado)
     return "Emisor no autorizado: " + texto;
   emisorAutorizado_ = texto;
   return "";

@@ -29,6 +29,18 @@ class DetalleModelo : public ::testing::Test, protected test::ConSqlite {
   std::shared_ptr<CDetalleIngreso> linea;
 };
 
+// A level below 5 refuses a new issuer, however close to 5 it is.
+TEST_F(DetalleModelo, ANewIssuerNeedsALevelOfFive) {
+  for (const auto& [nivel, mensaje] : {std::pair{Variant(4.9), "Emisor no autorizado: BOD"},
+                                       std::pair{Variant(5), ""}}) {
+    SCOPED_TRACE(mensaje);
+    db->SetVerificador([nivel = nivel](const std::string&) { return nivel; });
+    DetalleMedio d = preparado();
+    std::string emisor = "bod";
+    EXPECT_EQ(d.validarCampo(Campo::Emisor, emisor), mensaje);
+  }
+}
+
 TEST_F(DetalleModelo, AcceptanceChecksInTheirOrder) {
   DetalleMedio d = preparado();
   const std::vector<std::pair<std::function<void(DetalleMedio&)>, const char*>> pasos = {
