@@ -79,6 +79,8 @@ void frmDetallesMedio::crearControles() {
   flxDenominaciones->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
   lblDetallesDenominacion = new QLabel("Billetes y monedas (Insert agrega, Supr quita):", this);
   lblDetallesDenominacion->setObjectName("lblDetallesDenominacion");
+  connect(flxDenominaciones, &QTableWidget::currentCellChanged, this,
+          [this] { mostrarAyuda(Campo::Denominaciones); });
   connect(flxDenominaciones, &QTableWidget::cellChanged, this,
           [this](int fila, int columna) { protegido([&] { validarCelda(fila, columna); }); });
 
@@ -216,6 +218,12 @@ void frmDetallesMedio::volverA(QWidget* control) {
   });
 }
 
+// The grid's help follows its column: the denomination, then its count.
+void frmDetallesMedio::mostrarAyuda(Campo campo) {
+  const bool cantidad = campo == Campo::Denominaciones && flxDenominaciones->currentColumn() == 1;
+  StatusBar1->showMessage(q(cantidad ? DetalleMedio::ayudaCantidad() : DetalleMedio::ayuda(campo)));
+}
+
 bool frmDetallesMedio::eventFilter(QObject* objeto, QEvent* evento) {
   bool tomado = false;
   protegido([&] { tomado = filtrar(objeto, evento); });
@@ -230,7 +238,7 @@ bool frmDetallesMedio::filtrar(QObject* objeto, QEvent* evento) {
     return false;
   const Campo campo = it->second;
   if (evento->type() == QEvent::FocusIn) {
-    StatusBar1->showMessage(DetalleMedio::ayuda(campo));
+    mostrarAyuda(campo);
     ultimoCampo_ = campo;
   } else if (evento->type() == QEvent::FocusOut && !validando_ && campo != Campo::Denominaciones) {
     const auto razon = static_cast<QFocusEvent*>(evento)->reason();

@@ -39,6 +39,7 @@ class frmDetallesMedio : public QDialog {
  protected:
   bool eventFilter(QObject* objeto, QEvent* evento) override;
   bool filtrar(QObject* objeto, QEvent* evento);
+  void mostrarAyuda(DetalleMedio::Campo campo);
   void done(int resultado) override;
 
  private:

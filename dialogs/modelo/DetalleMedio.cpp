@@ -81,6 +81,10 @@ bool DetalleMedio::abierto(Campo campo) const {
   return campo == Campo::Monto || (medio_->Atributos & bandera(campo)) != 0;
 }
 
+const char* DetalleMedio::ayudaCantidad() {
+  return "Cantidad de unidades recibidas de la denominacion seleccionada";
+}
+
 const char* DetalleMedio::ayuda(Campo campo) {
   switch (campo) {
     case Campo::Emisor:
@@ -198,11 +202,13 @@ std::optional<DetalleMedio::Rechazo> DetalleMedio::aceptar() {
 
   linea_->montoNominal = nominal;
   linea_->Monto = CCur(nominal.toDouble() * factor_);
-  linea_->CodigoEmisor = abierto(Campo::Emisor) ? emisor : "";
-  linea_->NumeroCuenta = abierto(Campo::Cuenta) ? cuenta : "";
-  linea_->IdTitular = abierto(Campo::IdTitular) ? idTitular : "";
-  linea_->NumeroDocumento = abierto(Campo::NumDoc) ? numDoc : "";
-  linea_->ClaveAutorizacion = abierto(Campo::ClaveAutorizacion) ? claveAutorizacion : "";
+  // Every field started with the line's value: one the method does not open
+  // writes back what the line already had.
+  linea_->CodigoEmisor = emisor;
+  linea_->NumeroCuenta = cuenta;
+  linea_->IdTitular = idTitular;
+  linea_->NumeroDocumento = numDoc;
+  linea_->ClaveAutorizacion = claveAutorizacion;
   if (abierto(Campo::Denominaciones)) {
     linea_->Denominaciones = std::make_shared<Collection<CDetalleDenominacion>>();
     for (const auto& f : filas) {

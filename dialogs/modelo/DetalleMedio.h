@@ -31,6 +31,8 @@ class DetalleMedio {
   bool preparar(std::shared_ptr<CDetalleIngreso> linea);
 
   bool abierto(Campo campo) const;
+  // The help of the grid's count column (`numCantidad`).
+  static const char* ayudaCantidad();
   static const char* ayuda(Campo campo);
   const CMedioPago& medio() const { return *medio_; }
   double factor() const { return factor_; }

@@ -9,6 +9,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QScreen>
+#include <QStatusBar>
 #include <QTest>
 
 #include "base/Conversiones.h"
@@ -175,6 +176,11 @@ TEST_F(Detalle, DenominationRowsBecomeTheLinesCoins) {
   ASSERT_TRUE(grilla->isVisible());
   grilla->setFocus();
   QTest::keyClick(grilla, Qt::Key_Insert);
+  auto* barra = f->findChild<QStatusBar*>("StatusBar1");
+  EXPECT_EQ(barra->currentMessage(), "Denominación (valor unitario) de los valores recibidos");
+  QTest::keyClick(grilla, Qt::Key_Right);
+  EXPECT_EQ(barra->currentMessage(),
+            "Cantidad de unidades recibidas de la denominacion seleccionada");
   aceptar(*f);
   EXPECT_EQ(entorno.util->mensajes,
             std::vector<std::string>{"Por favor, introduzca un valor positivo"});

@@ -17,7 +17,7 @@ class DetalleModelo : public ::testing::Test, protected test::ConSqlite {
     // Every flag but the denominations.
     db->ExecuteSQL(
         "INSERT INTO MediosPago (Codigo, Clase, Atributos, titulo, posicion) VALUES "
-        "('TOD', 1, 62, 'Todo', 1)");
+        "('TOD', 1, 62, 'Todo', 1), ('VAL', 7, 0, 'Vale', 2)");
   }
   DetalleMedio preparado() {
     linea = std::make_shared<CDetalleIngreso>();
@@ -63,6 +63,22 @@ TEST_F(DetalleModelo, AcceptanceChecksInTheirOrder) {
   EXPECT_FALSE(d.aceptar().has_value());
   EXPECT_EQ(linea->ClaveAutorizacion, "ABCD");
   EXPECT_EQ(linea->Monto, cur("5"));
+}
+
+// Fields the method does not open keep what the line brought.
+TEST_F(DetalleModelo, AcceptanceKeepsTheFieldsTheMethodDoesNotOpen) {
+  linea = std::make_shared<CDetalleIngreso>();
+  linea->medio = "VAL";
+  linea->montoNominal = cur("5");
+  linea->CodigoEmisor = "BANESCO";
+  linea->NumeroCuenta = "01020304";
+  linea->ClaveAutorizacion = "ABCD";
+  DetalleMedio d;
+  ASSERT_TRUE(d.preparar(linea));
+  EXPECT_FALSE(d.aceptar().has_value());
+  EXPECT_EQ(linea->CodigoEmisor, "BANESCO");
+  EXPECT_EQ(linea->NumeroCuenta, "01020304");
+  EXPECT_EQ(linea->ClaveAutorizacion, "ABCD");
 }
 
 TEST_F(DetalleModelo, FieldsAreTrimmedAndUpperCasedWithTheirBounds) {
