@@ -1,5 +1,10 @@
 #include "dialogs/DialogosQt.h"
 
+#include <QCoreApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+
 #include "dialogs/frmDefinirMedioPago.h"
 #include "dialogs/frmVarelta.h"
 
@@ -30,6 +35,15 @@ void DialogosQt::DefinirMedioPagoNuevo(const std::string& codigo, std::int16_t& 
 
 void instalarDialogosQt() {
   setDialogosCaja(std::make_shared<DialogosQt>());
+  // Qt's own texts (message boxes, standard buttons) in Spanish: "Aceptar",
+  // "Cancelar", "Sí", "No". The component's texts are its own already.
+  static QTranslator* traductor = nullptr;
+  if (traductor || !QCoreApplication::instance())
+    return;
+  traductor = new QTranslator(QCoreApplication::instance());
+  if (traductor->load(QLocale(QLocale::Spanish), "qtbase", "_",
+                      QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    QCoreApplication::installTranslator(traductor);
 }
 
 }  // namespace caja

@@ -473,7 +473,9 @@ std::shared_ptr<CVarelta> frmVarelta::mostrar() {
   if (exec() != QDialog::Accepted)
     return nullptr;
   if (cobro_->opciones.mostrarVuelto)
-    frmShowVuelto::ShowVuelto(cobro_->recalcular().vuelto);
+    // The change as lblVuelto shows it, rounded to the change step: a change
+    // that shows as 0.00 opens no window.
+    frmShowVuelto::ShowVuelto(RedondearVuelto(cobro_->recalcular().vuelto));
   return cobro_->resultado;
 }
 

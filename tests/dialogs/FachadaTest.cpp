@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -54,6 +55,18 @@ TEST_F(Fachada, VareltaRoundsOpensTheDialogAndReturnsNothingOnCancel) {
 }
 
 // With CAJA_CAPTURAS naming a folder, keeps a picture of the dialog there.
+// Installing the dialogs brings Qt's own Spanish texts to its message boxes.
+TEST_F(Fachada, QtsStandardButtonsSpeakSpanish) {
+  instalarDialogosQt();
+  QMessageBox caja;
+  caja.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel | QMessageBox::Yes |
+                          QMessageBox::No);
+  EXPECT_EQ(caja.button(QMessageBox::Ok)->text(), "Aceptar");
+  EXPECT_EQ(caja.button(QMessageBox::Cancel)->text(), "Cancelar");
+  EXPECT_EQ(caja.button(QMessageBox::Yes)->text().remove('&'), "Sí");
+  EXPECT_EQ(caja.button(QMessageBox::No)->text().remove('&'), "No");
+}
+
 TEST_F(Fachada, Captura) {
   const QString carpeta = qEnvironmentVariable("CAJA_CAPTURAS");
   if (carpeta.isEmpty())

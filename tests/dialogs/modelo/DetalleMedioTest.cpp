@@ -31,8 +31,8 @@ class DetalleModelo : public ::testing::Test, protected test::ConSqlite {
 
 // A level below 5 refuses a new issuer, however close to 5 it is.
 TEST_F(DetalleModelo, ANewIssuerNeedsALevelOfFive) {
-  for (const auto& [nivel, mensaje] : {std::pair{Variant(4.9), "Emisor no autorizado: BOD"},
-                                       std::pair{Variant(5), ""}}) {
+  for (const auto& [nivel, mensaje] :
+       {std::pair{Variant(4.9), "Emisor no autorizado: BOD"}, std::pair{Variant(5), ""}}) {
     SCOPED_TRACE(mensaje);
     db->SetVerificador([nivel = nivel](const std::string&) { return nivel; });
     DetalleMedio d = preparado();
