@@ -16,13 +16,17 @@ namespace {
 namespace fs = std::filesystem;
 
 struct Linea {
-  std::string texto;    // the line as read, for lines kept verbatim
-  std::string seccion;  // section the line belongs to
-  std::string clave;    // empty for headers, comments and other lines
-  std::string valor;    // raw text after '='
+  std::string texto;       // the line as read, for lines kept verbatim
+  std::string fin = "\n";  // its own line ending, written back as it was
+  std::string seccion;     // section the line belongs to
+  std::string clave;       // empty for headers, comments and other lines
+  std::string valor;       // raw text after '='
 };
 
+constexpr std::string_view kMarcaUtf8 = "\xEF\xBB\xBF";
+
 struct Archivo {
+  bool marcaUtf8 = false;  // the file began with a byte-order mark, kept on writing
   std::vector<Linea> lineas;
 };
 
@@ -34,22 +38,82 @@ std::string recortar(std::string_view t) {
   return std::string(t.substr(inicio, fin - inicio + 1));
 }
 
+std::string escapar(const std::string& valor) {
+  std::string r;
+  for (char c : valor) {
+    if (c == '\\') {
+      r += "\\\\";
+    } else if (c == '\r') {
+      r += "\\r";
+    } else if (c == '\n') {
+      r += "\\n";
+    } else {
+      r += c;
+    }
+  }
+  return r;
+}
+
+// A key as written: escaped like a value, and with '=' and a leading ';',
+// '#' or '[' escaped too, so that it reads back as the same key.
+std::string escaparClave(const std::string& clave) {
+  std::string r;
+  for (std::size_t i = 0; i < clave.size(); ++i) {
+    const char c = clave[i];
+    if (c == '=' || (i == 0 && (c == ';' || c == '#' || c == '[')))
+      r += '\\';
+    r += escapar(std::string(1, c));
+  }
+  return r;
+}
+
+std::string desescapar(const std::string& valor) {
+  std::string r;
+  for (std::size_t i = 0; i < valor.size(); ++i) {
+    if (valor[i] != '\\' || i + 1 == valor.size()) {
+      r += valor[i];
+      continue;
+    }
+    const char c = valor[++i];
+    r += c == 'r' ? '\r' : c == 'n' ? '\n' : c;
+  }
+  return r;
+}
+
+// The first '=' that a backslash does not escape.
+std::size_t signoIgual(const std::string& texto) {
+  for (std::size_t i = 0; i < texto.size(); ++i) {
+    if (texto[i] == '\\')
+      ++i;
+    else if (texto[i] == '=')
+      return i;
+  }
+  return std::string::npos;
+}
+
 Archivo leer(const fs::path& ruta) {
   Archivo a;
   std::ifstream in(ruta, std::ios::binary);
   std::string seccion;
   for (std::string texto; std::getline(in, texto);) {
-    if (!texto.empty() && texto.back() == '\r')
-      texto.pop_back();
-    Linea l{texto, seccion, {}, {}};
-    const std::string limpio = recortar(texto);
+    // A byte-order mark is no part of the first line.
+    if (a.lineas.empty() && texto.rfind(kMarcaUtf8, 0) == 0) {
+      texto.erase(0, kMarcaUtf8.size());
+      a.marcaUtf8 = true;
+    }
+    Linea l{texto, "\n", seccion, {}, {}};
+    if (!texto.empty() && texto.back() == '\r') {
+      l.texto.pop_back();
+      l.fin = "\r\n";
+    }
+    const std::string limpio = recortar(l.texto);
     if (limpio.size() >= 2 && limpio.front() == '[' && limpio.back() == ']') {
       seccion = limpio.substr(1, limpio.size() - 2);
       l.seccion = seccion;
-    } else if (const auto igual = texto.find('=');
+    } else if (const auto igual = signoIgual(l.texto);
                igual != std::string::npos && limpio.front() != ';' && limpio.front() != '#') {
-      l.clave = recortar(std::string_view(texto).substr(0, igual));
-      l.valor = texto.substr(igual + 1);
+      l.clave = desescapar(recortar(std::string_view(l.texto).substr(0, igual)));
+      l.valor = l.texto.substr(igual + 1);
     }
     a.lineas.push_back(std::move(l));
   }
@@ -74,35 +138,6 @@ std::string sinComillas(std::string valor) {
   return valor;
 }
 
-std::string escapar(const std::string& valor) {
-  std::string r;
-  for (char c : valor) {
-    if (c == '\\') {
-      r += "\\\\";
-    } else if (c == '\r') {
-      r += "\\r";
-    } else if (c == '\n') {
-      r += "\\n";
-    } else {
-      r += c;
-    }
-  }
-  return r;
-}
-
-std::string desescapar(const std::string& valor) {
-  std::string r;
-  for (std::size_t i = 0; i < valor.size(); ++i) {
-    if (valor[i] != '\\' || i + 1 == valor.size()) {
-      r += valor[i];
-      continue;
-    }
-    const char c = valor[++i];
-    r += c == 'r' ? '\r' : c == 'n' ? '\n' : c;
-  }
-  return r;
-}
-
 // The application's file in `dir`; its name, like everything else in the
 // store, ignores letter case.
 fs::path archivoDe(const std::string& dir, const std::string& app) {
@@ -119,8 +154,10 @@ void escribir(const fs::path& ruta, const Archivo& a) {
   const fs::path temporal = ruta.string() + ".tmp";
   {
     std::ofstream out(temporal, std::ios::binary | std::ios::trunc);
+    if (a.marcaUtf8)
+      out << kMarcaUtf8;
     for (const auto& l : a.lineas)
-      out << l.texto << '\n';
+      out << l.texto << l.fin;
     out.flush();
     if (!out)
       throw CajaError(75, "IniSettingsStore", "No se pudo escribir " + temporal.string());
@@ -152,14 +189,14 @@ std::string IniSettingsStore::GetSetting(const std::string& app, const std::stri
                                          const std::string& clave, const std::string& defecto) {
   const Archivo a = leer(archivoDe(userDir_, app));
   const Linea* l = buscar(a, seccion, clave);
-  return l ? desescapar(l->valor) : defecto;
+  return l ? desescapar(recortar(l->valor)) : defecto;
 }
 
 void IniSettingsStore::SaveSetting(const std::string& app, const std::string& seccion,
                                    const std::string& clave, const std::string& valor) {
   const fs::path ruta = archivoDe(userDir_, app);
   Archivo a = leer(ruta);
-  const std::string linea = clave + "=" + escapar(valor);
+  const std::string linea = escaparClave(clave) + "=" + escapar(valor);
   if (auto* l = buscar(a, seccion, clave)) {
     l->texto = linea;
   } else {
@@ -173,11 +210,11 @@ void IniSettingsStore::SaveSetting(const std::string& app, const std::string& se
       }
     }
     if (!hallada) {
-      a.lineas.push_back(Linea{"[" + seccion + "]", seccion, {}, {}});
+      a.lineas.push_back(Linea{"[" + seccion + "]", "\n", seccion, {}, {}});
       donde = a.lineas.size();
     }
     a.lineas.insert(a.lineas.begin() + static_cast<std::ptrdiff_t>(donde),
-                    Linea{linea, seccion, clave, escapar(valor)});
+                    Linea{linea, "\n", seccion, clave, escapar(valor)});
   }
   escribir(ruta, a);
 }
@@ -192,7 +229,7 @@ std::optional<SettingsStore::Pares> IniSettingsStore::GetAllSettings(const std::
       continue;
     existe = true;
     if (!l.clave.empty())
-      pares.emplace_back(l.clave, desescapar(l.valor));
+      pares.emplace_back(l.clave, desescapar(recortar(l.valor)));
   }
   if (!existe)
     return std::nullopt;

@@ -90,6 +90,25 @@ TEST_F(IniSettings, SavedMultiLineValuesReadBackWholeFromANewStore) {
   EXPECT_FALSE(std::filesystem::exists(usuario() / "ZOR.ini.tmp"));
 }
 
+// The per-user file as another program may have left it: a byte-order mark,
+// CR CR LF endings, values with blanks around. Saving one key keeps every
+// other byte, and keys that look like comments or hold '=' survive.
+TEST_F(IniSettings, UserFileKeepsItsBytesAndAnyKey) {
+  std::filesystem::create_directories(usuario());
+  const std::string antes = "\xEF\xBB\xBF[frmVarelta]\r\nAutoFill= 1 \r\r\nLockVuelto=0\n";
+  std::ofstream(usuario() / "ZOR.ini", std::ios::binary) << antes;
+  EXPECT_EQ(store_->GetSetting("ZOR", "frmVarelta", "AutoFill", "0"), "1");
+  for (const char* clave : {";comentario", "#almohadilla", "a=b", "[corchete"}) {
+    SCOPED_TRACE(clave);
+    store_->SaveSetting("ZOR", "frmVarelta", clave, clave);
+    EXPECT_EQ(store_->GetSetting("ZOR", "frmVarelta", clave, "?"), clave);
+  }
+  std::ifstream in(usuario() / "ZOR.ini", std::ios::binary);
+  const std::string despues((std::istreambuf_iterator<char>(in)), {});
+  EXPECT_EQ(despues.substr(0, antes.size()), antes);
+  EXPECT_EQ(store_->GetSetting("ZOR", "frmVarelta", "a", "?"), "?");
+}
+
 TEST_F(IniSettings, SaveReplacesTheValueInPlace) {
   store_->SaveSetting("ZOR", "CONFIG\\FormPlacement\\frmVarelta", "Left", "10");
   store_->SaveSetting("ZOR", "config\\formplacement\\FRMVARELTA", "LEFT", "20");
