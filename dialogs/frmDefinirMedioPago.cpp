@@ -136,6 +136,11 @@ frmDefinirMedioPago::frmDefinirMedioPago(QWidget* parent) : QDialog(parent) {
   cbGuardar = boton(this, "cbGuardar", "&Guardar");
   cbEliminar = boton(this, "cbEliminar", "&Eliminar");
   cbCerrar = boton(this, "cbCerrar", "&Cerrar");
+  connect(numTipoCambio, &QDoubleSpinBox::valueChanged, this,
+          [this] { editados_.insert(numTipoCambio); });
+  connect(numRetencion, &QDoubleSpinBox::valueChanged, this,
+          [this] { editados_.insert(numRetencion); });
+  connect(cbxClase, &QComboBox::currentIndexChanged, this, [this] { editados_.insert(cbxClase); });
   connect(cbNuevo, &QPushButton::clicked, this, protegerSlot([this] { nuevo(); }));
   connect(cbGuardar, &QPushButton::clicked, this, protegerSlot([this] { guardar(); }));
   connect(cbEliminar, &QPushButton::clicked, this, protegerSlot([this] { eliminar(); }));
@@ -185,6 +190,8 @@ void frmDefinirMedioPago::mostrar(const CMedioPago& m) {
   chkElectronico->setChecked(m.isMedioElectronico);
   for (std::size_t i = 0; i < chkAtributos.size(); ++i)
     chkAtributos[i]->setChecked((m.Atributos & kAtributos[i].second) != 0);
+  mostrado_ = std::make_unique<CMedioPago>(m);
+  editados_.clear();
 }
 
 void frmDefinirMedioPago::nuevo() {
@@ -225,11 +232,19 @@ bool frmDefinirMedioPago::guardar() {
   CMedioPago medio;
   try {
     // The factor typed here is kept as the PorcentajeISLR value, its storage.
-    medio.ActualizarDescriptivos(codigo, s(txDescripcion), atributos, numRetencion->value(),
-                                 numTipoCambio->value(), s(txCuentaActivo), s(txCuentaComisiones),
-                                 s(txBancoRelacionado), cbxClase->currentIndex(), s(txTitulo),
-                                 s(txTextoAyuda), static_cast<std::int16_t>(numPosicion->value()),
-                                 chkElectronico->isChecked());
+    const bool nuevos = !mostrado_;
+    const double retencion = nuevos || editados_.count(numRetencion)
+                                 ? numRetencion->value()
+                                 : mostrado_->PorcentajeRetencionEmisor;
+    const double factor = nuevos || editados_.count(numTipoCambio) ? numTipoCambio->value()
+                                                                   : mostrado_->PorcentajeISLR;
+    const std::int32_t clase = nuevos || editados_.count(cbxClase)
+                                   ? cbxClase->currentIndex()
+                                   : static_cast<std::int32_t>(mostrado_->Clase);
+    medio.ActualizarDescriptivos(
+        codigo, s(txDescripcion), atributos, retencion, factor, s(txCuentaActivo),
+        s(txCuentaComisiones), s(txBancoRelacionado), clase, s(txTitulo), s(txTextoAyuda),
+        static_cast<std::int16_t>(numPosicion->value()), chkElectronico->isChecked());
   } catch (const CajaError& e) {
     hostUtil().MostrarMensaje(e.description());
     return false;

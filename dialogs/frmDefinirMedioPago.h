@@ -2,6 +2,8 @@
 
 #include <QDialog>
 #include <cstdint>
+#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -55,6 +57,10 @@ class frmDefinirMedioPago : public QDialog {
   std::vector<QCheckBox*> chkAtributos;
   QPushButton *cbNuevo, *cbGuardar, *cbEliminar, *cbCerrar;
   bool guardado_ = false;
+  // The record as shown, and the numeric fields changed since: a field left
+  // alone saves the stored value, not the rounding the widget shows.
+  std::unique_ptr<CMedioPago> mostrado_;
+  std::set<QWidget*> editados_;
 };
 
 }  // namespace caja

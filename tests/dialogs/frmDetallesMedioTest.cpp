@@ -225,6 +225,27 @@ TEST_F(Detalle, CatalogueCreatesEditsAndRefusesToDeleteAUsedMethod) {
   EXPECT_TRUE(m.load("PMV"));
 }
 
+// Saving a method rewrites no number the cashier did not touch: the widgets
+// round (four decimals, two, a class list of 0-8), the stored values do not.
+TEST_F(Detalle, CatalogueSavesUntouchedNumbersExactlyAsStored) {
+  db->ExecuteSQL(
+      "INSERT INTO MediosPago (Codigo, Clase, Atributos, PorcentajeISLR, "
+      "PorcentajeRetencionEmisor, titulo, posicion) VALUES ('RAR', 12, 64, 39.80125, 0.125, "
+      "'Raro', 9)");
+  frmDefinirMedioPago f;
+  f.show();
+  auto* lista = f.findChild<QListWidget*>("lstMedios");
+  lista->setCurrentItem(lista->findItems("RAR", Qt::MatchExactly).front());
+  f.findChild<QLineEdit*>("txTitulo")->setText("Raro nuevo");
+  ASSERT_TRUE(f.guardar());
+  CMedioPago m;
+  ASSERT_TRUE(m.load("RAR"));
+  EXPECT_EQ(m.Titulo, "Raro nuevo");
+  EXPECT_EQ(m.PorcentajeISLR, 39.80125);
+  EXPECT_EQ(m.PorcentajeRetencionEmisor, 0.125);
+  EXPECT_EQ(static_cast<int>(m.Clase), 12);
+}
+
 TEST_F(Detalle, PlacementIsRestoredUnlessOffEveryScreen) {
   const std::string seccion = "CONFIG\\FormPlacement\\frmDefinirMedioPago";
   for (const auto& [clave, valor] :
