@@ -7,6 +7,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTimer>
 
 #include "base/Conversiones.h"
 #include "base/Texto.h"
@@ -169,7 +170,7 @@ void frmVarelta::conectarEntrada(CajaNumerica* caja, std::optional<std::size_t> 
     cobro_->completar(indice);
     mostrarEntradas();
     if (!indice)
-      recalcular(false);
+      recalcular(true);
   });
   connect(caja, &CajaNumerica::enter, this, [this] { focusNextChild(); });
   connect(caja, &CajaNumerica::dejada, this, [this, indice] { alDejar(indice); });
@@ -284,6 +285,9 @@ void frmVarelta::showEvent(QShowEvent* evento) {
     recalcular(false);
   });
   txEfectivo->setFocus();
+  // Opening recomputes and may accept too, once the dialog's own event loop
+  // runs: accepting inside showEvent would end exec() before it began.
+  QTimer::singleShot(0, this, [this] { protegido([this] { recalcular(true); }); });
 }
 
 void frmVarelta::mostrarEntradas() {
@@ -364,7 +368,7 @@ void frmVarelta::editarDetalle() {
   cobro_->tomarParticulares(indice);
   mostrarEntradas();
   autoRechazado_ = false;
-  recalcular(false);
+  recalcular(true);
 }
 
 void frmVarelta::cambiarIVA() {
@@ -380,7 +384,7 @@ void frmVarelta::cambiarIVA() {
   lblImpuesto->setText(q(cobro_->textoMonto(monto)));
   lblTotal->setText(q(cobro_->textoMonto(cobro_->neto)));
   mostrarEntradas();
-  recalcular(false);
+  recalcular(true);
 }
 
 // The movement of the typed amounts, through the change object the shop

@@ -104,6 +104,16 @@ TEST_F(Dialogo, CashEqualToTheNetAcceptsItselfWithAutoCierre) {
   EXPECT_EQ(f->resultado()->colDetalles->Item(1)->medio, "EFE");
 }
 
+// Every recomputation may accept, the one after Space in txEfectivo too.
+TEST_F(Dialogo, SpaceInNationalCashAcceptsWithAutoCierre) {
+  ajuste("AutoCierre", "1");
+  auto f = abrir("100", "16");
+  QTest::keyClick(f->findChild<CajaNumerica*>("txEfectivo"), Qt::Key_Space);
+  EXPECT_EQ(f->result(), QDialog::Accepted);
+  ASSERT_NE(f->resultado(), nullptr);
+  EXPECT_EQ(f->resultado()->Debitos, cur("116"));
+}
+
 TEST_F(Dialogo, OneCentShortTriesToAcceptTwoCentsDoNot) {
   ajuste("AutoCierre", "1");
   auto f = abrir("100", "16");
