@@ -57,6 +57,17 @@ class frmVarelta : public QDialog {
   // The change object of the last acceptance: how the change was handed back.
   const Vuelto* cambio() const { return vuelto_.get(); }
 
+  // Read-only properties a host may ask of the form. The component collects
+  // cash sales only: no credit condition, no customer of its own.
+  Currency valorIGTF() const { return cobro_->valorIGTF(); }
+  const DescriptorMedio& descriptorM(std::size_t i) const { return cobro_->medios.at(i); }
+  Currency TotalRecibido() const { return cobro_->TotalRecibido(); }
+  Currency Recibido() const { return cobro_->TotalRecibido(); }
+  bool isCredito() const { return false; }
+  std::string CodigoCliente() const { return {}; }
+  std::string CodigoCondicion() const { return "CONTADO"; }
+  bool AplicarCreditos() const { return false; }
+
   CobroVarelta& cobro() { return *cobro_; }
   std::shared_ptr<CVarelta> resultado() const { return cobro_ ? cobro_->resultado : nullptr; }
   // Inner height in twips for a given number of inputs.

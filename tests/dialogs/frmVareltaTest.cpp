@@ -97,6 +97,11 @@ TEST_F(Dialogo, CashEqualToTheNetAcceptsItselfWithAutoCierre) {
   ajuste("AutoCierre", "1");
   auto f = abrir("100", "16");
   teclear(*f, "txEfectivo", "116");
+  EXPECT_EQ(f->TotalRecibido(), cur("116"));
+  EXPECT_EQ(f->Recibido(), cur("116"));
+  EXPECT_EQ(f->descriptorM(0).Codigo, "USD");
+  EXPECT_EQ(f->CodigoCondicion(), "CONTADO");
+  EXPECT_FALSE(f->isCredito());
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
   EXPECT_EQ(f->result(), QDialog::Accepted);
   ASSERT_NE(f->resultado(), nullptr);
