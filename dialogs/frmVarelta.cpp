@@ -16,6 +16,7 @@
 #include "dialogs/frmShowVuelto.h"
 #include "service/General.h"
 #include "service/HostUtil.h"
+#include "service/Settings.h"
 #include "uisupport/CajaNumerica.h"
 #include "uisupport/EstiloQt.h"
 #include "uisupport/Protegido.h"
@@ -419,7 +420,25 @@ void frmVarelta::aceptar() {
     return;
   }
   cobro_->resultado = mov;
+  recordarLineas(*mov);
   accept();
+}
+
+// The lines of each accepted collection are kept in section
+// "frmVarelta\Detalles", replacing the previous collection's, for
+// CServiciosCaja::DetallesEnRegistro. An empty key after the last line ends
+// the reading there, so lines of an earlier, longer collection are not read.
+void frmVarelta::recordarLineas(CVarelta& mov) {
+  try {
+    int n = 0;
+    for (const auto& linea : mov.lineasEnMemoria())
+      settingsStore().SaveSetting(kAppZOR, "frmVarelta\\Detalles", "Linea" + std::to_string(++n),
+                                  linea->Serialize());
+    settingsStore().SaveSetting(kAppZOR, "frmVarelta\\Detalles", "Linea" + std::to_string(n + 1),
+                                "");
+  } catch (const std::exception&) {
+    // The settings store is a convenience: the collection stands without it.
+  }
 }
 
 // The input of a method, by its code in any letter case: nullopt inside for

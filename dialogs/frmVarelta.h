@@ -94,6 +94,7 @@ class frmVarelta : public QDialog {
   void alDejar(std::optional<std::size_t> indice);
   void cambiarIVA();
   std::shared_ptr<CVarelta> llenar();
+  void recordarLineas(CVarelta& mov);
   void aceptar();
   // F2: the particulars of the focused input's payment line.
   void editarDetalle();

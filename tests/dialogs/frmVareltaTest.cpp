@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include "dialogs/frmShowVuelto.h"
+#include "service/CServiciosCaja.h"
 #include "tests/support/HostPrueba.h"
 #include "uisupport/CajaNumerica.h"
 
@@ -107,6 +108,25 @@ TEST_F(Dialogo, CashEqualToTheNetAcceptsItselfWithAutoCierre) {
   ASSERT_NE(f->resultado(), nullptr);
   EXPECT_EQ(f->resultado()->Debitos, cur("116"));
   EXPECT_EQ(f->resultado()->colDetalles->Item(1)->medio, "EFE");
+}
+
+// The lines of each accepted collection are kept for DetallesEnRegistro,
+// replacing those of the one before.
+TEST_F(Dialogo, AcceptedLinesAreKeptForDetallesEnRegistro) {
+  for (const auto& [pagos, lineas] :
+       {std::pair{std::vector<std::pair<const char*, const char*>>{{"txEfectivo", "100"},
+                                                                   {"txMediosX(1)", "16"}},
+                  2},
+        std::pair{std::vector<std::pair<const char*, const char*>>{{"txEfectivo", "116"}}, 1}}) {
+    auto f = abrir("100", "16");
+    for (const auto& [caja, monto] : pagos)
+      teclear(*f, caja, monto);
+    f->findChild<QPushButton*>("cbAceptar")->click();
+    ASSERT_NE(f->resultado(), nullptr);
+    const auto leidas = CServiciosCaja().DetallesEnRegistro();
+    ASSERT_EQ(leidas->Count(), lineas);
+    EXPECT_EQ(leidas->Item(1)->medio, "EFE");
+  }
 }
 
 // Every recomputation may accept, the one after Space in txEfectivo too.
