@@ -153,19 +153,7 @@ void frmVarelta::crearControles() {
 void frmVarelta::conectarEntrada(CajaNumerica* caja, std::optional<std::size_t> indice) {
   connect(caja, &CajaNumerica::enfocada, this,
           [this, indice] { StatusBar1->showMessage(q(cobro_->ayuda(indice))); });
-  connect(caja, &QLineEdit::textEdited, this, protegerSlot([this, caja] {
-            autoRechazado_ = false;
-            leerEntradas();
-            try {
-              recalcular(false);
-            } catch (const CajaError&) {
-              // A value the sale cannot hold (beyond the currency range once
-              // converted) is refused as it is typed.
-              caja->undo();
-              leerEntradas();
-              recalcular(false);
-            }
-          }));
+  connect(caja, &QLineEdit::textEdited, this, protegerSlot([this, caja] { alTeclear(caja); }));
   connect(caja, &CajaNumerica::espacio, this, [this, indice] {
     leerEntradas();
     cobro_->completar(indice);
@@ -175,6 +163,24 @@ void frmVarelta::conectarEntrada(CajaNumerica* caja, std::optional<std::size_t> 
   });
   connect(caja, &CajaNumerica::enter, this, [this] { focusNextChild(); });
   connect(caja, &CajaNumerica::dejada, this, [this, indice] { alDejar(indice); });
+}
+
+// Each digit typed refreshes the labels; the net amount stays that of the
+// last validated input until this one is left and validated.
+void frmVarelta::alTeclear(CajaNumerica* caja) {
+  autoRechazado_ = false;
+  leerEntradas();
+  const Currency netoValidado = cobro_->neto;
+  try {
+    recalcular(false);
+  } catch (const CajaError&) {
+    // A value the sale cannot hold (beyond the currency range once
+    // converted) is refused as it is typed.
+    caja->undo();
+    leerEntradas();
+    recalcular(false);
+  }
+  cobro_->neto = netoValidado;
 }
 
 void frmVarelta::preparar(Currency venta, Currency iva, Currency credito) {

@@ -91,6 +91,7 @@ class frmVarelta : public QDialog {
   void leerEntradas();
   // Refreshes the labels; `autoaceptar` lets a complete amount accept the dialog.
   void recalcular(bool autoaceptar);
+  void alTeclear(CajaNumerica* caja);
   void alDejar(std::optional<std::size_t> indice);
   void cambiarIVA();
   std::shared_ptr<CVarelta> llenar();
