@@ -54,7 +54,7 @@ Decimal redondear(const Decimal& d, int decimales, Empate empate) {
   r.digitos.resize(corte);
   r.escala = decimales;
   if (r.digitos.empty())
-    r.digitos = "0";
+    r.digitos.assign(1, '0');
   bool subir;
   if (primero != '5') {
     subir = primero > '5';
@@ -182,10 +182,10 @@ std::optional<Decimal> Decimal::parseRegional(std::string_view texto) {
   }
   if (escala > kExponenteMaximo + 30) {
     const std::size_t sobra = static_cast<std::size_t>(escala - kExponenteMaximo - 30);
-    digitos.resize(digitos.size() > sobra ? digitos.size() - sobra : 0);
+    digitos.erase(digitos.size() > sobra ? digitos.size() - sobra : 0);
     escala -= static_cast<int>(sobra);
     if (digitos.empty())
-      digitos = "0";
+      digitos.assign(1, '0');
   }
   d.digitos = digitos;
   d.escala = escala;
@@ -261,8 +261,19 @@ std::string Decimal::toMachineText() const {
   std::string fraccion = parteFraccion();
   while (!fraccion.empty() && fraccion.back() == '0')
     fraccion.pop_back();
-  const bool cero = parteEntera().find_first_not_of('0') == std::string::npos && fraccion.empty();
-  return (negativo && !cero ? "-" : "") + parteEntera() + (fraccion.empty() ? "" : "." + fraccion);
+  const std::string entera = parteEntera();
+  const bool cero = entera.find_first_not_of('0') == std::string::npos && fraccion.empty();
+  // Appended one piece at a time: GCC 12 at -O3 sees a false overlap
+  // (-Wrestrict) in the operator+ chain of a literal and strings.
+  std::string texto;
+  if (negativo && !cero)
+    texto.push_back('-');
+  texto.append(entera);
+  if (!fraccion.empty()) {
+    texto.push_back('.');
+    texto.append(fraccion);
+  }
+  return texto;
 }
 
 }  // namespace caja

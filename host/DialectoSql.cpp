@@ -91,7 +91,9 @@ std::string traducirSql(std::string_view sql, const Dialecto& dialecto, int& mar
       i += kIdentidad.size();
     } else if (sql[i] == '?') {
       ++marcas;
-      r += dialecto.marcasNumeradas ? "$" + std::to_string(marcas) : "?";
+      r += dialecto.marcasNumeradas ? '$' : '?';
+      if (dialecto.marcasNumeradas)
+        r += std::to_string(marcas);
       ++i;
     } else {
       r += sql[i++];
@@ -114,8 +116,10 @@ std::string crearTabla(const Tabla& tabla, const Dialecto& dialecto, std::string
       r += ' ';
       r += c.resto;
     }
-    if (c.tipo == TipoColumna::Dinero)
-      r += " " + replaceAll(std::string(dialecto.chequeoDinero), "{c}", std::string(c.nombre));
+    if (c.tipo == TipoColumna::Dinero) {
+      r += ' ';
+      r += replaceAll(dialecto.chequeoDinero, "{c}", c.nombre);
+    }
   }
   if (!tabla.restricciones.empty()) {
     r += ",\n  ";
