@@ -7,7 +7,6 @@
 #include "host/DialectoSql.h"
 #include "host/PostgresFactoria.h"
 #include "host/SqliteFactoria.h"
-#include "service/TransaccionHost.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {
@@ -77,69 +76,6 @@ TEST_P(Host, HeaderInsertWithGetdateAndIdentCurrent) {
   EXPECT_EQ(rs->Fields("tipoCambio"), Variant(36.5));
   EXPECT_EQ(rs->Fields("Operador"), Variant::Null());
   EXPECT_EQ(numeroError([&] { rs->Fields("NoExiste"); }), 3265);
-}
-
-TEST_P(Host, IdentityOfTheLastInsert) {
-  const std::int32_t trans = insertarMovimiento();
-  db->ExecuteSQL("INSERT INTO DetallesVarelta (TransID, Medio, Monto) VALUES (?, ?, ?)",
-                 {Variant(trans), Variant("EFE"), Variant(cur("5"))});
-  EXPECT_EQ(db->ReadScalar("SELECT @@IDENTITY"), Variant(1));
-  db->ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {Variant("V-1")});
-  db->ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {Variant("V-2")});
-  EXPECT_EQ(db->ReadScalar("SELECT @@identity"), Variant(2));
-  EXPECT_EQ(db->ReadScalar("SELECT scope_identity()"), Variant(2));
-  // A literal that spells the token is left alone.
-  EXPECT_EQ(db->ReadScalar("SELECT '@@IDENTITY'"), Variant("@@IDENTITY"));
-}
-
-TEST_P(Host, InsertSelectWhereNotExistsRegistersOnce) {
-  const std::string sql =
-      "INSERT INTO generalEmisores (TipoDocumento, CodigoEmisor) SELECT ?, ? WHERE NOT "
-      "Exists(SELECT * FROM generalEmisores WHERE TipoDocumento = ? AND CodigoEmisor = ?)";
-  const Argumentos args{Variant("CHE"), Variant("BANESCO"), Variant("CHE"), Variant("BANESCO")};
-  EXPECT_EQ(db->ExecuteSQL(sql, args), 1);
-  EXPECT_EQ(db->ExecuteSQL(sql, args), 0);
-  EXPECT_EQ(CLng(db->ReadScalar(
-                "SELECT count(*) FROM generalEmisores WHERE TipoDocumento = ? AND codigoEmisor = ?",
-                {Variant("che"), Variant("banesco")})),
-            1);
-}
-
-TEST_P(Host, UpdateFromSubtractsEachDetailOfTheTransaction) {
-  db->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(3)});
-  const Variant idCec = db->ReadScalar("SELECT id FROM CVCaja WHERE MachineID = ?", {Variant(3)});
-  db->ExecuteSQL("INSERT INTO CVCajaDetalles (idCec, codigoMedio) VALUES (?, ?)",
-                 {idCec, Variant("USD")});
-  const Variant idDet = db->ReadScalar("SELECT scope_identity()");
-  db->ExecuteSQL(
-      "UPDATE CVCajaDetalles SET valorMN = valorMN + ?, valorNominal = valorNominal + ? WHERE id = "
-      "?",
-      {Variant(cur("4000")), Variant(cur("100")), idDet});
-  db->ExecuteSQL(
-      "INSERT INTO transaccionesEfectivo (tipoTrans, idOrigen, machineID, efectivoMN) VALUES (?, "
-      "?, "
-      "?, ?)",
-      {Variant(0), Variant(9), Variant(std::int16_t{3}), Variant(cur("0"))});
-  const Variant trans = db->ReadScalar("SELECT scope_identity()");
-  db->ExecuteSQL(
-      "INSERT INTO transaccionEfectivoDetalles (transID, codigoMedio, valorMN, valorNominal) "
-      "VALUES "
-      "(?, ?, ?, ?)",
-      {trans, Variant("usd"), Variant(cur("1500.25")), Variant(cur("37.5"))});
-  const long filas = db->ExecuteSQL(
-      std::string("UPDATE cvCajaDetalles ") +
-          "SET valorMN = cvCajaDetalles.valorMN - D.valorMN, valorNominal = "
-          "cvCajaDetalles.valorNominal - D.ValorNominal " +
-          "FROM (SELECT d.*, cv.id AS CEC FROM (SELECT * FROM transaccionEfectivodetalles WHERE "
-          "transID = ?) D " +
-          "INNER JOIN TransaccionesEfectivo te ON D.transID = te.id " +
-          "INNER JOIN cvCaja CV ON cv.machineID = te.machineID) D " +
-          "WHERE D.CEC = idCec AND D.codigoMedio = cvCajaDetalles.codigoMedio",
-      {trans});
-  EXPECT_EQ(filas, 1);
-  auto rs = db->openrecordset("SELECT * FROM CVCajaDetalles WHERE idCEC = ?", {idCec});
-  EXPECT_EQ(rs->Fields("valorMN"), Variant(cur("2499.75")));
-  EXPECT_EQ(rs->Fields("valorNominal"), Variant(cur("62.5")));
 }
 
 TEST_P(Host, MoneyIsStoredAndAddedExactlyAcrossTheWholeRange) {
@@ -251,35 +187,6 @@ TEST_P(Host, FailuresCarryTheDatabasesMessageAndWriteNothing) {
                        ? "-2147217900|SqliteFactoria|no such table: NoExiste"
                        : "-2147217900|PostgresFactoria|relation \"noexiste\" does not exist");
   EXPECT_TRUE(db->ReadScalar("SELECT id FROM cvCaja WHERE MachineID = 99").isEmpty());
-}
-
-TEST_P(Host, StagedLinesCascadeFromTheirKey) {
-  db->ExecuteSQL("INSERT INTO saveMovsCaja (clave) Values (?)", {Variant("V-1")});
-  db->ExecuteSQL("INSERT INTO saveDetallesCaja (TransID, Medio, Monto) VALUES (1, 'EFE', ?)",
-                 {Variant(cur("5"))});
-  db->ExecuteSQL(
-      "INSERT INTO saveDenominaciones (idDetalle, Denominacion, CantidadRecibida) VALUES (1, ?, 1)",
-      {Variant(cur("5"))});
-  EXPECT_EQ(db->ExecuteSQL("DELETE FROM saveMovsCaja WHERE clave = ?", {Variant("v-1")}), 1);
-  EXPECT_EQ(contarFilas("saveDetallesCaja"), 0);
-  EXPECT_EQ(contarFilas("saveDenominaciones"), 0);
-}
-
-TEST_P(Host, HostTransactionIsAllOrNothing) {
-  try {
-    TransaccionHost t(*db);
-    db->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(1)});
-    db->ExecuteSQL("INSERT INTO NoExiste (a) VALUES (1)");
-    t.commit();
-  } catch (const CajaError&) {
-  }
-  EXPECT_EQ(contarFilas("cvCaja"), 0);
-  {
-    TransaccionHost t(*db);
-    db->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(1)});
-    t.commit();
-  }
-  EXPECT_EQ(contarFilas("cvCaja"), 1);
 }
 
 TEST_P(Host, HostObjects) {
