@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "app/LineaComandos.h"
-#include "host/HostSql.h"
+#include "caja/host/HostSql.h"
 
 namespace caja::app {
 

@@ -1,6 +1,6 @@
 #include "app/Demo.h"
 
-#include "catalog/CMedioPago.h"
+#include "caja/catalog/CMedioPago.h"
 
 namespace caja::app {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/HostSql.h"
+#include "caja/host/HostSql.h"
 
 namespace caja::app {
 

@@ -9,13 +9,13 @@
 
 #include "app/Comandos.h"
 #include "app/Salida.h"
-#include "base/Conversiones.h"
-#include "base/Texto.h"
-#include "drawer/SaldoCaja.h"
-#include "drawer/TransaccionEfectivo.h"
-#include "movement/CVarelta.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
+#include "caja/drawer/SaldoCaja.h"
+#include "caja/drawer/TransaccionEfectivo.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja::app {
 

@@ -7,8 +7,8 @@
 #include <charconv>
 #include <set>
 
-#include "base/CajaError.h"
-#include "base/Decimal.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Decimal.h"
 
 namespace caja::app {
 

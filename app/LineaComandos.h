@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "base/Currency.h"
-#include "base/Fecha.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Fecha.h"
 
 namespace caja::app {
 

@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <iomanip>
 
-#include "base/Formato.h"
-#include "base/Texto.h"
+#include "caja/base/Formato.h"
+#include "caja/base/Texto.h"
 
 namespace caja::app {
 

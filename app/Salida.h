@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "drawer/SaldoCaja.h"
-#include "movement/CVarelta.h"
+#include "caja/drawer/SaldoCaja.h"
+#include "caja/movement/CVarelta.h"
 
 namespace caja::app {
 

@@ -5,7 +5,7 @@
 #include <QRandomGenerator>
 #include <iostream>
 
-#include "base/Conversiones.h"
+#include "caja/base/Conversiones.h"
 
 namespace caja::app {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/HostSql.h"
+#include "caja/host/HostSql.h"
 
 namespace caja::app {
 

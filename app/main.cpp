@@ -12,11 +12,11 @@
 
 #include "app/Comandos.h"
 #include "app/Supervisores.h"
-#include "host/IniSettingsStore.h"
-#include "host/PostgresFactoria.h"
-#include "host/QtHostUtil.h"
-#include "host/SqliteFactoria.h"
-#include "service/General.h"
+#include "caja/host/IniSettingsStore.h"
+#include "caja/host/PostgresFactoria.h"
+#include "caja/host/QtHostUtil.h"
+#include "caja/host/SqliteFactoria.h"
+#include "caja/service/General.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "base/CajaError.h"
+#include "caja/base/CajaError.h"
 
 namespace caja {
 

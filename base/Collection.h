@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "base/CajaError.h"
-#include "base/Objeto.h"
-#include "base/Texto.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Objeto.h"
+#include "caja/base/Texto.h"
 
 namespace caja {
 

@@ -1,13 +1,13 @@
-#include "base/Conversiones.h"
+#include "caja/base/Conversiones.h"
 
 #include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <limits>
 
-#include "base/CajaError.h"
-#include "base/Decimal.h"
-#include "base/Regional.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Decimal.h"
+#include "caja/base/Regional.h"
 
 namespace caja {
 

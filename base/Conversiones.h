@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "base/Currency.h"
-#include "base/Decimal.h"
-#include "base/Variant.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Decimal.h"
+#include "caja/base/Variant.h"
 
 namespace caja {
 

@@ -1,8 +1,8 @@
-#include "base/Currency.h"
+#include "caja/base/Currency.h"
 
 #include <limits>
 
-#include "base/CajaError.h"
+#include "caja/base/CajaError.h"
 
 namespace caja {
 

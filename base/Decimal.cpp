@@ -1,12 +1,12 @@
-#include "base/Decimal.h"
+#include "caja/base/Decimal.h"
 
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 
-#include "base/CajaError.h"
-#include "base/Regional.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Regional.h"
 
 namespace caja {
 

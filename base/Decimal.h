@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/Currency.h"
+#include "caja/base/Currency.h"
 
 namespace caja {
 

@@ -1,4 +1,4 @@
-#include "base/Fecha.h"
+#include "caja/base/Fecha.h"
 
 #include <cmath>
 #include <cstdio>

@@ -1,7 +1,7 @@
-#include "base/Formato.h"
+#include "caja/base/Formato.h"
 
-#include "base/Decimal.h"
-#include "base/Regional.h"
+#include "caja/base/Decimal.h"
+#include "caja/base/Regional.h"
 
 namespace caja {
 

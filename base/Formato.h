@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/Variant.h"
+#include "caja/base/Variant.h"
 
 namespace caja {
 

@@ -1,4 +1,4 @@
-#include "base/Regional.h"
+#include "caja/base/Regional.h"
 
 namespace caja {
 

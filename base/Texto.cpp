@@ -1,4 +1,4 @@
-#include "base/Texto.h"
+#include "caja/base/Texto.h"
 
 namespace caja {
 

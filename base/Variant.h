@@ -6,9 +6,9 @@
 #include <type_traits>
 #include <variant>
 
-#include "base/Currency.h"
-#include "base/Fecha.h"
-#include "base/Objeto.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Fecha.h"
+#include "caja/base/Objeto.h"
 
 namespace caja {
 
@@ -71,7 +71,7 @@ std::shared_ptr<T> objetoDe(const Variant& v);
 
 }  // namespace caja
 
-#include "base/CajaError.h"
+#include "caja/base/CajaError.h"
 
 template <class T>
 std::shared_ptr<T> caja::objetoDe(const Variant& v) {

@@ -20,11 +20,11 @@
 #include <cstdlib>
 #include <vector>
 
-#include "host/PostgresFactoria.h"
-#include "host/SqliteFactoria.h"
-#include "movement/CVarelta.h"
-#include "service/General.h"
-#include "service/Settings.h"
+#include "caja/host/PostgresFactoria.h"
+#include "caja/host/SqliteFactoria.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/service/General.h"
+#include "caja/service/Settings.h"
 #include "tests/support/HostPrueba.h"
 
 namespace {

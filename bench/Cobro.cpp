@@ -7,10 +7,10 @@
 #include <QApplication>
 #include <filesystem>
 
-#include "dialogs/frmVarelta.h"
-#include "host/SqliteFactoria.h"
-#include "service/General.h"
-#include "service/Settings.h"
+#include "caja/dialogs/frmVarelta.h"
+#include "caja/host/SqliteFactoria.h"
+#include "caja/service/General.h"
+#include "caja/service/Settings.h"
 
 namespace {
 

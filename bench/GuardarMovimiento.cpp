@@ -14,11 +14,11 @@
 #include <filesystem>
 #include <map>
 
-#include "host/SqliteFactoria.h"
-#include "movement/CVarelta.h"
-#include "service/FactoriaEnvoltorio.h"
-#include "service/General.h"
-#include "service/Settings.h"
+#include "caja/host/SqliteFactoria.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/service/FactoriaEnvoltorio.h"
+#include "caja/service/General.h"
+#include "caja/service/Settings.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "catalog/CMedioPago.h"
+#include "caja/catalog/CMedioPago.h"
 
 #include <cstdlib>
 
-#include "base/Conversiones.h"
-#include "service/DialogosCaja.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
+#include "caja/base/Conversiones.h"
+#include "caja/service/DialogosCaja.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja {
 

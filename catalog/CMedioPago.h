@@ -3,11 +3,11 @@
 #include <cstdint>
 #include <string>
 
-#include "base/Objeto.h"
-#include "base/Variant.h"
-#include "catalog/AtributosMedioPago.h"
-#include "catalog/ClaseIngresoSesion.h"
-#include "service/Recordset.h"
+#include "caja/base/Objeto.h"
+#include "caja/base/Variant.h"
+#include "caja/catalog/AtributosMedioPago.h"
+#include "caja/catalog/ClaseIngresoSesion.h"
+#include "caja/service/Recordset.h"
 
 namespace caja {
 

@@ -1,4 +1,4 @@
-#include "catalog/ClaseIngresoSesion.h"
+#include "caja/catalog/ClaseIngresoSesion.h"
 
 namespace caja {
 

@@ -1,12 +1,12 @@
-#include "dialogs/DialogosQt.h"
+#include "caja/dialogs/DialogosQt.h"
 
 #include <QCoreApplication>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QTranslator>
 
-#include "dialogs/frmDefinirMedioPago.h"
-#include "dialogs/frmVarelta.h"
+#include "caja/dialogs/frmDefinirMedioPago.h"
+#include "caja/dialogs/frmVarelta.h"
 
 namespace caja {
 

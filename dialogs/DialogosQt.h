@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/DialogosCaja.h"
+#include "caja/service/DialogosCaja.h"
 
 namespace caja {
 

@@ -1,4 +1,4 @@
-#include "dialogs/frmDefinirMedioPago.h"
+#include "caja/dialogs/frmDefinirMedioPago.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -11,14 +11,14 @@
 #include <QPushButton>
 #include <QSpinBox>
 
-#include "base/Conversiones.h"
-#include "base/Texto.h"
-#include "catalog/CMedioPago.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
-#include "uisupport/EstiloQt.h"
-#include "uisupport/Protegido.h"
-#include "uisupport/lmFormPlacement.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
+#include "caja/catalog/CMedioPago.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
+#include "caja/uisupport/EstiloQt.h"
+#include "caja/uisupport/Protegido.h"
+#include "caja/uisupport/lmFormPlacement.h"
 
 namespace caja {
 

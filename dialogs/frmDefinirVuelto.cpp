@@ -1,17 +1,17 @@
-#include "dialogs/frmDefinirVuelto.h"
+#include "caja/dialogs/frmDefinirVuelto.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 
-#include "base/Formato.h"
-#include "dialogs/modelo/CobroVarelta.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
-#include "service/Settings.h"
-#include "uisupport/CajaNumerica.h"
-#include "uisupport/Protegido.h"
+#include "caja/base/Formato.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
+#include "caja/service/Settings.h"
+#include "caja/uisupport/CajaNumerica.h"
+#include "caja/uisupport/Protegido.h"
 
 namespace caja {
 

@@ -4,8 +4,8 @@
 #include <functional>
 #include <vector>
 
-#include "dialogs/modelo/DivisionVuelto.h"
-#include "dialogs/modelo/Vuelto.h"
+#include "caja/dialogs/modelo/DivisionVuelto.h"
+#include "caja/dialogs/modelo/Vuelto.h"
 
 class QLabel;
 class QPushButton;

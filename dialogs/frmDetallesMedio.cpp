@@ -1,4 +1,4 @@
-#include "dialogs/frmDetallesMedio.h"
+#include "caja/dialogs/frmDetallesMedio.h"
 
 #include <QComboBox>
 #include <QFocusEvent>
@@ -14,16 +14,16 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include "base/Conversiones.h"
-#include "base/Formato.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
-#include "uisupport/CajaNumerica.h"
-#include "uisupport/EstiloQt.h"
-#include "uisupport/Protegido.h"
-#include "uisupport/Twips.h"
-#include "uisupport/clsComboWidth.h"
-#include "uisupport/lmFormPlacement.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Formato.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
+#include "caja/uisupport/CajaNumerica.h"
+#include "caja/uisupport/EstiloQt.h"
+#include "caja/uisupport/Protegido.h"
+#include "caja/uisupport/Twips.h"
+#include "caja/uisupport/clsComboWidth.h"
+#include "caja/uisupport/lmFormPlacement.h"
 
 namespace caja {
 

@@ -4,7 +4,7 @@
 #include <map>
 #include <memory>
 
-#include "dialogs/modelo/DetalleMedio.h"
+#include "caja/dialogs/modelo/DetalleMedio.h"
 
 class QComboBox;
 class QFormLayout;

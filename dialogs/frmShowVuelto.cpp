@@ -1,4 +1,4 @@
-#include "dialogs/frmShowVuelto.h"
+#include "caja/dialogs/frmShowVuelto.h"
 
 #include <QKeyEvent>
 #include <QLabel>
@@ -6,12 +6,12 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include "base/Conversiones.h"
-#include "service/General.h"
-#include "service/Settings.h"
-#include "uisupport/EstiloQt.h"
-#include "uisupport/Protegido.h"
-#include "uisupport/lmFormPlacement.h"
+#include "caja/base/Conversiones.h"
+#include "caja/service/General.h"
+#include "caja/service/Settings.h"
+#include "caja/uisupport/EstiloQt.h"
+#include "caja/uisupport/Protegido.h"
+#include "caja/uisupport/lmFormPlacement.h"
 
 namespace caja {
 

@@ -2,7 +2,7 @@
 
 #include <QDialog>
 
-#include "base/Currency.h"
+#include "caja/base/Currency.h"
 
 class QLabel;
 class QLineEdit;

@@ -1,4 +1,4 @@
-#include "dialogs/frmVarelta.h"
+#include "caja/dialogs/frmVarelta.h"
 
 #include <QApplication>
 #include <QGroupBox>
@@ -9,19 +9,19 @@
 #include <QStatusBar>
 #include <QTimer>
 
-#include "base/Conversiones.h"
-#include "base/Texto.h"
-#include "dialogs/frmDefinirVuelto.h"
-#include "dialogs/frmDetallesMedio.h"
-#include "dialogs/frmShowVuelto.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
-#include "service/Settings.h"
-#include "uisupport/CajaNumerica.h"
-#include "uisupport/EstiloQt.h"
-#include "uisupport/Protegido.h"
-#include "uisupport/Twips.h"
-#include "uisupport/lmFormPlacement.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
+#include "caja/dialogs/frmDefinirVuelto.h"
+#include "caja/dialogs/frmDetallesMedio.h"
+#include "caja/dialogs/frmShowVuelto.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
+#include "caja/service/Settings.h"
+#include "caja/uisupport/CajaNumerica.h"
+#include "caja/uisupport/EstiloQt.h"
+#include "caja/uisupport/Protegido.h"
+#include "caja/uisupport/Twips.h"
+#include "caja/uisupport/lmFormPlacement.h"
 
 namespace caja {
 

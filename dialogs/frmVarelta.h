@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "dialogs/modelo/CobroVarelta.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
 
 class QLabel;
 class QPushButton;

@@ -1,6 +1,6 @@
-#include "drawer/DetalleEfectivo.h"
+#include "caja/drawer/DetalleEfectivo.h"
 
-#include "base/Conversiones.h"
+#include "caja/base/Conversiones.h"
 
 namespace caja {
 

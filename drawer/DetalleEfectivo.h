@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "base/Currency.h"
-#include "base/Objeto.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Objeto.h"
 
 namespace caja {
 

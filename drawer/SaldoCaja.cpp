@@ -1,7 +1,7 @@
-#include "drawer/SaldoCaja.h"
+#include "caja/drawer/SaldoCaja.h"
 
-#include "base/Conversiones.h"
-#include "service/General.h"
+#include "caja/base/Conversiones.h"
+#include "caja/service/General.h"
 
 namespace caja {
 

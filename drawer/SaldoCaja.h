@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "base/Collection.h"
-#include "base/Variant.h"
-#include "drawer/DetalleEfectivo.h"
+#include "caja/base/Collection.h"
+#include "caja/base/Variant.h"
+#include "caja/drawer/DetalleEfectivo.h"
 
 namespace caja {
 

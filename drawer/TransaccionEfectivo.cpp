@@ -1,7 +1,7 @@
-#include "drawer/TransaccionEfectivo.h"
+#include "caja/drawer/TransaccionEfectivo.h"
 
-#include "base/Conversiones.h"
-#include "service/General.h"
+#include "caja/base/Conversiones.h"
+#include "caja/service/General.h"
 
 namespace caja {
 

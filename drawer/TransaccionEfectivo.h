@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
-#include "base/Collection.h"
-#include "base/Variant.h"
-#include "drawer/DetalleEfectivo.h"
-#include "service/Recordset.h"
+#include "caja/base/Collection.h"
+#include "caja/base/Variant.h"
+#include "caja/drawer/DetalleEfectivo.h"
+#include "caja/service/Recordset.h"
 
 namespace caja {
 

@@ -1,6 +1,6 @@
-#include "host/DialectoSql.h"
+#include "caja/host/DialectoSql.h"
 
-#include "base/Texto.h"
+#include "caja/base/Texto.h"
 
 namespace caja {
 

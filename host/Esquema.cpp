@@ -1,4 +1,4 @@
-#include "host/DialectoSql.h"
+#include "caja/host/DialectoSql.h"
 
 namespace caja {
 

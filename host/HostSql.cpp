@@ -1,14 +1,14 @@
-#include "host/HostSql.h"
+#include "caja/host/HostSql.h"
 
 #include <chrono>
 #include <limits>
 #include <thread>
 
-#include "base/Conversiones.h"
-#include "base/Decimal.h"
-#include "base/Texto.h"
-#include "host/ObjetosHost.h"
-#include "service/TransaccionHost.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Decimal.h"
+#include "caja/base/Texto.h"
+#include "caja/host/ObjetosHost.h"
+#include "caja/service/TransaccionHost.h"
 
 namespace caja {
 

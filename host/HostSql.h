@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "base/CajaError.h"
-#include "service/Factoria.h"
+#include "caja/base/CajaError.h"
+#include "caja/service/Factoria.h"
 
 namespace caja {
 

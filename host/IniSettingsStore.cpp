@@ -1,4 +1,4 @@
-#include "host/IniSettingsStore.h"
+#include "caja/host/IniSettingsStore.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -6,8 +6,8 @@
 #include <sstream>
 #include <vector>
 
-#include "base/CajaError.h"
-#include "base/Texto.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Texto.h"
 
 namespace caja {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "service/Settings.h"
+#include "caja/service/Settings.h"
 
 namespace caja {
 

@@ -1,8 +1,8 @@
-#include "host/ObjetosHost.h"
+#include "caja/host/ObjetosHost.h"
 
-#include "base/Conversiones.h"
-#include "host/HostSql.h"
-#include "service/HostUtil.h"
+#include "caja/base/Conversiones.h"
+#include "caja/host/HostSql.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja {
 

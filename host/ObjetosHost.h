@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "service/ObjetosHost.h"
+#include "caja/service/ObjetosHost.h"
 
 namespace caja {
 

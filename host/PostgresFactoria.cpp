@@ -1,15 +1,15 @@
-#include "host/PostgresFactoria.h"
+#include "caja/host/PostgresFactoria.h"
 
 #include <libpq-fe.h>
 
 #include <charconv>
 #include <memory>
 
-#include "base/CajaError.h"
-#include "base/Conversiones.h"
-#include "base/Texto.h"
-#include "host/DialectoSql.h"
-#include "service/TablaRecordset.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
+#include "caja/host/DialectoSql.h"
+#include "caja/service/TablaRecordset.h"
 
 namespace caja {
 

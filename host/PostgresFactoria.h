@@ -4,7 +4,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "host/HostSql.h"
+#include "caja/host/HostSql.h"
 
 struct pg_conn;
 struct pg_result;

@@ -1,4 +1,4 @@
-#include "host/QtHostUtil.h"
+#include "caja/host/QtHostUtil.h"
 
 #include <QApplication>
 #include <QMessageBox>

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "service/HostUtil.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja {
 

@@ -1,4 +1,4 @@
-#include "host/SqliteFactoria.h"
+#include "caja/host/SqliteFactoria.h"
 
 #include <sqlite3.h>
 
@@ -6,11 +6,11 @@
 #include <limits>
 #include <memory>
 
-#include "base/CajaError.h"
-#include "base/Conversiones.h"
-#include "base/Texto.h"
-#include "host/DialectoSql.h"
-#include "service/TablaRecordset.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
+#include "caja/host/DialectoSql.h"
+#include "caja/service/TablaRecordset.h"
 
 namespace caja {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "host/HostSql.h"
+#include "caja/host/HostSql.h"
 
 struct sqlite3;
 struct sqlite3_stmt;

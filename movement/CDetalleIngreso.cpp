@@ -1,13 +1,13 @@
-#include "movement/CDetalleIngreso.h"
+#include "caja/movement/CDetalleIngreso.h"
 
 #include <vector>
 
-#include "base/Conversiones.h"
-#include "base/Formato.h"
-#include "base/Texto.h"
-#include "catalog/CMedioPago.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Formato.h"
+#include "caja/base/Texto.h"
+#include "caja/catalog/CMedioPago.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja {
 

@@ -4,12 +4,12 @@
 #include <memory>
 #include <string>
 
-#include "base/Collection.h"
-#include "base/Currency.h"
-#include "base/Variant.h"
-#include "movement/CDetalleConfirmacion.h"
-#include "movement/CDetalleDenominacion.h"
-#include "service/Recordset.h"
+#include "caja/base/Collection.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Variant.h"
+#include "caja/movement/CDetalleConfirmacion.h"
+#include "caja/movement/CDetalleDenominacion.h"
+#include "caja/service/Recordset.h"
 
 namespace caja {
 

@@ -1,6 +1,6 @@
-#include "movement/CDocsMovCaja.h"
+#include "caja/movement/CDocsMovCaja.h"
 
-#include "service/General.h"
+#include "caja/service/General.h"
 
 namespace caja {
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "base/Currency.h"
-#include "base/Objeto.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Objeto.h"
 
 namespace caja {
 

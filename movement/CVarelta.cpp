@@ -1,9 +1,9 @@
-#include "movement/CVarelta.h"
+#include "caja/movement/CVarelta.h"
 
-#include "base/Conversiones.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
-#include "uisupport/CStringBuffer.h"
+#include "caja/base/Conversiones.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
+#include "caja/uisupport/CStringBuffer.h"
 
 namespace caja {
 

@@ -4,18 +4,18 @@
 #include <memory>
 #include <string>
 
-#include "base/Collection.h"
-#include "base/Currency.h"
-#include "base/Fecha.h"
-#include "base/Variant.h"
-#include "catalog/CMedioPago.h"
-#include "catalog/ClaseIngresoSesion.h"
-#include "drawer/DetalleEfectivo.h"
-#include "drawer/TransaccionEfectivo.h"
-#include "movement/CDetalleIngreso.h"
-#include "movement/CDocsMovCaja.h"
-#include "service/ObjetosHost.h"
-#include "service/Recordset.h"
+#include "caja/base/Collection.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Fecha.h"
+#include "caja/base/Variant.h"
+#include "caja/catalog/CMedioPago.h"
+#include "caja/catalog/ClaseIngresoSesion.h"
+#include "caja/drawer/DetalleEfectivo.h"
+#include "caja/drawer/TransaccionEfectivo.h"
+#include "caja/movement/CDetalleIngreso.h"
+#include "caja/movement/CDocsMovCaja.h"
+#include "caja/service/ObjetosHost.h"
+#include "caja/service/Recordset.h"
 
 namespace caja {
 

@@ -1,8 +1,8 @@
-#include "base/Conversiones.h"
-#include "movement/CVarelta.h"
-#include "service/General.h"
-#include "service/Settings.h"
-#include "uisupport/CStringBuffer.h"
+#include "caja/base/Conversiones.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/service/General.h"
+#include "caja/service/Settings.h"
+#include "caja/uisupport/CStringBuffer.h"
 
 namespace caja {
 

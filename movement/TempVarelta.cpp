@@ -1,8 +1,8 @@
-#include "movement/TempVarelta.h"
+#include "caja/movement/TempVarelta.h"
 
-#include "base/Conversiones.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
+#include "caja/base/Conversiones.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja {
 

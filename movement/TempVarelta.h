@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "movement/CVarelta.h"
+#include "caja/movement/CVarelta.h"
 
 namespace caja {
 

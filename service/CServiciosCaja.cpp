@@ -1,11 +1,11 @@
-#include "service/CServiciosCaja.h"
+#include "caja/service/CServiciosCaja.h"
 
-#include "base/Conversiones.h"
-#include "base/Decimal.h"
-#include "service/DialogosCaja.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
-#include "service/Settings.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Decimal.h"
+#include "caja/service/DialogosCaja.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
+#include "caja/service/Settings.h"
 
 namespace caja {
 

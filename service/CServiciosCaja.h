@@ -4,11 +4,11 @@
 #include <memory>
 #include <string>
 
-#include "base/Collection.h"
-#include "base/Currency.h"
-#include "base/Variant.h"
-#include "movement/CDetalleIngreso.h"
-#include "service/Factoria.h"
+#include "caja/base/Collection.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Variant.h"
+#include "caja/movement/CDetalleIngreso.h"
+#include "caja/service/Factoria.h"
 
 namespace caja {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "base/Currency.h"
+#include "caja/base/Currency.h"
 
 namespace caja {
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "base/Objeto.h"
-#include "base/Variant.h"
-#include "service/ObjetosHost.h"
-#include "service/Recordset.h"
+#include "caja/base/Objeto.h"
+#include "caja/base/Variant.h"
+#include "caja/service/ObjetosHost.h"
+#include "caja/service/Recordset.h"
 
 namespace caja {
 

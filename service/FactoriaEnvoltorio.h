@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "service/Factoria.h"
+#include "caja/service/Factoria.h"
 
 namespace caja {
 

@@ -1,8 +1,8 @@
-#include "service/General.h"
+#include "caja/service/General.h"
 
-#include "base/Conversiones.h"
-#include "base/Formato.h"
-#include "service/Settings.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Formato.h"
+#include "caja/service/Settings.h"
 
 namespace caja {
 

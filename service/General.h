@@ -3,11 +3,11 @@
 #include <memory>
 #include <string>
 
-#include "base/Collection.h"
-#include "base/Currency.h"
-#include "base/Variant.h"
-#include "catalog/CMedioPago.h"
-#include "service/Factoria.h"
+#include "caja/base/Collection.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Variant.h"
+#include "caja/catalog/CMedioPago.h"
+#include "caja/service/Factoria.h"
 
 namespace caja {
 

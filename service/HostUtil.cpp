@@ -1,8 +1,8 @@
-#include "service/HostUtil.h"
+#include "caja/service/HostUtil.h"
 
 #include <iostream>
 
-#include "base/Conversiones.h"
+#include "caja/base/Conversiones.h"
 
 namespace caja {
 

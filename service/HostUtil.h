@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
-#include "base/CajaError.h"
-#include "base/Currency.h"
-#include "base/Fecha.h"
-#include "base/Variant.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Fecha.h"
+#include "caja/base/Variant.h"
 
 namespace caja {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "base/Objeto.h"
-#include "base/Variant.h"
+#include "caja/base/Objeto.h"
+#include "caja/base/Variant.h"
 
 namespace caja {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "base/Objeto.h"
-#include "base/Variant.h"
+#include "caja/base/Objeto.h"
+#include "caja/base/Variant.h"
 
 namespace caja {
 

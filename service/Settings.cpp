@@ -1,11 +1,11 @@
-#include "service/Settings.h"
+#include "caja/service/Settings.h"
 
 #include <algorithm>
 #include <optional>
 
-#include "base/CajaError.h"
-#include "base/Conversiones.h"
-#include "base/Texto.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
 
 namespace caja {
 

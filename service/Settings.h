@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "base/Currency.h"
-#include "base/Variant.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Variant.h"
 
 namespace caja {
 

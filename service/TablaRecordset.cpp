@@ -1,7 +1,7 @@
-#include "service/TablaRecordset.h"
+#include "caja/service/TablaRecordset.h"
 
-#include "base/CajaError.h"
-#include "base/Texto.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Texto.h"
 
 namespace caja {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "service/Recordset.h"
+#include "caja/service/Recordset.h"
 
 namespace caja {
 

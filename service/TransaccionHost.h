@@ -1,6 +1,6 @@
 #pragma once
 
-#include "service/Factoria.h"
+#include "caja/service/Factoria.h"
 
 namespace caja {
 

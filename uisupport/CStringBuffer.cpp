@@ -1,9 +1,9 @@
-#include "uisupport/CStringBuffer.h"
+#include "caja/uisupport/CStringBuffer.h"
 
 #include <algorithm>
 
-#include "base/CajaError.h"
-#include "base/Texto.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Texto.h"
 
 namespace caja {
 

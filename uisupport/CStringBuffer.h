@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "base/Objeto.h"
+#include "caja/base/Objeto.h"
 
 namespace caja {
 

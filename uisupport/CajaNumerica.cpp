@@ -1,14 +1,14 @@
-#include "uisupport/CajaNumerica.h"
+#include "caja/uisupport/CajaNumerica.h"
 
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QRegularExpressionValidator>
 #include <QTimer>
 
-#include "base/Decimal.h"
-#include "base/Formato.h"
-#include "base/Regional.h"
-#include "uisupport/Protegido.h"
+#include "caja/base/Decimal.h"
+#include "caja/base/Formato.h"
+#include "caja/base/Regional.h"
+#include "caja/uisupport/Protegido.h"
 
 namespace caja {
 

@@ -2,7 +2,7 @@
 
 #include <QLineEdit>
 
-#include "base/Currency.h"
+#include "caja/base/Currency.h"
 
 namespace caja {
 

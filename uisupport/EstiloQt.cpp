@@ -1,8 +1,8 @@
-#include "uisupport/EstiloQt.h"
+#include "caja/uisupport/EstiloQt.h"
 
 #include <QFileInfo>
 
-#include "service/General.h"
+#include "caja/service/General.h"
 
 namespace caja {
 

@@ -4,8 +4,8 @@
 #include <QWidget>
 #include <memory>
 
-#include "base/Objeto.h"
-#include "service/ObjetosHost.h"
+#include "caja/base/Objeto.h"
+#include "caja/service/ObjetosHost.h"
 
 namespace caja {
 

@@ -1,10 +1,10 @@
-#include "uisupport/Protegido.h"
+#include "caja/uisupport/Protegido.h"
 
 #include <cstdio>
 #include <exception>
 
-#include "base/CajaError.h"
-#include "service/HostUtil.h"
+#include "caja/base/CajaError.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja {
 

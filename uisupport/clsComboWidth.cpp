@@ -1,6 +1,6 @@
-#include "uisupport/clsComboWidth.h"
+#include "caja/uisupport/clsComboWidth.h"
 
-#include "uisupport/Protegido.h"
+#include "caja/uisupport/Protegido.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -8,7 +8,7 @@
 #include <QFontMetrics>
 #include <QScreen>
 
-#include "base/Conversiones.h"
+#include "caja/base/Conversiones.h"
 
 namespace caja {
 

@@ -2,7 +2,7 @@
 
 #include <QObject>
 
-#include "base/Variant.h"
+#include "caja/base/Variant.h"
 
 class QComboBox;
 

@@ -1,12 +1,12 @@
-#include "uisupport/lmFormPlacement.h"
+#include "caja/uisupport/lmFormPlacement.h"
 
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWidget>
 
-#include "base/Conversiones.h"
-#include "service/Settings.h"
-#include "uisupport/Twips.h"
+#include "caja/base/Conversiones.h"
+#include "caja/service/Settings.h"
+#include "caja/uisupport/Twips.h"
 
 namespace caja {
 

@@ -1,14 +1,14 @@
-#include "dialogs/modelo/CobroVarelta.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
 
 #include <cmath>
 
-#include "base/Conversiones.h"
-#include "base/Formato.h"
-#include "base/Texto.h"
-#include "catalog/AtributosMedioPago.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
-#include "service/Settings.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Formato.h"
+#include "caja/base/Texto.h"
+#include "caja/catalog/AtributosMedioPago.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
+#include "caja/service/Settings.h"
 
 namespace caja {
 

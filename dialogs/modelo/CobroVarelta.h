@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "base/Currency.h"
-#include "dialogs/modelo/DescriptorMedio.h"
-#include "dialogs/modelo/Vuelto.h"
-#include "movement/CVarelta.h"
-#include "service/Recordset.h"
+#include "caja/base/Currency.h"
+#include "caja/dialogs/modelo/DescriptorMedio.h"
+#include "caja/dialogs/modelo/Vuelto.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/service/Recordset.h"
 
 namespace caja {
 

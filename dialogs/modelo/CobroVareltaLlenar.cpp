@@ -1,8 +1,8 @@
-#include "base/Conversiones.h"
-#include "base/Formato.h"
-#include "dialogs/modelo/CobroVarelta.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Formato.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja {
 

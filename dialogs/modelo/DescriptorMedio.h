@@ -5,9 +5,9 @@
 
 #include <memory>
 
-#include "base/Currency.h"
-#include "catalog/ClaseIngresoSesion.h"
-#include "movement/CDetalleIngreso.h"
+#include "caja/base/Currency.h"
+#include "caja/catalog/ClaseIngresoSesion.h"
+#include "caja/movement/CDetalleIngreso.h"
 
 namespace caja {
 

@@ -1,9 +1,9 @@
-#include "dialogs/modelo/DetalleMedio.h"
+#include "caja/dialogs/modelo/DetalleMedio.h"
 
-#include "base/Conversiones.h"
-#include "base/Texto.h"
-#include "service/General.h"
-#include "service/HostUtil.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "catalog/CMedioPago.h"
-#include "movement/CDetalleIngreso.h"
+#include "caja/catalog/CMedioPago.h"
+#include "caja/movement/CDetalleIngreso.h"
 
 namespace caja {
 

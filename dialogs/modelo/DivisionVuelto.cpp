@@ -1,12 +1,12 @@
-#include "dialogs/modelo/DivisionVuelto.h"
+#include "caja/dialogs/modelo/DivisionVuelto.h"
 
 #include <algorithm>
 
-#include "base/Conversiones.h"
-#include "base/Formato.h"
-#include "base/Texto.h"
-#include "dialogs/modelo/CobroVarelta.h"
-#include "service/General.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Formato.h"
+#include "caja/base/Texto.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
+#include "caja/service/General.h"
 
 namespace caja {
 

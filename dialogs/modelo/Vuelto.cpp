@@ -1,4 +1,4 @@
-#include "dialogs/modelo/Vuelto.h"
+#include "caja/dialogs/modelo/Vuelto.h"
 
 namespace caja {
 

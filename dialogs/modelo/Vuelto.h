@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "base/Collection.h"
-#include "base/Currency.h"
-#include "movement/CDetalleIngreso.h"
+#include "caja/base/Collection.h"
+#include "caja/base/Currency.h"
+#include "caja/movement/CDetalleIngreso.h"
 
 namespace caja {
 

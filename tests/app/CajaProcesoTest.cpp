@@ -13,8 +13,8 @@
 #include <set>
 #include <sstream>
 
-#include "base/Conversiones.h"
-#include "base/Texto.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

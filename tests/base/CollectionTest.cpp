@@ -1,8 +1,8 @@
-#include "base/Collection.h"
+#include "caja/base/Collection.h"
 
 #include <gtest/gtest.h>
 
-#include "base/Variant.h"
+#include "caja/base/Variant.h"
 #include "tests/support/Ayudas.h"
 
 namespace caja {

@@ -1,4 +1,4 @@
-#include "base/Conversiones.h"
+#include "caja/base/Conversiones.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "base/Currency.h"
+#include "caja/base/Currency.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "base/Formato.h"
+#include "caja/base/Formato.h"
 
 #include <gtest/gtest.h>
 

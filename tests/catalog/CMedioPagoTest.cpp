@@ -1,8 +1,8 @@
-#include "catalog/CMedioPago.h"
+#include "caja/catalog/CMedioPago.h"
 
 #include <gtest/gtest.h>
 
-#include "base/Conversiones.h"
+#include "caja/base/Conversiones.h"
 #include "tests/support/DialogosFalsos.h"
 #include "tests/support/HostPrueba.h"
 

@@ -8,13 +8,13 @@
 #include <QTest>
 #include <QTimer>
 
-#include "dialogs/DialogosQt.h"
-#include "dialogs/frmDefinirMedioPago.h"
-#include "dialogs/frmDetallesMedio.h"
-#include "dialogs/frmVarelta.h"
-#include "service/CServiciosCaja.h"
+#include "caja/dialogs/DialogosQt.h"
+#include "caja/dialogs/frmDefinirMedioPago.h"
+#include "caja/dialogs/frmDetallesMedio.h"
+#include "caja/dialogs/frmVarelta.h"
+#include "caja/service/CServiciosCaja.h"
+#include "caja/uisupport/CajaNumerica.h"
 #include "tests/support/HostPrueba.h"
-#include "uisupport/CajaNumerica.h"
 
 namespace caja {
 namespace {

@@ -13,11 +13,11 @@
 #include <functional>
 #include <random>
 
-#include "base/Conversiones.h"
-#include "dialogs/frmDefinirMedioPago.h"
-#include "dialogs/frmDetallesMedio.h"
-#include "dialogs/frmVarelta.h"
-#include "service/General.h"
+#include "caja/base/Conversiones.h"
+#include "caja/dialogs/frmDefinirMedioPago.h"
+#include "caja/dialogs/frmDetallesMedio.h"
+#include "caja/dialogs/frmVarelta.h"
+#include "caja/service/General.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

@@ -1,4 +1,4 @@
-#include "dialogs/frmDefinirVuelto.h"
+#include "caja/dialogs/frmDefinirVuelto.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <QPushButton>
 #include <QTest>
 
-#include "dialogs/modelo/CobroVarelta.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
+#include "caja/uisupport/CajaNumerica.h"
 #include "tests/support/HostPrueba.h"
-#include "uisupport/CajaNumerica.h"
 
 namespace caja {
 namespace {

@@ -1,4 +1,4 @@
-#include "dialogs/frmDetallesMedio.h"
+#include "caja/dialogs/frmDetallesMedio.h"
 
 #include <gtest/gtest.h>
 
@@ -12,11 +12,11 @@
 #include <QStatusBar>
 #include <QTest>
 
-#include "base/Conversiones.h"
-#include "dialogs/frmDefinirMedioPago.h"
+#include "caja/base/Conversiones.h"
+#include "caja/dialogs/frmDefinirMedioPago.h"
+#include "caja/uisupport/CajaNumerica.h"
+#include "caja/uisupport/clsComboWidth.h"
 #include "tests/support/HostPrueba.h"
-#include "uisupport/CajaNumerica.h"
-#include "uisupport/clsComboWidth.h"
 
 namespace caja {
 namespace {

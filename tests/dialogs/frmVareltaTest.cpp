@@ -1,4 +1,4 @@
-#include "dialogs/frmVarelta.h"
+#include "caja/dialogs/frmVarelta.h"
 
 #include <gtest/gtest.h>
 
@@ -10,10 +10,10 @@
 #include <QTest>
 #include <QTimer>
 
-#include "dialogs/frmShowVuelto.h"
-#include "service/CServiciosCaja.h"
+#include "caja/dialogs/frmShowVuelto.h"
+#include "caja/service/CServiciosCaja.h"
+#include "caja/uisupport/CajaNumerica.h"
 #include "tests/support/HostPrueba.h"
-#include "uisupport/CajaNumerica.h"
 
 namespace caja {
 namespace {

@@ -1,4 +1,4 @@
-#include "drawer/SaldoCaja.h"
+#include "caja/drawer/SaldoCaja.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "drawer/TransaccionEfectivo.h"
+#include "caja/drawer/TransaccionEfectivo.h"
 
 #include <gtest/gtest.h>
 
 #include <regex>
 
-#include "base/Conversiones.h"
-#include "drawer/SaldoCaja.h"
+#include "caja/base/Conversiones.h"
+#include "caja/drawer/SaldoCaja.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

@@ -3,10 +3,10 @@
 
 #include <limits>
 
-#include "base/Conversiones.h"
-#include "host/DialectoSql.h"
-#include "host/PostgresFactoria.h"
-#include "host/SqliteFactoria.h"
+#include "caja/base/Conversiones.h"
+#include "caja/host/DialectoSql.h"
+#include "caja/host/PostgresFactoria.h"
+#include "caja/host/SqliteFactoria.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

@@ -1,10 +1,10 @@
-#include "host/IniSettingsStore.h"
+#include "caja/host/IniSettingsStore.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 
-#include "base/Conversiones.h"
+#include "caja/base/Conversiones.h"
 
 #include "tests/support/Ayudas.h"
 

@@ -1,9 +1,9 @@
-#include "movement/CDetalleIngreso.h"
+#include "caja/movement/CDetalleIngreso.h"
 
 #include <gtest/gtest.h>
 
-#include "base/Conversiones.h"
-#include "service/CServiciosCaja.h"
+#include "caja/base/Conversiones.h"
+#include "caja/service/CServiciosCaja.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "base/Conversiones.h"
-#include "movement/CVarelta.h"
-#include "movement/TempVarelta.h"
+#include "caja/base/Conversiones.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/movement/TempVarelta.h"
 #include "tests/support/HostPrueba.h"
 #include "tests/support/PosExtGrabadora.h"
 

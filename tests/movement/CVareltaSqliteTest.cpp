@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "base/Conversiones.h"
-#include "movement/CVarelta.h"
-#include "movement/TempVarelta.h"
-#include "service/TransaccionHost.h"
+#include "caja/base/Conversiones.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/movement/TempVarelta.h"
+#include "caja/service/TransaccionHost.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

@@ -1,8 +1,8 @@
-#include "service/CServiciosCaja.h"
+#include "caja/service/CServiciosCaja.h"
 
 #include <gtest/gtest.h>
 
-#include "service/CNotifTrans.h"
+#include "caja/service/CNotifTrans.h"
 #include "tests/support/Ayudas.h"
 #include "tests/support/DialogosFalsos.h"
 #include "tests/support/HostUtilGuion.h"

@@ -1,8 +1,8 @@
-#include "service/General.h"
+#include "caja/service/General.h"
 
 #include <gtest/gtest.h>
 
-#include "service/Settings.h"
+#include "caja/service/Settings.h"
 #include "tests/support/Ayudas.h"
 #include "tests/support/FakeFactoria.h"
 

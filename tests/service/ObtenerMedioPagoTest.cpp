@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "service/General.h"
+#include "caja/service/General.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

@@ -5,9 +5,9 @@
 #include <ostream>
 #include <string>
 
-#include "base/CajaError.h"
-#include "base/Currency.h"
-#include "base/Regional.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Currency.h"
+#include "caja/base/Regional.h"
 
 namespace caja {
 // Failures show an amount as its text, not its bytes.

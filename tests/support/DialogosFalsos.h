@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "service/DialogosCaja.h"
+#include "caja/service/DialogosCaja.h"
 
 namespace caja::test {
 

@@ -1,8 +1,8 @@
 #include "tests/support/FakeFactoria.h"
 
-#include "base/CajaError.h"
-#include "base/Conversiones.h"
-#include "base/Texto.h"
+#include "caja/base/CajaError.h"
+#include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
 
 namespace caja::test {
 

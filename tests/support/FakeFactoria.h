@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "service/Factoria.h"
-#include "service/FactoriaEnvoltorio.h"
-#include "service/TablaRecordset.h"
+#include "caja/service/Factoria.h"
+#include "caja/service/FactoriaEnvoltorio.h"
+#include "caja/service/TablaRecordset.h"
 
 namespace caja::test {
 

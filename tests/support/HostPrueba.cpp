@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "base/Conversiones.h"
-#include "host/PostgresFactoria.h"
-#include "service/DialogosCaja.h"
+#include "caja/base/Conversiones.h"
+#include "caja/host/PostgresFactoria.h"
+#include "caja/service/DialogosCaja.h"
 
 namespace caja::test {
 

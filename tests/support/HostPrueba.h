@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "host/PostgresFactoria.h"
-#include "host/SqliteFactoria.h"
-#include "service/General.h"
-#include "service/Settings.h"
+#include "caja/host/PostgresFactoria.h"
+#include "caja/host/SqliteFactoria.h"
+#include "caja/service/General.h"
+#include "caja/service/Settings.h"
 #include "tests/support/Ayudas.h"
 #include "tests/support/FakeFactoria.h"
 #include "tests/support/HostUtilGuion.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "service/HostUtil.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja::test {
 

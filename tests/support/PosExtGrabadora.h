@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "service/ObjetosHost.h"
+#include "caja/service/ObjetosHost.h"
 
 namespace caja::test {
 

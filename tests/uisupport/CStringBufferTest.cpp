@@ -1,4 +1,4 @@
-#include "uisupport/CStringBuffer.h"
+#include "caja/uisupport/CStringBuffer.h"
 
 #include <gtest/gtest.h>
 

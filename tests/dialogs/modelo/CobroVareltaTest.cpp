@@ -1,4 +1,4 @@
-#include "dialogs/modelo/CobroVarelta.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
 
 #include <gtest/gtest.h>
 

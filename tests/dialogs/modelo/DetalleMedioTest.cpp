@@ -1,8 +1,8 @@
-#include "dialogs/modelo/DetalleMedio.h"
+#include "caja/dialogs/modelo/DetalleMedio.h"
 
 #include <gtest/gtest.h>
 
-#include "dialogs/modelo/CobroVarelta.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

@@ -1,9 +1,9 @@
-#include "dialogs/modelo/DivisionVuelto.h"
+#include "caja/dialogs/modelo/DivisionVuelto.h"
 
 #include <gtest/gtest.h>
 
-#include "dialogs/modelo/CobroVarelta.h"
-#include "service/Settings.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
+#include "caja/service/Settings.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {
