@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "tests/support/Ayudas.h"
 
 namespace caja {
@@ -9,92 +11,58 @@ namespace {
 
 using test::numeroError;
 
-CStringBuffer con(const std::string& texto) {
+// Each row: a buffer holding `inicial`, one operation, then its value,
+// length and capacity (blocks of 65,536).
+TEST(CStringBuffer, OperationsOnTheBuffer) {
+  std::int32_t cuenta = 0;
+  const struct {
+    const char* nombre;
+    std::string inicial;
+    std::function<void(CStringBuffer&)> op;
+    std::string valor;
+    std::int32_t largo, capacidad;
+  } casos[] = {
+      {"new", "", [](CStringBuffer&) {}, "", 0, 65536},
+      {"appendLN", "abc", [](CStringBuffer& b) { b.appendLN("d"); }, "abc\r\nd", 6, 65536},
+      {"Remove inside", "abcdefghij", [&](CStringBuffer& b) { b.Remove(3, cuenta = 2); },
+       "abefghij", 8, 65536},
+      {"Remove past the end", "abcdefghij", [&](CStringBuffer& b) { b.Remove(5, cuenta = 5); },
+       "abcd", 4, 65536},
+      {"Insert", "abcd", [](CStringBuffer& b) { b.Insert(2, "xy"); }, "axybcd", 6, 65536},
+      // As long as the contents: appended, by design.
+      {"Insert as long", "abcd", [](CStringBuffer& b) { b.Insert(2, "wxyz"); }, "abcdwxyz", 8,
+       65536},
+      {"Insert at the end", "abcd", [](CStringBuffer& b) { b.Insert(5, "e"); }, "abcde", 5, 65536},
+      {"grows one block", "", [](CStringBuffer& b) { b.Append(std::string(200000, 'x')); },
+       std::string(131072, 'x'), 200000, 131072},
+      {"next text does not fit", std::string(65530, 'a'),
+       [](CStringBuffer& b) { b.Append("0123456789"); }, std::string(65530, 'a') + "0123456789",
+       65540, 131072},
+      // Replace works on the whole block: two more characters, two more of capacity.
+      {"Replace", "a-b-c", [](CStringBuffer& b) { b.Replace("-", "--"); }, "a--b--c", 7, 65538},
+      {"Replace in an empty one recounts from the first NUL", "",
+       [](CStringBuffer& b) { b.Replace("x", "y"); }, std::string(65536, '\0'), 65536, 65536},
+      {"value write", "hola mundo", [](CStringBuffer& b) { b.value("chao"); }, "chao", 4, 65536},
+  };
+  for (const auto& c : casos) {
+    SCOPED_TRACE(c.nombre);
+    CStringBuffer b;
+    b.Append(c.inicial);
+    c.op(b);
+    EXPECT_EQ(b.value(), c.valor);
+    EXPECT_EQ(b.length(), c.largo);
+    EXPECT_EQ(b.capacity(), c.capacidad);
+  }
+  EXPECT_EQ(cuenta, 6);  // Remove hands back the count it removed past the end
+}
+
+TEST(CStringBuffer, ErrorsOfPositionAndOfAReplacedNul) {
   CStringBuffer b;
-  b.Append(texto);
-  return b;
-}
-
-TEST(CStringBuffer, NewBufferIsEmptyWithOneBlock) {
-  CStringBuffer b;
-  EXPECT_EQ(b.value(), "");
-  EXPECT_EQ(b.capacity(), 65536);
-}
-
-TEST(CStringBuffer, AppendLnPutsTheBreakBeforeTheText) {
-  CStringBuffer b = con("abc");
-  b.appendLN("d");
-  EXPECT_EQ(b.value(), "abc\r\nd");
-}
-
-TEST(CStringBuffer, RemoveInsideAndAtTheEnd) {
-  CStringBuffer b = con("abcdefghij");
-  std::int32_t cuenta = 2;
-  b.Remove(3, cuenta);
-  EXPECT_EQ(b.value(), "abefghij");
-  EXPECT_EQ(cuenta, 2);
-
-  CStringBuffer c = con("abcdefghij");
-  cuenta = 5;
-  c.Remove(5, cuenta);
-  EXPECT_EQ(c.value(), "abcd");
-  EXPECT_EQ(cuenta, 6);
-}
-
-TEST(CStringBuffer, InsertBoundaries) {
-  CStringBuffer b = con("abcd");
-  b.Insert(2, "xy");
-  EXPECT_EQ(b.value(), "axybcd");
-
-  CStringBuffer igual = con("abcd");
-  igual.Insert(2, "wxyz");  // as long as the contents: appended, by design
-  EXPECT_EQ(igual.value(), "abcdwxyz");
-
-  CStringBuffer alFinal = con("abcd");
-  alFinal.Insert(5, "e");
-  EXPECT_EQ(alFinal.value(), "abcde");
-  EXPECT_EQ(numeroError([&] { alFinal.Insert(7, "x"); }), 5);
-}
-
-TEST(CStringBuffer, GrowsOneBlockAtATime) {
-  CStringBuffer b;
-  const std::string largo(200000, 'x');
-  b.Append(largo);
-  EXPECT_EQ(b.length(), 200000);
-  EXPECT_EQ(b.capacity(), 131072);
-  EXPECT_EQ(b.value(), std::string(131072, 'x'));
-}
-
-TEST(CStringBuffer, GrowsWhenTheNextTextDoesNotFit) {
-  CStringBuffer b = con(std::string(65530, 'a'));
-  b.Append("0123456789");
-  EXPECT_EQ(b.capacity(), 131072);
-  EXPECT_EQ(b.value().substr(65528), "aa0123456789");
-}
-
-TEST(CStringBuffer, ReplaceRecountsFromTheFirstNul) {
-  CStringBuffer b = con("a-b-c");
-  b.Replace("-", "--");
-  EXPECT_EQ(b.value(), "a--b--c");
-
-  CStringBuffer vacio;
-  vacio.Replace("x", "y");
-  EXPECT_EQ(vacio.length(), 65536);
-  EXPECT_EQ(vacio.value(), std::string(65536, '\0'));
-}
-
-TEST(CStringBuffer, ReplaceOfEveryNulLeavesLengthMinusOne) {
-  CStringBuffer b = con("ab");
+  b.Append("abcd");
+  EXPECT_EQ(numeroError([&] { b.Insert(7, "x"); }), 5);
   b.Replace(std::string(1, '\0'), " ");
   EXPECT_EQ(b.length(), -1);
   EXPECT_EQ(numeroError([&] { b.value(); }), 5);
-}
-
-TEST(CStringBuffer, ValueWriteStartsOver) {
-  CStringBuffer b = con("hola mundo");
-  b.value("chao");
-  EXPECT_EQ(b.value(), "chao");
-  EXPECT_EQ(b.length(), 4);
 }
 
 }  // namespace

@@ -58,14 +58,37 @@ TEST_F(Cobro, InputsFromTheCatalogueWithTheirTagAndFactor) {
   }
 }
 
-TEST_F(Cobro, CashEqualToTheNetLeavesNoChange) {
-  CobroVarelta c(cur("100"), cur("16"), cur("0"), 1.0, 0.0, OpcionesCobro{});
-  c.efectivo = cur("116");
-  const Pantalla p = c.recalcular();
-  EXPECT_EQ(p.vuelto, cur("0"));
-  EXPECT_EQ(p.lblVuelto, "Bs. 0.00");
-  EXPECT_EQ(p.lblTotal, "116.00");
-  EXPECT_TRUE(CobroVarelta::completo(p.vuelto));
+// The change and its labels, national, foreign at the rate, and mixed.
+TEST_F(Cobro, ChangeLabelsFollowTheChangeStepAndTheRate) {
+  const struct {
+    const char* paso;
+    double tasa;
+    const char* efectivo;
+    const char *vuelto, *usd, *mixto;
+  } casos[] = {
+      {"0.01", 1.0, "116", "Bs. 0.00", "", ""},
+      {"0.50", 1.0, "128.26", "Bs. 12.50", "", ""},
+      {"0.50", 1.0, "128.24", "Bs. 12.00", "", ""},
+      {"0.01", 36.0, "196", "Bs. 80.00", "$ 2.22", "$ 2.00 + Bs. 8.00"},
+      {"0.01", 36.0, "36", "-Bs. 80.00", "$ -2.22", "$ -2.00 + -Bs. 8.00"},
+  };
+  for (const auto& k : casos) {
+    SCOPED_TRACE(std::string(k.efectivo) + " at " + std::to_string(k.tasa));
+    entorno.settings->SaveSetting("ZOR", "frmVarelta", "RedondeoVuelto", k.paso);
+    CobroVarelta c(cur("100"), cur("16"), cur("0"), k.tasa, 0.0, OpcionesCobro{});
+    c.efectivo = cur(k.efectivo);
+    const Pantalla p = c.recalcular();
+    EXPECT_EQ(p.lblTotal, "116.00");
+    EXPECT_EQ(p.lblVuelto, k.vuelto);
+    if (*k.usd) {
+      EXPECT_EQ(p.lblVueltoUSD, k.usd);
+      EXPECT_EQ(p.lblVueltoMixto, k.mixto);
+    }
+  }
+  entorno.settings->SaveSetting("ZOR", "frmVarelta", "RedondeoVuelto", "0");
+  CobroVarelta c = nuevo("100");
+  c.efectivo = cur("112.2637");
+  EXPECT_EQ(c.recalcular().vuelto, cur("12.2637"));
   EXPECT_TRUE(CobroVarelta::completo(cur("-0.01")));
   EXPECT_FALSE(CobroVarelta::completo(cur("-0.02")));
 }
@@ -94,52 +117,29 @@ TEST_F(Cobro, ForeignRoundingSnapsUpToHalfAForeignCent) {
   EXPECT_EQ(local.TotalRecibido(), cur("99.99"));
 }
 
-TEST_F(Cobro, IgtfIsCappedAtTheOpeningAmount) {
-  CobroVarelta c = nuevo("100", 1.0, 3.0);
-  EXPECT_EQ(c.montoIGTFApertura, cur("3"));
-  c.medios.push_back(medio("TDC", 1.0, "*"));
-  c.medios[0].valor = cur("200");
-  EXPECT_EQ(c.valorIGTF(), cur("3"));
-  c.medios[0].valor = cur("50");
-  EXPECT_EQ(c.valorIGTF(), cur("1.5"));
-}
-
-TEST_F(Cobro, IgtfLeavesTheTaxOutAndRoundsHalfUpToCents) {
-  OpcionesCobro o;
-  o.ExcluirIVAIGTF = true;
-  CobroVarelta c(cur("100"), cur("16"), cur("0"), 1.0, 3.0, o);
-  c.medios.push_back(medio("TDC", 1.0, "*"));
-  c.medios[0].valor = cur("116");
-  EXPECT_EQ(c.valorIGTF(), cur("3"));  // 3.48 × 100 ÷ 116
-
-  CobroVarelta medio5 = nuevo("100", 1.0, 2.5);
-  medio5.medios.push_back(medio("TDC", 1.0, "*"));
-  medio5.medios[0].valor = cur("5");
-  EXPECT_EQ(medio5.valorIGTF(), cur("0.13"));  // 0.125
-}
-
-TEST_F(Cobro, ChangeLabelsFollowTheChangeStep) {
-  entorno.settings->SaveSetting("ZOR", "frmVarelta", "RedondeoVuelto", "0.50");
-  CobroVarelta c = nuevo("100");
-  c.efectivo = cur("112.26");
-  EXPECT_EQ(c.recalcular().lblVuelto, "Bs. 12.50");
-  c.efectivo = cur("112.24");
-  EXPECT_EQ(c.recalcular().lblVuelto, "Bs. 12.00");
-  entorno.settings->SaveSetting("ZOR", "frmVarelta", "RedondeoVuelto", "0");
-  c.efectivo = cur("112.2637");
-  EXPECT_EQ(c.recalcular().vuelto, cur("12.2637"));
-}
-
-TEST_F(Cobro, ForeignAndMixedChange) {
-  CobroVarelta c = nuevo("100", 36.0);
-  c.efectivo = cur("180");
-  Pantalla p = c.recalcular();
-  EXPECT_EQ(p.lblVueltoUSD, "$ 2.22");
-  EXPECT_EQ(p.lblVueltoMixto, "$ 2.00 + Bs. 8.00");
-  c.efectivo = cur("20");
-  p = c.recalcular();
-  EXPECT_EQ(p.lblVueltoUSD, "$ -2.22");
-  EXPECT_EQ(p.lblVueltoMixto, "$ -2.00 + -Bs. 8.00");
+// IGTF on the methods subject to it, half up to cents, capped at what the
+// opening amount bears; with ExcluirIVAIGTF the tax share bears none.
+TEST_F(Cobro, IgtfRoundsHalfUpAndIsCappedAtTheOpeningAmount) {
+  const struct {
+    const char* iva;
+    double tasa;
+    bool sinIVA;
+    const char *pago, *igtf;
+  } casos[] = {
+      {"0", 3.0, false, "200", "3"},
+      {"0", 3.0, false, "50", "1.5"},
+      {"16", 3.0, true, "116", "3"},   // 3.48 × 100 ÷ 116
+      {"0", 2.5, false, "5", "0.13"},  // 0.125
+  };
+  for (const auto& k : casos) {
+    SCOPED_TRACE(k.pago);
+    OpcionesCobro o;
+    o.ExcluirIVAIGTF = k.sinIVA;
+    CobroVarelta c(cur("100"), cur(k.iva), cur("0"), 1.0, k.tasa, o);
+    c.medios.push_back(medio("TDC", 1.0, "*"));
+    c.medios[0].valor = cur(k.pago);
+    EXPECT_EQ(c.valorIGTF(), cur(k.igtf));
+  }
 }
 
 TEST_F(Cobro, SpaceFillIncludesTheIgtfOfThePaymentOnce) {
@@ -211,77 +211,53 @@ class Llenar : public Cobro {
   }
 };
 
-TEST_F(Llenar, SnapWithinToleranceAndForeignLineAbsorbsTheRest) {
-  CobroVarelta c = nuevo("100");
-  c.medios.push_back(medio("IDX", 2.5, "ME"));
-  c.medios[0].valor = cur("39.998");  // 99.995
-  auto mov = llenar(c);
-  ASSERT_NE(mov, nullptr);
-  EXPECT_EQ(mov->colDetalles->Item(1)->Monto, cur("100"));
-  EXPECT_EQ(mov->colDetalles->Item(1)->montoNominal, cur("39.998"));
-  EXPECT_EQ(mov->Debitos, cur("100"));
-}
-
-TEST_F(Llenar, ShortfallOfTwoCentsIsRefused) {
-  CobroVarelta c = nuevo("100");
-  c.efectivo = cur("99.98");
-  EXPECT_EQ(llenar(c), nullptr);
+// The movement's lines ("medio monto" in order) and totals: within the
+// tolerance the foreign or last line absorbs the difference; change comes off
+// the cash line or becomes a negative cash line; a negative total is a credit.
+TEST_F(Llenar, LinesAndTotalsOfTheMovement) {
+  const struct {
+    const char *neto, *credito;
+    double tasa, igtf;
+    const char* efectivo;
+    DescriptorMedio medio;
+    const char *pago, *lineas, *debitos, *creditos, *vuelto, *montoIGTF;
+  } casos[] = {
+      {"100", "0", 1.0, 0, "0", medio("IDX", 2.5, "ME"), "39.998",  // 99.995
+       "IDX 100", "100", "0", "0", "0"},
+      {"100", "0", 40.0, 0, "3.85", medio("USD", 40.0, "USD"), "2.4", "EFE 3.85|USD 96.15", "100",
+       "0", "0", "0"},
+      {"105", "0", 1.0, 0, "20", medio("TDC", 1.0, ""), "90", "EFE 15|TDC 90", "105", "0", "5",
+       "0"},
+      {"100", "0", 1.0, 0, "0", medio("TDC", 1.0, ""), "110", "TDC 110|EFE -10", "100", "0", "10",
+       "0"},
+      {"0", "50", 1.0, 0, "-50", medio("TDC", 1.0, ""), "0", "EFE -50", "0", "50", "0", "0"},
+      {"100", "0", 1.0, 3.0, "0", medio("TDC", 1.0, "*"), "103", "TDC 103", "103", "0", "0", "3"},
+  };
+  for (const auto& k : casos) {
+    SCOPED_TRACE(k.lineas);
+    CobroVarelta c(cur(k.neto), cur("0"), cur(k.credito), k.tasa, k.igtf, OpcionesCobro{});
+    c.medios.push_back(k.medio);
+    c.efectivo = cur(k.efectivo);
+    c.medios[0].valor = cur(k.pago);
+    auto mov = llenar(c);
+    ASSERT_NE(mov, nullptr);
+    std::string lineas;
+    for (const auto& d : *mov->colDetalles)
+      lineas += (lineas.empty() ? "" : "|") + d->medio + " " + d->Monto.toMachineText();
+    EXPECT_EQ(lineas, k.lineas);
+    EXPECT_EQ(mov->Debitos, cur(k.debitos));
+    EXPECT_EQ(mov->Creditos, cur(k.creditos));
+    EXPECT_EQ(mov->Vuelto, cur(k.vuelto));
+    EXPECT_EQ(mov->montoIGTF, cur(k.montoIGTF));
+    c.resultado = mov;  // a second acceptance returns the movement already made
+    Vuelto v;
+    EXPECT_EQ(c.LlenarVarelta(v), mov);
+  }
+  CobroVarelta corto = nuevo("100");
+  corto.efectivo = cur("99.98");
+  EXPECT_EQ(llenar(corto), nullptr);
   EXPECT_EQ(entorno.util->mensajes,
             std::vector<std::string>{"Le faltan Bs. 0.02 para completar el monto"});
-}
-
-TEST_F(Llenar, RateFortyAbsorbsFifteenCentsInTheForeignLine) {
-  CobroVarelta c = nuevo("100", 40.0);
-  c.medios.push_back(medio("USD", 40.0, "USD"));
-  c.efectivo = cur("3.85");
-  c.medios[0].valor = cur("2.4");
-  auto mov = llenar(c);
-  ASSERT_NE(mov, nullptr);
-  EXPECT_EQ(mov->colDetalles->Item(1)->Monto, cur("3.85"));
-  EXPECT_EQ(mov->colDetalles->Item(2)->Monto, cur("96.15"));
-  EXPECT_EQ(mov->Debitos, cur("100"));
-}
-
-TEST_F(Llenar, ChangeComesOffTheCashLineOrBecomesALine) {
-  CobroVarelta c = nuevo("105");
-  c.medios.push_back(medio("TDC", 1.0, ""));
-  c.efectivo = cur("20");
-  c.medios[0].valor = cur("90");
-  auto mov = llenar(c);
-  ASSERT_NE(mov, nullptr);
-  EXPECT_EQ(mov->Vuelto, cur("5"));
-  EXPECT_EQ(mov->colDetalles->Item(1)->Monto, cur("15"));
-  EXPECT_EQ(mov->Debitos, cur("105"));
-
-  CobroVarelta soloTarjeta = nuevo("100");
-  soloTarjeta.medios.push_back(medio("TDC", 1.0, ""));
-  soloTarjeta.medios[0].valor = cur("110");
-  mov = llenar(soloTarjeta);
-  ASSERT_EQ(mov->colDetalles->Count(), 2);
-  EXPECT_EQ(mov->colDetalles->Item(2)->medio, "EFE");
-  EXPECT_EQ(mov->colDetalles->Item(2)->Monto, cur("-10"));
-  EXPECT_EQ(mov->Debitos, cur("100"));
-}
-
-TEST_F(Llenar, NegativeTotalIsRecordedAsCredit) {
-  CobroVarelta c(cur("0"), cur("0"), cur("50"), 1.0, 0.0, OpcionesCobro{});
-  c.efectivo = cur("-50");
-  auto mov = llenar(c);
-  ASSERT_NE(mov, nullptr);
-  EXPECT_EQ(mov->Creditos, cur("50"));
-  EXPECT_EQ(mov->Debitos, cur("0"));
-}
-
-TEST_F(Llenar, IgtfIsRecordedAndTheResultKept) {
-  CobroVarelta c = nuevo("100", 1.0, 3.0);
-  c.medios.push_back(medio("TDC", 1.0, "*"));
-  c.medios[0].valor = cur("103");
-  auto mov = llenar(c);
-  ASSERT_NE(mov, nullptr);
-  EXPECT_EQ(mov->montoIGTF, cur("3"));
-  c.resultado = mov;
-  Vuelto v;
-  EXPECT_EQ(c.LlenarVarelta(v), mov);
 }
 
 TEST_F(Llenar, HostValidation) {
