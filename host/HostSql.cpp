@@ -48,7 +48,10 @@ std::string HostSql::NumeroDB(const Variant& numero) {
 }
 
 std::string HostSql::StringDB(const std::string& texto) {
-  return "'" + replaceAll(texto, "'", "''") + "'";
+  std::string literal(1, '\'');
+  literal += replaceAll(texto, "'", "''");
+  literal += '\'';
+  return literal;
 }
 
 bool HostSql::ExisteProcedimiento(const std::string& nombre,
