@@ -2,18 +2,14 @@
 
 #include <QApplication>
 #include <QLabel>
-#include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
 
 #include "caja/dialogs/DialogosQt.h"
-#include "caja/dialogs/frmDefinirMedioPago.h"
-#include "caja/dialogs/frmDetallesMedio.h"
 #include "caja/dialogs/frmVarelta.h"
 #include "caja/service/CServiciosCaja.h"
-#include "caja/uisupport/CajaNumerica.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {
@@ -65,45 +61,6 @@ TEST_F(Fachada, QtsStandardButtonsSpeakSpanish) {
   EXPECT_EQ(caja.button(QMessageBox::Cancel)->text(), "Cancelar");
   EXPECT_EQ(caja.button(QMessageBox::Yes)->text().remove('&'), "Sí");
   EXPECT_EQ(caja.button(QMessageBox::No)->text().remove('&'), "No");
-}
-
-TEST_F(Fachada, Captura) {
-  const QString carpeta = qEnvironmentVariable("CAJA_CAPTURAS");
-  if (carpeta.isEmpty())
-    GTEST_SKIP() << "CAJA_CAPTURAS no definida";
-  InicializarEntorno(db);
-  frmVarelta f;
-  f.setWindowTitle("Cobro de la factura 7");
-  f.preparar(cur("1250"), cur("200"), cur("50"));
-  f.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&f));
-  auto teclear = [&](const char* nombre, const char* teclas) {
-    auto* c = f.findChild<CajaNumerica*>(nombre);
-    c->setFocus();
-    c->selectAll();
-    QTest::keyClicks(c, teclas);
-  };
-  teclear("txEfectivo", "300");
-  teclear("txMediosX(0)", "20");
-  teclear("txMediosX(1)", "400");
-  f.findChild<CajaNumerica*>("txMediosX(2)")->setFocus();
-  ASSERT_TRUE(f.grab().save(carpeta + "/frmVarelta.png"));
-
-  auto cheque = std::make_shared<CDetalleIngreso>();
-  cheque->medio = "CHE";
-  cheque->montoNominal = cur("250");
-  cheque->CodigoEmisor = "BANESCO";
-  frmDetallesMedio detalle;
-  ASSERT_TRUE(detalle.preparar(cheque));
-  detalle.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&detalle));
-  ASSERT_TRUE(detalle.grab().save(carpeta + "/frmDetallesMedio.png"));
-
-  frmDefinirMedioPago catalogo;
-  catalogo.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&catalogo));
-  catalogo.findChild<QListWidget*>("lstMedios")->setCurrentRow(0);
-  ASSERT_TRUE(catalogo.grab().save(carpeta + "/frmDefinirMedioPago.png"));
 }
 
 }  // namespace

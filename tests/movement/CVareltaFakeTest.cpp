@@ -133,15 +133,6 @@ TEST_F(GuardarFake, MachineFromClosedSessionOrSettings) {
   EXPECT_EQ(mov->MachineID, 9);
 }
 
-TEST_F(GuardarFake, SecondSaveIsADuplicateAndWritesNothing) {
-  fake->alLeer(kMaquina, Variant(2));
-  guardar();
-  fake->llamadas.clear();
-  EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
-            "10001|CVarelta::Save|Intento de guardar movimiento de caja duplicado(DLL#9)");
-  EXPECT_FALSE(escribio());
-}
-
 TEST_F(GuardarFake, HostFailureKeepsItsNumberAndTellsTheStep) {
   auto falla = std::make_shared<test::FallaEnSentencia>(fake, 3);
   gFactoria = falla;

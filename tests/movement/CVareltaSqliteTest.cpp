@@ -107,7 +107,8 @@ TEST_P(Movimiento, SecondSaveRaisesAndWritesNothing) {
   auto mov = cobro();
   guardar(*mov);
   const long antes = filas();
-  EXPECT_EQ(test::numeroError([&] { guardar(*mov); }), 10001);
+  EXPECT_EQ(test::errorCompleto([&] { guardar(*mov); }),
+            "10001|CVarelta::Save|Intento de guardar movimiento de caja duplicado(DLL#9)");
   EXPECT_EQ(filas(), antes);
 }
 
