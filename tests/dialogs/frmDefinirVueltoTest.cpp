@@ -22,16 +22,8 @@ class DefinirVuelto : public ::testing::Test, protected test::ConFake {
  protected:
   static CobroVarelta cobroDePrueba() {
     CobroVarelta cobro(cur("630"), {}, {}, 36.5, 3.0, OpcionesCobro{});
-    for (auto [codigo, clase, factor, tag] :
-         {std::tuple{"USD", ClaseIngresoSesion::EfectivoME, 36.5, "USD*"},
-          std::tuple{"EUR", ClaseIngresoSesion::OtrosMedios, 39.8, "ME"}}) {
-      DescriptorMedio d;
-      d.Codigo = d.Titulo = codigo;
-      d.Clase = clase;
-      d.Factor = factor;
-      d.Tag = tag;
-      cobro.medios.push_back(d);
-    }
+    cobro.medios.push_back(test::descriptor("USD", 36.5, "USD*", ClaseIngresoSesion::EfectivoME));
+    cobro.medios.push_back(test::descriptor("EUR", 39.8, "ME"));
     return cobro;
   }
   void SetUp() override {

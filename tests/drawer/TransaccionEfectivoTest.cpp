@@ -12,29 +12,16 @@ namespace {
 using test::cur;
 using Tipo = test::FakeFactoria::Tipo;
 
-const std::vector<std::string> kColumnasMedio = {
-    "Codigo",         "descripcion",  "Atributos",        "PorcentajeRetencionEmisor",
-    "PorcentajeISLR", "CuentaActivo", "CuentaComisiones", "BancoRelacionado",
-    "Clase",          "titulo",       "textoAyuda",       "isMedioElectronico",
-    "posicion"};
-
 class TransaccionFake : public ::testing::Test, protected test::ConFake {
  protected:
-  void medio(const char* codigo, int clase, int atributos) {
-    fake->alAbrir(std::string("SELECT * FROM MediosPago WHERE Codigo = '") + codigo + "'",
-                  kColumnasMedio,
-                  {{Variant(codigo), Variant(""), Variant(atributos), Variant(0.0), Variant(0.0),
-                    Variant(""), Variant(""), Variant(""), Variant(clase), Variant(""), Variant(""),
-                    Variant(0), Variant(1)}});
-  }
   std::vector<test::FakeFactoria::Llamada> desde(std::size_t n) const {
     return {fake->llamadas.begin() + static_cast<long>(n), fake->llamadas.end()};
   }
 };
 
 TEST_F(TransaccionFake, GrabarWritesHeaderThenEachLineBeforeItsBalance) {
-  medio("USD", 8, 0);
-  medio("TDC", 3, 0);  // not cash-like: never reaches the drawer
+  fake->alCargarMedio("USD", 8, 0);
+  fake->alCargarMedio("TDC", 3, 0);  // not cash-like: never reaches the drawer
   TransaccionEfectivo t;
   t.beginProcess(Variant(4));
   t.addDetalle("EFE", cur("100"), cur("5"));
@@ -90,7 +77,7 @@ TEST_F(TransaccionFake, NothingToWriteWritesNothing) {
 }
 
 TEST_F(TransaccionFake, BeforeBeginProcessOnlyNationalCashIsTaken) {
-  medio("USD", 8, 0);
+  fake->alCargarMedio("USD", 8, 0);
   TransaccionEfectivo t;
   t.addDetalle("EFE", cur("5"), cur("0"));
   EXPECT_EQ(t.EfectivoMN, cur("5"));

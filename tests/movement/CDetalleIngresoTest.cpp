@@ -188,19 +188,8 @@ TEST_F(LineaFake, LoadInstanceIsNullSafeAndReadsDenominationsByPosition) {
 }
 
 TEST_F(LineaFake, ToStringByKindOfMethod) {
-  const std::vector<std::string> columnas = {
-      "Codigo",         "descripcion",  "Atributos",        "PorcentajeRetencionEmisor",
-      "PorcentajeISLR", "CuentaActivo", "CuentaComisiones", "BancoRelacionado",
-      "Clase",          "titulo",       "textoAyuda",       "isMedioElectronico",
-      "posicion"};
-  auto fila = [](const char* codigo, int atributos) {
-    return TablaRecordset::Fila{Variant(codigo), Variant(""), Variant(atributos), Variant(0.0),
-                                Variant(36.5),   Variant(""), Variant(""),        Variant(""),
-                                Variant(7),      Variant(""), Variant(""),        Variant(0),
-                                Variant(1)};
-  };
-  fake->alAbrir("SELECT * FROM MediosPago WHERE Codigo = 'USD'", columnas, {fila("USD", 64)});
-  fake->alAbrir("SELECT * FROM MediosPago WHERE Codigo = 'TDD'", columnas, {fila("TDD", 0)});
+  fake->alCargarMedio("USD", 7, 64, 36.5);
+  fake->alCargarMedio("TDD", 7, 0, 36.5);
   CDetalleIngreso l;
   l.medio = "EFE";
   l.Monto = cur("1234.5");

@@ -8,6 +8,7 @@
 #include "caja/base/CajaError.h"
 #include "caja/base/Currency.h"
 #include "caja/base/Regional.h"
+#include "caja/dialogs/modelo/DescriptorMedio.h"
 
 namespace caja {
 // Failures show an amount as its text, not its bytes.
@@ -21,6 +22,18 @@ namespace caja::test {
 // A currency from its machine text; the test's own literal.
 inline Currency cur(const char* texto) {
   return Currency::parse(texto).value();
+}
+
+// The input of a payment method in the collection, titled with its code.
+inline DescriptorMedio descriptor(const char* codigo, double factor, const char* tag,
+                                  ClaseIngresoSesion clase = ClaseIngresoSesion::OtrosMedios) {
+  DescriptorMedio d;
+  d.Codigo = d.Titulo = codigo;
+  d.TextoAyuda = "Pago con " + std::string(codigo);
+  d.Factor = factor;
+  d.Tag = tag;
+  d.Clase = clase;
+  return d;
 }
 
 // The number of the CajaError `f` raises, or 0 when it raises none.

@@ -9,18 +9,7 @@ namespace caja {
 namespace {
 
 using test::cur;
-
-DescriptorMedio medio(const char* codigo, double factor, const char* tag,
-                      ClaseIngresoSesion clase = ClaseIngresoSesion::OtrosMedios) {
-  DescriptorMedio d;
-  d.Codigo = codigo;
-  d.Titulo = codigo;
-  d.TextoAyuda = "Pago con " + std::string(codigo);
-  d.Factor = factor;
-  d.Tag = tag;
-  d.Clase = clase;
-  return d;
-}
+using test::descriptor;
 
 class Cobro : public ::testing::Test, protected test::ConFake {
  protected:
@@ -107,7 +96,7 @@ TEST_F(Cobro, ForeignRoundingSnapsUpToHalfAForeignCent) {
   for (const auto& k : casos) {
     SCOPED_TRACE(k.recibido);
     CobroVarelta c = nuevo("100", 36.0);
-    c.medios.push_back(medio("USD", 36.0, "USD"));
+    c.medios.push_back(descriptor("USD", 36.0, "USD"));
     c.efectivo = cur(k.efectivo);
     c.medios[0].valor = cur(k.dolares);
     EXPECT_EQ(c.TotalRecibido(), cur(k.recibido));
@@ -136,7 +125,7 @@ TEST_F(Cobro, IgtfRoundsHalfUpAndIsCappedAtTheOpeningAmount) {
     OpcionesCobro o;
     o.ExcluirIVAIGTF = k.sinIVA;
     CobroVarelta c(cur("100"), cur(k.iva), cur("0"), 1.0, k.tasa, o);
-    c.medios.push_back(medio("TDC", 1.0, "*"));
+    c.medios.push_back(descriptor("TDC", 1.0, "*"));
     c.medios[0].valor = cur(k.pago);
     EXPECT_EQ(c.valorIGTF(), cur(k.igtf));
   }
@@ -144,7 +133,7 @@ TEST_F(Cobro, IgtfRoundsHalfUpAndIsCappedAtTheOpeningAmount) {
 
 TEST_F(Cobro, SpaceFillIncludesTheIgtfOfThePaymentOnce) {
   CobroVarelta c = nuevo("100", 40.0, 3.0);
-  c.medios.push_back(medio("USD", 40.0, "USD**", ClaseIngresoSesion::EfectivoME));
+  c.medios.push_back(descriptor("USD", 40.0, "USD**", ClaseIngresoSesion::EfectivoME));
   c.efectivo = cur("20");
   c.completar(std::size_t{0});
   EXPECT_EQ(c.medios[0].valor, cur("2.06"));  // (80 + 2.40) ÷ 40
@@ -158,8 +147,8 @@ TEST_F(Cobro, SpaceFillIncludesTheIgtfOfThePaymentOnce) {
 
 TEST_F(Cobro, HelpTellsHowMuchForeignCurrencySettlesTheRest) {
   CobroVarelta c = nuevo("100", 40.0);
-  c.medios.push_back(medio("USD", 40.0, "USD"));
-  c.medios.push_back(medio("TDC", 1.0, ""));
+  c.medios.push_back(descriptor("USD", 40.0, "USD"));
+  c.medios.push_back(descriptor("TDC", 1.0, ""));
   EXPECT_EQ(c.ayuda(std::nullopt), "Introduzca el monto cobrado en efectivo de curso legal");
   EXPECT_EQ(c.ayuda(std::size_t{0}), "Pago con USD (USD = 2.50)");
   EXPECT_EQ(c.ayuda(std::size_t{1}), "Pago con TDC");
@@ -167,7 +156,7 @@ TEST_F(Cobro, HelpTellsHowMuchForeignCurrencySettlesTheRest) {
 
 TEST_F(Cobro, PlausibilityQuestions) {
   CobroVarelta c = nuevo("100", 20000.0);
-  c.medios.push_back(medio("USD", 20000.0, "USD"));
+  c.medios.push_back(descriptor("USD", 20000.0, "USD"));
   c.efectivo = cur("10100");
   EXPECT_EQ(c.preguntaExceso(std::nullopt), "");
   c.efectivo = cur("10100.01");
@@ -192,8 +181,8 @@ TEST_F(Cobro, AutoFillByLegacyName) {
   o.AutoFill = true;
   o.controlAutofill = "TXCHEQUES";
   CobroVarelta c = CobroVarelta(cur("100"), cur("0"), cur("0"), 1.0, 0.0, o);
-  c.medios.push_back(medio("TDC", 1.0, "", ClaseIngresoSesion::TTCVisa));
-  c.medios.push_back(medio("CHE", 1.0, "", ClaseIngresoSesion::Cheques));
+  c.medios.push_back(descriptor("TDC", 1.0, "", ClaseIngresoSesion::TTCVisa));
+  c.medios.push_back(descriptor("CHE", 1.0, "", ClaseIngresoSesion::Cheques));
   c.autoLlenar();
   EXPECT_EQ(c.medios[1].valor, cur("100"));
   c.medios[1].valor = cur("0");
@@ -222,16 +211,17 @@ TEST_F(Llenar, LinesAndTotalsOfTheMovement) {
     DescriptorMedio medio;
     const char *pago, *lineas, *debitos, *creditos, *vuelto, *montoIGTF;
   } casos[] = {
-      {"100", "0", 1.0, 0, "0", medio("IDX", 2.5, "ME"), "39.998",  // 99.995
+      {"100", "0", 1.0, 0, "0", descriptor("IDX", 2.5, "ME"), "39.998",  // 99.995
        "IDX 100", "100", "0", "0", "0"},
-      {"100", "0", 40.0, 0, "3.85", medio("USD", 40.0, "USD"), "2.4", "EFE 3.85|USD 96.15", "100",
-       "0", "0", "0"},
-      {"105", "0", 1.0, 0, "20", medio("TDC", 1.0, ""), "90", "EFE 15|TDC 90", "105", "0", "5",
+      {"100", "0", 40.0, 0, "3.85", descriptor("USD", 40.0, "USD"), "2.4", "EFE 3.85|USD 96.15",
+       "100", "0", "0", "0"},
+      {"105", "0", 1.0, 0, "20", descriptor("TDC", 1.0, ""), "90", "EFE 15|TDC 90", "105", "0", "5",
        "0"},
-      {"100", "0", 1.0, 0, "0", medio("TDC", 1.0, ""), "110", "TDC 110|EFE -10", "100", "0", "10",
-       "0"},
-      {"0", "50", 1.0, 0, "-50", medio("TDC", 1.0, ""), "0", "EFE -50", "0", "50", "0", "0"},
-      {"100", "0", 1.0, 3.0, "0", medio("TDC", 1.0, "*"), "103", "TDC 103", "103", "0", "0", "3"},
+      {"100", "0", 1.0, 0, "0", descriptor("TDC", 1.0, ""), "110", "TDC 110|EFE -10", "100", "0",
+       "10", "0"},
+      {"0", "50", 1.0, 0, "-50", descriptor("TDC", 1.0, ""), "0", "EFE -50", "0", "50", "0", "0"},
+      {"100", "0", 1.0, 3.0, "0", descriptor("TDC", 1.0, "*"), "103", "TDC 103", "103", "0", "0",
+       "3"},
   };
   for (const auto& k : casos) {
     SCOPED_TRACE(k.lineas);

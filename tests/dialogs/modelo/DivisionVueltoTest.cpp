@@ -17,19 +17,9 @@ using test::cur;
 class DivisionVueltoTest : public ::testing::Test, protected test::ConFake {
  protected:
   DivisionVueltoTest() : cobro(cur("630"), {}, {}, 36.5, 3.0, OpcionesCobro{}) {
-    cobro.medios.push_back(medio("USD", ClaseIngresoSesion::EfectivoME, 36.5, "USD*"));
-    cobro.medios.push_back(medio("EUR", ClaseIngresoSesion::OtrosMedios, 39.8, "ME"));
-    cobro.medios.push_back(medio("TDC", ClaseIngresoSesion::TTCVisa, 1.0, ""));
-  }
-  static DescriptorMedio medio(const char* codigo, ClaseIngresoSesion clase, double factor,
-                               const char* tag) {
-    DescriptorMedio d;
-    d.Codigo = codigo;
-    d.Titulo = codigo;
-    d.Clase = clase;
-    d.Factor = factor;
-    d.Tag = tag;
-    return d;
+    cobro.medios.push_back(test::descriptor("USD", 36.5, "USD*", ClaseIngresoSesion::EfectivoME));
+    cobro.medios.push_back(test::descriptor("EUR", 39.8, "ME"));
+    cobro.medios.push_back(test::descriptor("TDC", 1.0, "", ClaseIngresoSesion::TTCVisa));
   }
   DivisionVuelto division(bool conCredito = false) {
     return DivisionVuelto(cobro, cur("81.1"), conCredito);
