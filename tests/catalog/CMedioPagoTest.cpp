@@ -18,19 +18,8 @@ const std::vector<std::string> kColumnas = {
     "posicion"};
 
 TablaRecordset::Fila filaUSD() {
-  return {Variant("USD"),
-          Variant("Dolares"),
-          Variant(64 | 1024),
-          Variant(0.0),
-          Variant(36.5),
-          Variant("1101"),
-          Variant(""),
-          Variant(""),
-          Variant(8),
-          Variant("Dólares"),
-          Variant("Efectivo en dólares"),
-          Variant(std::int16_t{0}),
-          Variant(std::int16_t{2})};
+  return test::valores("USD", "Dolares", 64 | 1024, 0.0, 36.5, "1101", "", "", 8, "Dólares",
+                       "Efectivo en dólares", std::int16_t{0}, std::int16_t{2});
 }
 
 class MedioPagoFake : public ::testing::Test, protected test::ConFake {};
@@ -73,19 +62,9 @@ TEST_F(MedioPagoFake, ActualizarDescriptivosInsertsWhenTheUpdateTouchedNothing) 
                            "Pase la tarjeta", 4, true);
   ASSERT_EQ(fake->llamadas.size(), 3u);
   EXPECT_EQ(fake->llamadas[0].sql, update);
-  const Argumentos esperados{Variant("Tarjeta"),
-                             Variant(32),
-                             Variant(1.5),
-                             Variant(0.0),
-                             Variant("1102"),
-                             Variant("5101"),
-                             Variant("BANCO"),
-                             Variant(3),
-                             Variant("Tarjeta"),
-                             Variant("Pase la tarjeta"),
-                             Variant(std::int16_t{4}),
-                             Variant(std::int16_t{1}),
-                             Variant("TDC")};
+  const Argumentos esperados =
+      test::valores("Tarjeta", 32, 1.5, 0.0, "1102", "5101", "BANCO", 3, "Tarjeta",
+                    "Pase la tarjeta", std::int16_t{4}, std::int16_t{1}, "TDC");
   EXPECT_EQ(fake->llamadas[0].args, esperados);
   EXPECT_EQ(fake->llamadas[1].sql,
             "INSERT INTO MediosPago (Codigo, Descripcion, Atributos, PorcentajeRetencionEmisor, "

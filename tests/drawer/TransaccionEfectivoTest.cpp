@@ -59,13 +59,11 @@ TEST_F(TransaccionFake, GrabarWritesHeaderThenEachLineBeforeItsBalance) {
   for (const auto& l : ll)
     sqls.push_back(l.sql);
   EXPECT_EQ(sqls, esperadas);
-  EXPECT_EQ(ll[0].args,
-            (Argumentos{Variant(0), Variant(55), Variant(std::int16_t{4}), Variant(cur("100"))}));
-  EXPECT_EQ(ll[4].args, (Argumentos{Variant(cur("100")), Variant(12)}));
+  EXPECT_EQ(ll[0].args, test::valores(0, 55, std::int16_t{4}, cur("100")));
+  EXPECT_EQ(ll[4].args, test::valores(cur("100"), 12));
   // One line for "USD" and "usd": 600 for 15, at 40.
-  EXPECT_EQ(ll[5].args,
-            (Argumentos{Variant(77), Variant("USD"), Variant(cur("600")), Variant(cur("15"))}));
-  EXPECT_EQ(ll[11].args, (Argumentos{Variant(cur("600")), Variant(cur("15")), Variant(77)}));
+  EXPECT_EQ(ll[5].args, test::valores(77, "USD", cur("600"), cur("15")));
+  EXPECT_EQ(ll[11].args, test::valores(cur("600"), cur("15"), 77));
 }
 
 TEST_F(TransaccionFake, NothingToWriteWritesNothing) {
@@ -94,7 +92,7 @@ TEST_F(TransaccionFake, RevertirJoinsItsSixPiecesExactly) {
   ASSERT_EQ(fake->llamadas.size(), 4u);
   EXPECT_EQ(fake->llamadas[0].sql,
             "UPDATE cvCaja SET efectivoMN = efectivoMN - ? WHERE machineID = ?");
-  EXPECT_EQ(fake->llamadas[0].args, (Argumentos{Variant(cur("12.5")), Variant(std::int16_t{2})}));
+  EXPECT_EQ(fake->llamadas[0].args, test::valores(cur("12.5"), std::int16_t{2}));
   EXPECT_EQ(
       fake->llamadas[1].sql,
       "UPDATE cvCajaDetalles SET valorMN = cvCajaDetalles.valorMN - D.valorMN, valorNominal = "
@@ -102,7 +100,7 @@ TEST_F(TransaccionFake, RevertirJoinsItsSixPiecesExactly) {
       "(SELECT * FROM transaccionEfectivodetalles WHERE transID = ?) D INNER JOIN "
       "TransaccionesEfectivo te ON D.transID = te.id INNER JOIN cvCaja CV ON cv.machineID = "
       "te.machineID) D WHERE D.CEC = idCec AND D.codigoMedio = cvCajaDetalles.codigoMedio");
-  EXPECT_EQ(fake->llamadas[1].args, Argumentos{Variant(31)});
+  EXPECT_EQ(fake->llamadas[1].args, test::valores(31));
   EXPECT_EQ(fake->llamadas[2].sql, "DELETE FROM transaccionEfectivoDetalles WHERE transId = ?");
   EXPECT_EQ(fake->llamadas[3].sql, "DELETE FROM TransaccionesEfectivo WHERE id = ?");
 }

@@ -53,8 +53,7 @@ class Host : public test::PorMotor {
     host.ExecuteSQL(
         "INSERT INTO MovimientosCaja (Fecha, Hora, Sesion, Debitos, Creditos, machineID, "
         "MontoIGTF, tipoCambio) VALUES (?, getdate(), ?, ?, ?, ?, ?, ?)",
-        {Variant(Fecha::fromYmd(2026, 11, 21)), Variant(7), Variant(cur("10.5")), Variant(cur("0")),
-         Variant(1), Variant(cur("0.3")), Variant(36.5)});
+        test::valores(Fecha::fromYmd(2026, 11, 21), 7, cur("10.5"), cur("0"), 1, cur("0.3"), 36.5));
     return CLng(host.ReadScalar("SELECT IDENT_CURRENT('MovimientosCaja')"));
   }
   std::int32_t insertarMovimiento() { return insertarMovimiento(*db); }

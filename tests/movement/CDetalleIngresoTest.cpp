@@ -167,15 +167,13 @@ TEST(EvalVar, NamesIgnoreCase) {
 class LineaFake : public ::testing::Test, protected test::ConFake {};
 
 TEST_F(LineaFake, LoadInstanceIsNullSafeAndReadsDenominationsByPosition) {
-  TablaRecordset fila(
-      {"Id", "TransID", "Medio", "Monto", "IdTitular", "NumeroCuenta", "NumeroDocumento",
-       "ClaveAutorizacion", "Emisor", "MontoNominal"},
-      {{Variant(7), Variant(3), Variant("CHE"), Variant(cur("50")), Variant::Null(),
-        Variant::Null(), Variant("001"), Variant::Null(), Variant("BANESCO"), Variant::Null()}});
+  TablaRecordset fila({"Id", "TransID", "Medio", "Monto", "IdTitular", "NumeroCuenta",
+                       "NumeroDocumento", "ClaveAutorizacion", "Emisor", "MontoNominal"},
+                      {test::valores(7, 3, "CHE", cur("50"), Variant::Null(), Variant::Null(),
+                                     "001", Variant::Null(), "BANESCO", Variant::Null())});
   const std::string sqlDen =
       "SELECT * FROM DetallesDenominacion WHERE idDetalle = 7 ORDER BY idDetalle";
-  fake->alAbrir(sqlDen, {"x", "y", "z", "w"},
-                {{Variant(1), Variant(7), Variant(cur("20")), Variant(std::int16_t{2})}});
+  fake->alAbrir(sqlDen, {"x", "y", "z", "w"}, {test::valores(1, 7, cur("20"), std::int16_t{2})});
   CDetalleIngreso destino;
   CDetalleIngreso().loadInstance(fila, &destino);
   EXPECT_EQ(destino.Id, 7);

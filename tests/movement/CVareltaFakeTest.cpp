@@ -86,19 +86,14 @@ TEST_F(GuardarFake, StatementsInOrderWithTheirArguments) {
                                               kEmisor,
                                               kDenominacion};
   EXPECT_EQ(fake->sqls(), esperadas);
-  EXPECT_EQ(fake->llamadas[1].args, Argumentos{Variant(3)});
+  EXPECT_EQ(fake->llamadas[1].args, test::valores(3));
   EXPECT_EQ(fake->llamadas[2].args,
-            (Argumentos{Variant(Fecha::fromYmd(2026, 11, 21)), Variant(3), Variant("ANA"),
-                        Variant("FAC"), Variant(7), Variant("CLI"), Variant("C1"), Variant("Venta"),
-                        Variant(cur("150")), Variant(cur("0")), Variant(""), Variant(""),
-                        Variant(2), Variant(cur("1.5")), Variant(36.5)}));
+            test::valores(Fecha::fromYmd(2026, 11, 21), 3, "ANA", "FAC", 7, "CLI", "C1", "Venta",
+                          cur("150"), cur("0"), "", "", 2, cur("1.5"), 36.5));
   EXPECT_EQ(fake->llamadas[7].args,
-            (Argumentos{Variant(41), Variant("CHE"), Variant(cur("50")), Variant(""), Variant(""),
-                        Variant(""), Variant(""), Variant("BANESCO"), Variant(cur("50"))}));
-  EXPECT_EQ(fake->llamadas[9].args,
-            (Argumentos{Variant("CHE"), Variant("BANESCO"), Variant("CHE"), Variant("BANESCO")}));
-  EXPECT_EQ(fake->llamadas[10].args,
-            (Argumentos{Variant(900), Variant(cur("20")), Variant(std::int16_t{2})}));
+            test::valores(41, "CHE", cur("50"), "", "", "", "", "BANESCO", cur("50")));
+  EXPECT_EQ(fake->llamadas[9].args, test::valores("CHE", "BANESCO", "CHE", "BANESCO"));
+  EXPECT_EQ(fake->llamadas[10].args, test::valores(900, cur("20"), std::int16_t{2}));
   EXPECT_EQ(mov->TransID, 41);
   EXPECT_EQ(efe->Id, 900);
   EXPECT_EQ(mov->MachineID, 2);
@@ -227,8 +222,7 @@ TEST_F(StagingFake, SaveStagesEveryLineWithoutTouchingTheDrawer) {
                 "INSERT INTO saveDenominaciones (idDetalle, Denominacion, CantidadRecibida) VALUES "
                 "(?, ?, ?)"}));
   EXPECT_EQ(fake->llamadas[2].args[0], Variant(5));
-  EXPECT_EQ(fake->llamadas[5].args,
-            (Argumentos{Variant(60), Variant(cur("0.5")), Variant(std::int16_t{3})}));
+  EXPECT_EQ(fake->llamadas[5].args, test::valores(60, cur("0.5"), std::int16_t{3}));
 }
 
 TEST_F(StagingFake, RevertirOfAnUnknownKey) {

@@ -25,13 +25,7 @@ TEST_F(ObtenerMedio, UnknownCodesAreLookedUpAgainKnownOnesCached) {
   EXPECT_EQ(ObtenerMedioPago(zzz), nullptr);
   EXPECT_EQ(fake->llamadas.size(), 2u);
 
-  fake->alAbrir("SELECT * FROM MediosPago WHERE Codigo = 'USD'",
-                {"Codigo", "descripcion", "Atributos", "PorcentajeRetencionEmisor",
-                 "PorcentajeISLR", "CuentaActivo", "CuentaComisiones", "BancoRelacionado", "Clase",
-                 "titulo", "textoAyuda", "isMedioElectronico", "posicion"},
-                {{Variant("USD"), Variant(""), Variant(64), Variant(0.0), Variant(36.0),
-                  Variant(""), Variant(""), Variant(""), Variant(8), Variant("Dólares"),
-                  Variant(""), Variant(0), Variant(1)}});
+  fake->alCargarMedio("USD", 8, 64, 36.0);
   std::string usd = "USD", minusculas = "usd";
   auto m = ObtenerMedioPago(usd);
   ASSERT_NE(m, nullptr);

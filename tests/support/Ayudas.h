@@ -4,10 +4,12 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "caja/base/CajaError.h"
 #include "caja/base/Currency.h"
 #include "caja/base/Regional.h"
+#include "caja/base/Variant.h"
 #include "caja/dialogs/modelo/DescriptorMedio.h"
 
 namespace caja {
@@ -22,6 +24,12 @@ namespace caja::test {
 // A currency from its machine text; the test's own literal.
 inline Currency cur(const char* texto) {
   return Currency::parse(texto).value();
+}
+
+// A list of values (statement arguments, a recordset row) as Variants.
+template <class... T>
+std::vector<Variant> valores(T&&... v) {
+  return {Variant(std::forward<T>(v))...};
 }
 
 // The input of a payment method in the collection, titled with its code.

@@ -24,8 +24,7 @@ TEST_F(Cobro, InputsFromTheCatalogueWithTheirTagAndFactor) {
       "codigo",     "Clase",     "Titulo",        "isMedioElectronico",
       "TextoAyuda", "Atributos", "PorcentajeISLR"};
   auto fila = [](const char* c, int clase, int atributos, double islr) {
-    return TablaRecordset::Fila{Variant(c),  Variant(clase),     Variant(c),   Variant(0),
-                                Variant(""), Variant(atributos), Variant(islr)};
+    return test::valores(c, clase, c, 0, "", atributos, islr);
   };
   std::vector<TablaRecordset::Fila> filas = {
       fila("USD", 8, 64 | 1024, 36.0), fila("IDX", 7, 64 | 512, 2.0),
