@@ -115,4 +115,21 @@ std::string Format(const Variant& valor, std::string_view patron) {
   return aplicar(d, analizar(efectivo));
 }
 
+Currency LeerMonto(std::string_view texto) {
+  std::string numero;
+  bool negativo = false;
+  for (const char c : texto) {
+    if (c >= '0' && c <= '9')
+      numero += c;
+    else if (c == regional().separadorDecimal && !numero.empty())
+      numero += '.';  // not the one of a symbol before the number ("Bs.")
+    else if (c == '-' || c == '(')
+      negativo = true;
+  }
+  const auto monto = Currency::parse(numero);
+  if (!monto)
+    throw errorEjecucion(err::kTiposNoCoinciden);
+  return negativo ? -*monto : *monto;
+}
+
 }  // namespace caja

@@ -18,4 +18,9 @@ inline constexpr std::string_view kFormatoMoneda = "Currency";
 // give ""; a text that is not a number comes back unchanged.
 std::string Format(const Variant& valor, std::string_view patron);
 
+// An amount as a label shows it ("Bs. 1,234.50", "-Bs. 0.01", "(Bs. 5.00)"),
+// read back as currency: its digits and regional decimal separator, negative
+// with a minus sign or parentheses. Raises 13 when it holds no digit.
+Currency LeerMonto(std::string_view texto);
+
 }  // namespace caja

@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include "caja/base/Conversiones.h"
+#include "caja/base/Formato.h"
 #include "caja/base/Texto.h"
 #include "caja/dialogs/frmDefinirVuelto.h"
 #include "caja/dialogs/frmDetallesMedio.h"
@@ -381,7 +382,7 @@ void frmVarelta::editarDetalle() {
 void frmVarelta::cambiarIVA() {
   if (!cobro_->opciones.IVA2602)
     return;
-  Currency monto = cobro_->MontoIVA;
+  Currency monto = LeerMonto(lblImpuesto->text().toStdString());
   bool cancelar = false;
   if (Aplicar2602)
     Aplicar2602(monto, cancelar);
@@ -502,9 +503,8 @@ std::shared_ptr<CVarelta> frmVarelta::mostrar() {
   if (exec() != QDialog::Accepted)
     return nullptr;
   if (cobro_->opciones.mostrarVuelto)
-    // The change as lblVuelto shows it, rounded to the change step: a change
-    // that shows as 0.00 opens no window.
-    frmShowVuelto::ShowVuelto(RedondearVuelto(cobro_->recalcular().vuelto));
+    // The change as lblVuelto shows it: one that shows as 0.00 opens no window.
+    frmShowVuelto::ShowVuelto(LeerMonto(lblVuelto->text().toStdString()));
   return cobro_->resultado;
 }
 

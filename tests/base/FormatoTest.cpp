@@ -50,6 +50,15 @@ TEST(Format, WritesTheRegionalSeparators) {
   test::RegionalTemporal coma({',', '.', "#,##0.00 Bs"});
   EXPECT_EQ(Format(Variant(cur("1234.5")), kFormatoMonto), "1.234,50");
   EXPECT_EQ(Format(Variant(cur("1234.5")), kFormatoMoneda), "1.234,50 Bs");
+  EXPECT_EQ(LeerMonto("1.234,50 Bs"), cur("1234.5"));
+}
+
+// What a label shows, read back: the symbol's own dot is not a decimal point.
+TEST(LeerMonto, ReadsBackWhatALabelShows) {
+  EXPECT_EQ(LeerMonto("Bs. 1,234.50"), cur("1234.5"));
+  EXPECT_EQ(LeerMonto("-Bs. 0.01"), cur("-0.01"));
+  EXPECT_EQ(LeerMonto("(Bs. 5.00)"), cur("-5"));
+  EXPECT_EQ(test::numeroError([] { LeerMonto("Bs."); }), 13);
 }
 
 }  // namespace

@@ -255,6 +255,29 @@ TEST_F(Dialogo, AcceptedCollectionShowsTheChangeThenReturnsTheMovement) {
   EXPECT_EQ(mostrado, "Bs. 12.35");
 }
 
+// The change window gets the change as lblVuelto shows it: unrounded
+// (RedondeoVuelto 0), 0.004 shows as 0.00 and opens no window.
+TEST_F(Dialogo, AChangeThatShowsAsNothingOpensNoWindow) {
+  ajuste("RedondeoVuelto", "0");
+  frmVarelta f;
+  auto mostrada = std::make_shared<bool>(false);
+  cuandoAparezca("frmVarelta", [mostrada](QWidget& d) {
+    teclear(d, "txEfectivo", "116.004");
+    QTimer::singleShot(300, [mostrada] {
+      QWidget* w = QApplication::activeModalWidget();
+      if (w && w->objectName() == "frmShowVuelto") {
+        *mostrada = true;
+        w->close();
+      }
+    });
+    QTest::mouseClick(d.findChild<QPushButton*>("cbAceptar"), Qt::LeftButton);
+  });
+  auto mov = f.Cobrar(cur("100"), cur("16"), cur("0"));
+  ASSERT_NE(mov, nullptr);
+  QTest::qWait(400);
+  EXPECT_FALSE(*mostrada);
+}
+
 TEST_F(Dialogo, ChangeWindowIsNotShownForNothingAndItsTimerFollowsTheLock) {
   frmShowVuelto::ShowVuelto(cur("0"));
   frmShowVuelto::ShowVuelto(cur("-1"));
