@@ -50,7 +50,12 @@ class Mono : public ::testing::Test, protected test::ConSqlite {
   // the dialog again with `abrir` whenever it has closed.
   void teclear(const std::function<QWidget*()>& abrir, int teclas) {
     std::mt19937 azar(20261122);
-    QWidget* dialogo = abrir();
+    const auto mostrar = [&abrir] {
+      QWidget* w = abrir();
+      w->show();
+      return w;
+    };
+    QWidget* dialogo = mostrar();
     int hechas = 0;
     QEventLoop bucle;
     // Each step schedules the next before it types: a key that opens a modal
@@ -68,7 +73,7 @@ class Mono : public ::testing::Test, protected test::ConSqlite {
       if (!QApplication::activeModalWidget() && !dialogo->isVisible()) {
         alCerrar(dialogo);
         delete dialogo;
-        dialogo = abrir();
+        dialogo = mostrar();
       }
       QWidget* destino = QApplication::activeModalWidget();
       if (!destino)
@@ -136,34 +141,23 @@ TEST_F(MonoCobro, CollectionDialogSurvivesRandomKeys) {
       [] {
         auto* f = new frmVarelta;
         f->preparar(cur("1250.5"), cur("200.08"), cur("50"));
-        f->show();
         return f;
       },
       teclasPorDialogo());
   EXPECT_GT(aceptados, 0);
 }
 
-TEST_F(Mono, DetailDialogSurvivesRandomKeys) {
+TEST_F(Mono, DetailAndCatalogueDialogsSurviveRandomKeys) {
   teclear(
       [] {
         auto linea = std::make_shared<CDetalleIngreso>();
         linea->medio = "USD";
         auto* f = new frmDetallesMedio;
         f->preparar(linea);
-        f->show();
         return static_cast<QWidget*>(f);
       },
       teclasPorDialogo());
-}
-
-TEST_F(Mono, CatalogueDialogSurvivesRandomKeys) {
-  teclear(
-      [] {
-        auto* f = new frmDefinirMedioPago;
-        f->show();
-        return static_cast<QWidget*>(f);
-      },
-      teclasPorDialogo());
+  teclear([] { return static_cast<QWidget*>(new frmDefinirMedioPago); }, teclasPorDialogo());
 }
 
 }  // namespace

@@ -92,6 +92,12 @@ TEST_F(Dialogo, InputsFollowTheCatalogueWithTheirMarks) {
   EXPECT_EQ(f->height(), 8040 / 15);
   EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(),
             "Introduzca el monto cobrado en efectivo de curso legal");
+  f.reset();
+  tasa(0.0);  // rate 1.0: no foreign currency in use
+  f = abrir("100", "16");
+  for (const char* nombre : {"Label3", "lblNetoUSD", "lblVueltoUSD", "lblVueltoMixto"})
+    EXPECT_TRUE(hijo<QLabel>(*f, nombre)->isHidden()) << nombre;
+  EXPECT_FALSE(hijo<QLabel>(*f, "lblVuelto")->isHidden());
 }
 
 // Every recomputation may accept: after a validated input, after Space in
@@ -191,14 +197,6 @@ TEST_F(Dialogo, F2TakesTheParticularsOfTheFocusedLine) {
   ASSERT_NE(f->resultado(), nullptr);
   EXPECT_EQ(f->resultado()->colDetalles->Item(2)->medio, "TDC");
   EXPECT_EQ(f->resultado()->colDetalles->Item(2)->ClaveAutorizacion, "AB12");
-}
-
-TEST_F(Dialogo, RateOneHidesTheForeignLabels) {
-  tasa(0.0);
-  auto f = abrir("100", "16");
-  for (const char* nombre : {"Label3", "lblNetoUSD", "lblVueltoUSD", "lblVueltoMixto"})
-    EXPECT_TRUE(hijo<QLabel>(*f, nombre)->isHidden()) << nombre;
-  EXPECT_FALSE(hijo<QLabel>(*f, "lblVuelto")->isHidden());
 }
 
 TEST_F(Dialogo, HeightGrowsPastNineInputsAndStopsAtFifteen) {

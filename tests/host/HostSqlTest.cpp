@@ -196,16 +196,14 @@ INSTANTIATE_TEST_SUITE_P(Motores, Host, ::testing::ValuesIn(test::motores()), te
 
 class SoloSqlite : public ::testing::Test, protected test::ConBase {};
 
+// WAL and foreign keys on; opening again keeps what is there, and a file
+// that cannot be created is a clear error.
 TEST_F(SoloSqlite, OpensInWalWithForeignKeys) {
   EXPECT_EQ(CStr(db->ReadScalar("PRAGMA journal_mode")), "wal");
-  EXPECT_EQ(CLng(db->ReadScalar("PRAGMA foreign_keys")), 1);
-  // Opening again keeps what is there.
   db->ExecuteSQL("INSERT INTO parametrosEmpresa (TipoCambio) VALUES (?)", {Variant(36.0)});
   db = otraConexion();
+  EXPECT_EQ(CLng(db->ReadScalar("PRAGMA foreign_keys")), 1);
   EXPECT_EQ(CDbl(db->ReadScalar("SELECT MAX(TipoCambio) FROM parametrosEmpresa")), 36.0);
-}
-
-TEST_F(SoloSqlite, AFileThatCannotBeCreatedIsAClearError) {
   EXPECT_EQ(test::numeroError(
                 [&] { SqliteFactoria::Abrir((carpeta.ruta() / "no" / "hay" / "x.db").string()); }),
             kErrorBaseDatos);

@@ -16,13 +16,6 @@ const char* const kLineaSimple =
     "<DIC>\r\nEFE\r\n1234.5\r\n\r\n\r\n\r\n\r\n\r\n0\r\n<DEC>\r\n"
     "\r\n\r\n\r\n\r\n\r\n\r\n\r\n<DEC/>\r\n<DIC/>\r\n";
 
-std::shared_ptr<CDetalleDenominacion> den(const char* valor, std::int16_t cantidad) {
-  auto d = std::make_shared<CDetalleDenominacion>();
-  d->Denominacion = cur(valor);
-  d->CantidadRecibida = cantidad;
-  return d;
-}
-
 TEST(TextoDeLinea, PlainLineIsNineteenLines) {
   CDetalleIngreso l;
   l.medio = "EFE";
@@ -48,8 +41,8 @@ TEST(TextoDeLinea, ConfirmationAndDenominations) {
   l.DetalleConfirmacion->Track1 = "%B4111";
   l.DetalleConfirmacion->Track2 = ";4111=";
   l.DetalleConfirmacion->Monto = cur("100.25");
-  l.Denominaciones->Add(den("20", 3));
-  l.Denominaciones->Add(den("0.5", 2));
+  l.Denominaciones->Add(test::denominacion("20", 3));
+  l.Denominaciones->Add(test::denominacion("0.5", 2));
   EXPECT_EQ(l.Serialize(),
             "<DIC>\r\nTDC\r\n100\r\nV123\r\n0102\r\n778\r\nA1B2\r\nVISA\r\n100\r\n<DEC>\r\n"
             "APROBADA\tGRACIAS\r\nT9\r\nCREDITO\r\nVISA\r\n\r\n\r\n100.25\r\n<DEC/>\r\n"
@@ -127,10 +120,10 @@ TEST(TextoDeLinea, DamagedTextsStopSilentlyKeepingWhatWasRead) {
 // language's, not a machine text).
 TEST(TextoDeLinea, DenominationsAreAppendedAndACommaSeparatorDoesNotRoundTrip) {
   CDetalleIngreso l;
-  l.Denominaciones->Add(den("100", 1));
+  l.Denominaciones->Add(test::denominacion("100", 1));
   CDetalleIngreso otra;
-  otra.Denominaciones->Add(den("20", 3));
-  otra.Denominaciones->Add(den("5", 1));
+  otra.Denominaciones->Add(test::denominacion("20", 3));
+  otra.Denominaciones->Add(test::denominacion("5", 1));
   l.Deserialize(otra.Serialize());
   EXPECT_EQ(l.Denominaciones->Count(), 3);
   EXPECT_EQ(l.Denominaciones->Item(1)->Denominacion, cur("100"));

@@ -11,6 +11,7 @@
 #include "caja/base/Regional.h"
 #include "caja/base/Variant.h"
 #include "caja/dialogs/modelo/DescriptorMedio.h"
+#include "caja/movement/CVarelta.h"
 
 namespace caja {
 // Failures show an amount as its text, not its bytes.
@@ -41,6 +42,25 @@ inline DescriptorMedio descriptor(const char* codigo, double factor, const char*
   d.Factor = factor;
   d.Tag = tag;
   d.Clase = clase;
+  return d;
+}
+
+// A payment line of `medio` for `monto`, its nominal the same unless given,
+// added to `mov`.
+inline std::shared_ptr<CDetalleIngreso> agregar(CVarelta& mov, const char* medio, const char* monto,
+                                                const char* nominal = nullptr) {
+  auto d = std::make_shared<CDetalleIngreso>();
+  d->medio = medio;
+  d->Monto = cur(monto);
+  d->montoNominal = cur(nominal ? nominal : monto);
+  mov.colDetalles->Add(d);
+  return d;
+}
+
+inline std::shared_ptr<CDetalleDenominacion> denominacion(const char* valor, std::int16_t n) {
+  auto d = std::make_shared<CDetalleDenominacion>();
+  d->Denominacion = cur(valor);
+  d->CantidadRecibida = n;
   return d;
 }
 
