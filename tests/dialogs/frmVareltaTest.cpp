@@ -5,11 +5,13 @@
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTest>
 #include <QTimer>
 
+#include "caja/dialogs/DialogosQt.h"
 #include "caja/dialogs/frmShowVuelto.h"
 #include "caja/service/CServiciosCaja.h"
 #include "caja/uisupport/CajaNumerica.h"
@@ -293,6 +295,35 @@ TEST_F(Dialogo, ChangeWindowIsNotShownForNothingAndItsTimerFollowsTheLock) {
   });
   frmShowVuelto::ShowVuelto(cur("5"));
   EXPECT_TRUE(activo);
+}
+
+TEST_F(Dialogo, FacadeRoundsOpensTheDialogAndReturnsNothingOnCancel) {
+  instalarDialogosQt();
+  CServiciosCaja servicios;
+  servicios.Init(Variant(), db);
+  QString titulo, compra;
+  QTimer::singleShot(50, [&] {
+    QWidget* d = QApplication::activeModalWidget();
+    titulo = d->windowTitle();
+    compra = d->findChild<QLabel*>("lblMontoCompra")->text();
+    QTest::mouseClick(d->findChild<QPushButton*>("cbCancelar"), Qt::LeftButton);
+  });
+  EXPECT_EQ(servicios.Varelta(Variant(100.005), Variant(cur("16")), Variant(), "Factura 7"),
+            nullptr);
+  EXPECT_EQ(titulo, "Factura 7");
+  EXPECT_EQ(compra, "100.01");
+}
+
+// Installing the dialogs brings Qt's own Spanish texts to its message boxes.
+TEST(Dialogos, QtsStandardButtonsSpeakSpanish) {
+  instalarDialogosQt();
+  QMessageBox caja;
+  caja.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel | QMessageBox::Yes |
+                          QMessageBox::No);
+  EXPECT_EQ(caja.button(QMessageBox::Ok)->text(), "Aceptar");
+  EXPECT_EQ(caja.button(QMessageBox::Cancel)->text(), "Cancelar");
+  EXPECT_EQ(caja.button(QMessageBox::Yes)->text().remove('&'), "Sí");
+  EXPECT_EQ(caja.button(QMessageBox::No)->text().remove('&'), "No");
 }
 
 }  // namespace
