@@ -32,13 +32,33 @@ class IniSettings : public ::testing::Test {
   std::shared_ptr<IniSettingsStore> store_;
 };
 
-TEST_F(IniSettings, InstallationFileWinsAndAnEmptyValueFallsThrough) {
-  escribirIni("[frmVarelta]\nAutoFill = 1\nSimboloMEX=\n");
+// The installation file wins over the per-user value; an empty value there
+// falls through. Booleans that do not convert, malformed files and missing
+// keys give the default; a value longer than the reader's buffer is cut.
+TEST_F(IniSettings, InstallationFileFirstThenUserThenDefault) {
   store_->SaveSetting("ZOR", "frmVarelta", "AutoFill", "0");
   store_->SaveSetting("ZOR", "frmVarelta", "SimboloMEX", "US$");
-  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "AutoFill", "0")), "1");
-  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "SimboloMEX", "$")), "US$");
-  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "CodigoMEX", "USD")), "USD");
+  const struct {
+    std::string ini, clave, defecto, esperado;
+  } casos[] = {
+      {"[frmVarelta]\nAutoFill = 1\nSimboloMEX=\n", "AutoFill", "0", "1"},
+      {"[frmVarelta]\nAutoFill = 1\nSimboloMEX=\n", "SimboloMEX", "$", "US$"},
+      {"[frmVarelta]\nAutoFill = 1\n", "CodigoMEX", "USD", "USD"},
+      {std::string("\x01\x02garbage\n[frmVarelta\n=sin clave\n\0\xff", 24), "CodigoMEX", "USD",
+       "USD"},
+      {"[frmVarelta]\nnombreIVA=" + std::string(1500, 'x') + "\n", "nombreIVA", "",
+       std::string(1023, 'x')},
+  };
+  for (const auto& c : casos) {
+    SCOPED_TRACE(c.clave);
+    escribirIni(c.ini);
+    EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", c.clave, c.defecto)), c.esperado);
+  }
+  escribirIni("[frmVarelta]\nExcluirIVAIGTF=abc\nResaltarVuelto=True\n[Config]\nIVA2602=-1\n");
+  EXPECT_TRUE(lmGetSettingBool("ZOR", "frmVarelta", "ExcluirIVAIGTF", true));
+  EXPECT_FALSE(lmGetSettingBool("ZOR", "frmVarelta", "ExcluirIVAIGTF", false));
+  EXPECT_TRUE(lmGetSettingBool("ZOR", "frmVarelta", "ResaltarVuelto", false));
+  EXPECT_TRUE(lmGetSettingBool("ZOR", "CONFIG", "iva2602", false));
 }
 
 // Both decimal separators, under either regional setting; a missing key
@@ -54,25 +74,6 @@ TEST_F(IniSettings, CurrencyAcceptsCommaOrDotUnderAnyRegionalSetting) {
               cur("10000"));
     EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "NoEsta", cur("0.01")), cur("0.01"));
   }
-}
-
-TEST_F(IniSettings, BooleanThatDoesNotConvertGivesTheDefault) {
-  escribirIni("[frmVarelta]\nExcluirIVAIGTF=abc\nResaltarVuelto=True\n[Config]\nIVA2602=-1\n");
-  EXPECT_TRUE(lmGetSettingBool("ZOR", "frmVarelta", "ExcluirIVAIGTF", true));
-  EXPECT_FALSE(lmGetSettingBool("ZOR", "frmVarelta", "ExcluirIVAIGTF", false));
-  EXPECT_TRUE(lmGetSettingBool("ZOR", "frmVarelta", "ResaltarVuelto", false));
-  EXPECT_TRUE(lmGetSettingBool("ZOR", "CONFIG", "iva2602", false));
-}
-
-TEST_F(IniSettings, MalformedOrMissingFilesGiveDefaults) {
-  escribirIni(std::string("\x01\x02garbage\n[frmVarelta\n=sin clave\n\0\xff", 24));
-  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "AutoFill", "0")), "0");
-  EXPECT_EQ(CStr(lmGetSetting("Nubetral", "General", "MachineID", "0")), "0");
-}
-
-TEST_F(IniSettings, InstallValueIsCutAtTheReaderBuffer) {
-  escribirIni("[frmVarelta]\nnombreIVA=" + std::string(1500, 'x') + "\n");
-  EXPECT_EQ(CStr(lmGetSetting("ZOR", "frmVarelta", "nombreIVA", "")).size(), 1023u);
 }
 
 TEST_F(IniSettings, SavedMultiLineValuesReadBackWholeFromANewStore) {
