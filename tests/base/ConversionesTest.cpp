@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <limits>
 
+#include "caja/base/Collection.h"
 #include "caja/base/Currency.h"
+#include "caja/base/Formato.h"
+#include "caja/base/Variant.h"
 #include "tests/support/Ayudas.h"
 
 namespace caja {
@@ -165,6 +168,107 @@ TEST(Currency, IntFloorsTowardMinusInfinity) {
   EXPECT_EQ(Int(cur("10.9999")), cur("10"));
   EXPECT_EQ(Int(cur("-10.0001")), cur("-11"));
   EXPECT_EQ(Int(cur("-10")), cur("-10"));
+}
+
+TEST(Format, AmountsRoundHalfAwayFromZero) {
+  const struct {
+    const char* valor;
+    std::string_view patron;
+    const char* esperado;
+  } casos[] = {
+      {"1234.565", kFormatoMonto, "1,234.57"},
+      {"-1234.565", kFormatoMonto, "-1,234.57"},
+      {"0.005", kFormatoMonto, "0.01"},
+      {"-0.004", kFormatoMonto, "0.00"},
+      {"1234567.891", kFormatoMonto, "1,234,567.89"},
+      {"2.5", kFormatoCuenta, "3"},
+      {"-2.5", kFormatoCuenta, "-3"},
+      {"1000", kFormatoCuenta, "1,000"},
+      {"0.4", kFormatoCuenta, "0"},
+      {"1234.5", "$#,##0.00", "$1,234.50"},
+      {"12.35", kFormatoMoneda, "Bs. 12.35"},
+      {"-5", kFormatoMoneda, "-Bs. 5.00"},
+  };
+  for (const auto& c : casos) {
+    SCOPED_TRACE(std::string(c.valor) + " " + std::string(c.patron));
+    EXPECT_EQ(Format(Variant(cur(c.valor)), c.patron), c.esperado);
+  }
+}
+
+TEST(Format, DoublesRoundOnTheirDecimalValue) {
+  // 1.005 is 1.00499999... in binary; the decimal value 1.005 is what is rounded.
+  EXPECT_EQ(Format(Variant(1.005), kFormatoMonto), "1.01");
+  EXPECT_EQ(Format(Variant(2.675), kFormatoMonto), "2.68");
+}
+
+TEST(Format, NullEmptyAndText) {
+  EXPECT_EQ(Format(Variant::Null(), kFormatoMonto), "");
+  EXPECT_EQ(Format(Variant("abc"), kFormatoMonto), "abc");
+  EXPECT_EQ(Format(Variant("1234.5"), kFormatoMonto), "1,234.50");
+}
+
+TEST(Format, WritesTheRegionalSeparators) {
+  test::RegionalTemporal coma({',', '.', "#,##0.00 Bs"});
+  EXPECT_EQ(Format(Variant(cur("1234.5")), kFormatoMonto), "1.234,50");
+  EXPECT_EQ(Format(Variant(cur("1234.5")), kFormatoMoneda), "1.234,50 Bs");
+  EXPECT_EQ(LeerMonto("1.234,50 Bs"), cur("1234.5"));
+}
+
+// What a label shows, read back: the symbol's own dot is not a decimal point.
+TEST(LeerMonto, ReadsBackWhatALabelShows) {
+  EXPECT_EQ(LeerMonto("Bs. 1,234.50"), cur("1234.5"));
+  EXPECT_EQ(LeerMonto("-Bs. 0.01"), cur("-0.01"));
+  EXPECT_EQ(LeerMonto("(Bs. 5.00)"), cur("-5"));
+  EXPECT_EQ(test::numeroError([] { LeerMonto("Bs."); }), 13);
+}
+
+struct Cosa {
+  int n;
+};
+
+TEST(Collection, KeysIgnoreCaseAndKeepInsertionOrder) {
+  Collection<Cosa> c;
+  c.Add(std::make_shared<Cosa>(Cosa{1}), "USD");
+  c.Add(std::make_shared<Cosa>(Cosa{2}));
+  c.Add(std::make_shared<Cosa>(Cosa{3}), "EFE");
+  EXPECT_EQ(c.Item("usd")->n, 1);
+  EXPECT_EQ(c.Item(2)->n, 2);
+  std::vector<int> orden;
+  for (const auto& x : c)
+    orden.push_back(x->n);
+  EXPECT_EQ(orden, (std::vector<int>{1, 2, 3}));
+  c.Remove("Usd");
+  EXPECT_EQ(c.Count(), 2);
+  EXPECT_EQ(c.Find("USD"), nullptr);
+}
+
+TEST(Collection, ErrorNumbers) {
+  Collection<Cosa> c;
+  c.Add(std::make_shared<Cosa>(Cosa{1}), "USD");
+  EXPECT_EQ(numeroError([&] { c.Add(std::make_shared<Cosa>(Cosa{2}), "usd"); }), 457);
+  EXPECT_EQ(numeroError([&] { c.Item("EUR"); }), 5);
+  EXPECT_EQ(numeroError([&] { c.Item(0); }), 5);
+  EXPECT_EQ(numeroError([&] { c.Item(2); }), 5);
+  EXPECT_EQ(c.Count(), 1);
+}
+
+TEST(Variant, ObjectAccessRaisesLikeALateBoundCall) {
+  struct Otro : Objeto {};
+  EXPECT_EQ(numeroError([] { objetoDe<Collection<Cosa>>(Variant()); }), 91);
+  EXPECT_EQ(numeroError([] { objetoDe<Collection<Cosa>>(Variant(std::make_shared<Otro>())); }), 13);
+  auto c = std::make_shared<Collection<Cosa>>();
+  EXPECT_EQ(objetoDe<Collection<Cosa>>(Variant(c)), c);
+}
+
+TEST(Fecha, SerialDaysFromTheHostOrigin) {
+  EXPECT_EQ(Fecha::fromYmd(1899, 12, 30).serial(), 0.0);
+  EXPECT_EQ(Fecha::fromYmd(1900, 1, 1).serial(), 2.0);
+  EXPECT_EQ(Fecha::fromYmd(2026, 11, 21).serial(), 46347.0);
+  EXPECT_EQ(Fecha(46347.5).toIsoText(), "2026-11-21 12:00:00");
+  Fecha leida;
+  ASSERT_TRUE(Fecha::parse("2026-11-21 12:00:00", leida));
+  EXPECT_EQ(leida.serial(), 46347.5);
+  EXPECT_FALSE(Fecha::parse("2026-13-01", leida));
 }
 
 }  // namespace

@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "caja/service/CNotifTrans.h"
+#include "caja/service/General.h"
+#include "caja/service/Settings.h"
 #include "tests/support/Ayudas.h"
 #include "tests/support/DialogosFalsos.h"
+#include "tests/support/FakeFactoria.h"
+#include "tests/support/HostPrueba.h"
 #include "tests/support/HostUtilGuion.h"
 
 namespace caja {
@@ -91,6 +95,150 @@ TEST(CNotifTrans, RaisesItsEventWithTheArgumentsByReference) {
   n.NotificarCambioTransaccion(a, b);
   EXPECT_EQ(a, 4);
   EXPECT_EQ(b, "y");
+}
+
+class EmpresaFija : public Empresa {
+ public:
+  EmpresaFija(Variant especial, double porcentaje, bool fallaPorcentaje = false)
+      : especial_(std::move(especial)), porcentaje_(porcentaje), falla_(fallaPorcentaje) {}
+  std::string FormatoMEX() override { return "US$ #,##0.00"; }
+  Variant ContribuyenteEspecial() override { return especial_; }
+  double porcentajeIGTF456() override {
+    if (falla_)
+      throw CajaError(438, "Empresa", "sin propiedad");
+    return porcentaje_;
+  }
+
+ private:
+  Variant especial_;
+  double porcentaje_;
+  bool falla_;
+};
+
+class General : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    host_ = std::make_shared<test::FakeFactoria>();
+    settings_ = std::make_shared<MemoriaSettingsStore>();
+    setSettingsStore(settings_);
+  }
+  void TearDown() override {
+    setSettingsStore(nullptr);
+    gFactoria.reset();
+    gEmpresa.reset();
+  }
+  void empresa(Variant especial, double porcentaje, bool falla = false) {
+    host_->objetos["Empresa"] = [=] {
+      return std::make_shared<EmpresaFija>(especial, porcentaje, falla);
+    };
+  }
+
+  std::shared_ptr<test::FakeFactoria> host_;
+  std::shared_ptr<MemoriaSettingsStore> settings_;
+};
+
+TEST_F(General, InitKeepsTheCompanyFormatOrFallsBack) {
+  empresa(Variant(true), 3.0);
+  InicializarEntorno(host_);
+  EXPECT_EQ(gFormatoMEX, "US$ #,##0.00");
+  EXPECT_EQ(gTemaUI, host_->tema);
+
+  host_->objetos.clear();
+  InicializarEntorno(host_);
+  EXPECT_EQ(gFormatoMEX, "$#,##0.00");
+}
+
+TEST_F(General, TillRateOfZeroReadsAsOne) {
+  InicializarEntorno(host_);
+  const struct { double host, esperado; } casos[] = {{0.0, 1.0}, {36.5, 36.5}, {-2.0, -2.0}};
+  for (const auto& c : casos) {
+    host_->tipoCambioCaja = c.host;
+    EXPECT_EQ(ObtenerTipoCambioCaja(), c.esperado);
+  }
+}
+
+TEST_F(General, IgtfOnlyForSpecialTaxpayers) {
+  InicializarEntorno(host_);
+  empresa(Variant(true), 3.0);
+  EXPECT_EQ(ObtenerPorcentajeIGTF(), 3.0);
+  empresa(Variant::Null(), 3.0);
+  EXPECT_EQ(ObtenerPorcentajeIGTF(), 0.0);
+  empresa(Variant(false), 3.0);
+  EXPECT_EQ(ObtenerPorcentajeIGTF(), 0.0);
+  empresa(Variant(true), 3.0, true);
+  EXPECT_EQ(ObtenerPorcentajeIGTF(), 0.0);
+}
+
+TEST_F(General, FormatearVueltoRoundsToTheChangeStep) {
+  const struct {
+    const char* paso;
+    const char* monto;
+    const char* esperado;
+  } casos[] = {
+      {"0.05", "12.37", "Bs. 12.35"},   {"0.05", "12.375", "Bs. 12.40"},
+      {"0.05", "-12.37", "-Bs. 12.35"}, {"0", "12.37", "Bs. 12.37"},
+      {"0.50", "12.24", "Bs. 12.00"},   {"0.50", "12.25", "Bs. 12.50"},
+      {"-1", "12.3749", "Bs. 12.37"},
+  };
+  for (const auto& c : casos) {
+    SCOPED_TRACE(std::string(c.paso) + " " + c.monto);
+    settings_->SaveSetting("ZOR", "frmVarelta", "RedondeoVuelto", c.paso);
+    EXPECT_EQ(FormatearVuelto(Variant(cur(c.monto))), c.esperado);
+  }
+}
+
+TEST_F(General, FormatearVueltoDefaultsToCents) {
+  EXPECT_EQ(FormatearVuelto(Variant(cur("12.375"))), "Bs. 12.38");
+  EXPECT_EQ(LeerSimboloMEX(), "$");
+}
+
+TEST_F(General, NothingBeforeInit) {
+  EXPECT_EQ(test::numeroError([] { ObtenerTipoCambioCaja(); }), 91);
+}
+
+class ObtenerMedio : public ::testing::Test, protected test::ConFake {};
+
+TEST_F(ObtenerMedio, CashIsBuiltInWithoutATableRow) {
+  std::string efe = "EFE";
+  auto m = ObtenerMedioPago(efe);
+  ASSERT_NE(m, nullptr);
+  EXPECT_EQ(m->codigo, "EFE");
+  EXPECT_EQ(m->Clase, ClaseIngresoSesion::Efectivo);
+  EXPECT_EQ(m->tipoCambio(), 1.0);
+  EXPECT_TRUE(fake->llamadas.empty());
+  EXPECT_EQ(ObtenerMedioPago(efe), m);
+}
+
+TEST_F(ObtenerMedio, UnknownCodesAreLookedUpAgainKnownOnesCached) {
+  std::string zzz = "ZZZ";
+  EXPECT_EQ(ObtenerMedioPago(zzz), nullptr);
+  EXPECT_EQ(ObtenerMedioPago(zzz), nullptr);
+  EXPECT_EQ(fake->llamadas.size(), 2u);
+
+  fake->alCargarMedio("USD", 8, 64, 36.0);
+  std::string usd = "USD", minusculas = "usd";
+  auto m = ObtenerMedioPago(usd);
+  ASSERT_NE(m, nullptr);
+  EXPECT_EQ(ObtenerMedioPago(minusculas), m);
+  EXPECT_EQ(fake->llamadas.size(), 3u);
+}
+
+TEST_F(ObtenerMedio, EsMedioEfectivoCountsAnyAttributeBit) {
+  const struct {
+    ClaseIngresoSesion clase;
+    std::int32_t atributos;
+    bool efectivo;
+  } casos[] = {
+      {ClaseIngresoSesion::Efectivo, 0, true},     {ClaseIngresoSesion::EfectivoME, 0, true},
+      {ClaseIngresoSesion::TTCVisa, 0, false},     {ClaseIngresoSesion::TTCVisa, 4, true},
+      {ClaseIngresoSesion::OtrosMedios, 64, true},
+  };
+  for (const auto& c : casos) {
+    CMedioPago m;
+    m.Clase = c.clase;
+    m.Atributos = c.atributos;
+    EXPECT_EQ(EsMedioEfectivo(m) != 0, c.efectivo);
+  }
 }
 
 }  // namespace
