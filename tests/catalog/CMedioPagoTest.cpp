@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "caja/base/Conversiones.h"
-#include "tests/support/DialogosFalsos.h"
+#include "tests/support/Dobles.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

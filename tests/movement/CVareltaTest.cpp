@@ -4,8 +4,8 @@
 #include "caja/movement/CVarelta.h"
 #include "caja/movement/TempVarelta.h"
 #include "caja/service/TransaccionHost.h"
+#include "tests/support/Dobles.h"
 #include "tests/support/HostPrueba.h"
-#include "tests/support/PosExtGrabadora.h"
 
 namespace caja {
 namespace {

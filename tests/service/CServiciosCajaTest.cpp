@@ -6,10 +6,9 @@
 #include "caja/service/General.h"
 #include "caja/service/Settings.h"
 #include "tests/support/Ayudas.h"
-#include "tests/support/DialogosFalsos.h"
+#include "tests/support/Dobles.h"
 #include "tests/support/FakeFactoria.h"
 #include "tests/support/HostPrueba.h"
-#include "tests/support/HostUtilGuion.h"
 
 namespace caja {
 namespace {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <random>
 #include <stdexcept>
 
 #include "caja/base/Conversiones.h"
@@ -11,6 +12,17 @@
 #include "caja/service/DialogosCaja.h"
 
 namespace caja::test {
+
+CarpetaTemporal::CarpetaTemporal() {
+  std::random_device azar;
+  ruta_ = std::filesystem::temp_directory_path() / ("caja-test-" + std::to_string(azar()));
+  std::filesystem::create_directories(ruta_);
+}
+
+CarpetaTemporal::~CarpetaTemporal() {
+  std::error_code ignorado;
+  std::filesystem::remove_all(ruta_, ignorado);
+}
 
 EntornoPrueba::EntornoPrueba(std::shared_ptr<Factoria> host) {
   gMediosPago.reset();

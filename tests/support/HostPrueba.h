@@ -11,8 +11,8 @@
 #include "caja/service/General.h"
 #include "caja/service/Settings.h"
 #include "tests/support/Ayudas.h"
+#include "tests/support/Dobles.h"
 #include "tests/support/FakeFactoria.h"
-#include "tests/support/HostUtilGuion.h"
 
 namespace caja::test {
 

@@ -5,8 +5,8 @@
 #include "caja/dialogs/modelo/DetalleMedio.h"
 #include "caja/dialogs/modelo/DivisionVuelto.h"
 #include "caja/service/Settings.h"
+#include "tests/support/Dobles.h"
 #include "tests/support/HostPrueba.h"
-#include "tests/support/PosExtGrabadora.h"
 
 namespace caja {
 namespace {
