@@ -97,38 +97,32 @@ TEST_F(GuardarFake, ExplicitRateAndIgtfAreStoredAsGiven) {
   EXPECT_EQ(fake->llamadas[1].args[14], Variant(0.0));
 }
 
-TEST_F(GuardarFake, NoMachineAnywhere) {
+// Where the till comes from, in turn: the open session, the closed one, the
+// setting, else an error that writes nothing. A failing statement names its
+// step; a failing post procedure changes nothing; no drawer before a save.
+TEST_F(GuardarFake, MachineAndFailuresOfTheSave) {
+  EXPECT_EQ(test::numeroError([&] { mov->commitTransEf(); }), 91);
   EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
             "10002|cVarelta::Save|MachineID Invalido(DLL#8)");
   EXPECT_FALSE(escribio());
-}
-
-TEST_F(GuardarFake, MachineFromClosedSessionOrSettings) {
   fake->alLeer(kMaquinaCerrada, Variant(6));
   fake->alLeer(kMaquinaCerrada, Variant());
   guardar();
   EXPECT_EQ(mov->MachineID, 6);
-
-  auto otro = std::make_shared<CVarelta>();
+  mov = std::make_shared<CVarelta>();
   entorno.settings->SetInstallValue("Nubetral", "General", "MachineID", "9");
-  mov = otro;
   guardar();
   EXPECT_EQ(mov->MachineID, 9);
-}
 
-TEST_F(GuardarFake, HostFailureKeepsItsNumberAndTellsTheStep) {
-  auto falla = std::make_shared<test::FallaEnSentencia>(fake, 3);
-  gFactoria = falla;
   fake->alLeer(kMaquina, Variant(2));
-  EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
-            "-2147217900|CVarelta::Save|Falla inyectada en: " + kHeader + "(DLL#11)");
-}
-
-TEST_F(GuardarFake, PostProcedureErrorsAreSwallowed) {
-  fake->alLeer(kMaquina, Variant(2));
+  mov = std::make_shared<CVarelta>();
   ext->fallar = true;
   guardar();
   EXPECT_EQ(mov->TransID, 41);
+  mov = std::make_shared<CVarelta>();
+  gFactoria = std::make_shared<test::FallaEnSentencia>(fake, 3);
+  EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
+            "-2147217900|CVarelta::Save|Falla inyectada en: " + kHeader + "(DLL#11)");
 }
 
 TEST_F(GuardarFake, LinesUnderACentAreNeverStored) {
@@ -143,10 +137,6 @@ TEST_F(GuardarFake, LinesUnderACentAreNeverStored) {
   EXPECT_EQ(diminuta->Id, 0);
   EXPECT_EQ(negativa->Id, 900);
   EXPECT_EQ(mov->addDetalle("EFE", cur("-0.0099"), "", "", "", "", "", cur("0"), nullptr), 0);
-}
-
-TEST_F(GuardarFake, CommitBeforeSaveRaises91) {
-  EXPECT_EQ(test::numeroError([&] { mov->commitTransEf(); }), 91);
 }
 
 TEST_F(GuardarFake, LoadFromDocumentoFallsBackToTheRelatedDocuments) {
@@ -294,11 +284,7 @@ TEST_P(Movimiento, SavedMovementLoadsBackWithItsTotalsAndMovesTheDrawer) {
   EXPECT_EQ(saldo("SELECT valorNominal FROM cvCajaDetalles WHERE codigoMedio = 'USD'"), cur("10"));
   EXPECT_EQ(saldo("SELECT valorMN FROM cvCajaDetalles WHERE codigoMedio = 'CHE'"), cur("50"));
   EXPECT_EQ(contar("SELECT COUNT(*) FROM cvCajaDetalles WHERE codigoMedio = 'TDC'"), 0);
-}
 
-TEST_P(Movimiento, SecondSaveRaisesAndWritesNothing) {
-  auto mov = cobro();
-  guardar(*mov);
   const long antes = filas();
   EXPECT_EQ(test::errorCompleto([&] { guardar(*mov); }),
             "10001|CVarelta::Save|Intento de guardar movimiento de caja duplicado(DLL#9)");
