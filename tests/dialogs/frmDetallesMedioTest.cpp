@@ -148,6 +148,10 @@ TEST_F(Detalle, MethodWithoutFlagsShowsOnlyTheAmount) {
   aceptar(*f);  // the amount is checked as if left
   EXPECT_EQ(entorno.util->mensajes, std::vector<std::string>{"Por favor, introduzca un monto"});
   EXPECT_FALSE(f->aceptado());
+
+  linea->medio = "ZZZ";  // an unknown method shows nothing
+  EXPECT_FALSE(frmDetallesMedio::EditDetalle(linea));
+  EXPECT_EQ(entorno.util->mensajes.back(), "ERROR: Medio de pago desconocido (ZZZ)");
 }
 
 TEST_F(Detalle, DenominationRowsBecomeTheLinesCoins) {
@@ -164,14 +168,6 @@ TEST_F(Detalle, DenominationRowsBecomeTheLinesCoins) {
   aceptar(*f);
   EXPECT_EQ(entorno.util->mensajes,
             std::vector<std::string>{"Por favor, introduzca un valor positivo"});
-}
-
-TEST_F(Detalle, UnknownMethodShowsNothing) {
-  auto l = std::make_shared<CDetalleIngreso>();
-  l->medio = "ZZZ";
-  EXPECT_FALSE(frmDetallesMedio::EditDetalle(l));
-  EXPECT_EQ(entorno.util->mensajes,
-            std::vector<std::string>{"ERROR: Medio de pago desconocido (ZZZ)"});
 }
 
 TEST_F(Detalle, CatalogueCreatesEditsAndRefusesToDeleteAUsedMethod) {
