@@ -148,6 +148,7 @@ TEST_F(General, InitKeepsTheCompanyFormatOrFallsBack) {
 }
 
 TEST_F(General, TillRateOfZeroReadsAsOne) {
+  EXPECT_EQ(test::numeroError([] { ObtenerTipoCambioCaja(); }), 91);  // nothing before Init
   InicializarEntorno(host_);
   const struct { double host, esperado; } casos[] = {{0.0, 1.0}, {36.5, 36.5}, {-2.0, -2.0}};
   for (const auto& c : casos) {
@@ -179,20 +180,13 @@ TEST_F(General, FormatearVueltoRoundsToTheChangeStep) {
       {"0.50", "12.24", "Bs. 12.00"},   {"0.50", "12.25", "Bs. 12.50"},
       {"-1", "12.3749", "Bs. 12.37"},
   };
+  EXPECT_EQ(FormatearVuelto(Variant(cur("12.375"))), "Bs. 12.38");  // unset: cents
+  EXPECT_EQ(LeerSimboloMEX(), "$");
   for (const auto& c : casos) {
     SCOPED_TRACE(std::string(c.paso) + " " + c.monto);
     settings_->SaveSetting("ZOR", "frmVarelta", "RedondeoVuelto", c.paso);
     EXPECT_EQ(FormatearVuelto(Variant(cur(c.monto))), c.esperado);
   }
-}
-
-TEST_F(General, FormatearVueltoDefaultsToCents) {
-  EXPECT_EQ(FormatearVuelto(Variant(cur("12.375"))), "Bs. 12.38");
-  EXPECT_EQ(LeerSimboloMEX(), "$");
-}
-
-TEST_F(General, NothingBeforeInit) {
-  EXPECT_EQ(test::numeroError([] { ObtenerTipoCambioCaja(); }), 91);
 }
 
 class ObtenerMedio : public ::testing::Test, protected test::ConFake {};
