@@ -222,7 +222,7 @@ TEST(DetalleEfectivo, RateIsDerivedFromTheAmountsAndRounded) {
 
 class SaldoEnBase : public test::PorMotor {};
 
-TEST_P(SaldoEnBase, LoadReadsNationalCashFirstThenEachMethod) {
+TEST_P(SaldoEnBase, LoadReadsNationalCashFirstThenEachMethodOfItsTillOnly) {
   const std::string caja = "INSERT INTO cvCaja (MachineID, efectivoMN) VALUES (?, ?)";
   db->ExecuteSQL(caja, {2, cur("1500.5")});
   db->ExecuteSQL(caja, {3, cur("99")});
@@ -243,28 +243,22 @@ TEST_P(SaldoEnBase, LoadReadsNationalCashFirstThenEachMethod) {
   EXPECT_EQ(saldo.detalles->Item("USD")->tipoCambio(), 333.3333);
   EXPECT_EQ(saldo.tipoCambio("TDC"), 1.0);
   EXPECT_EQ(saldo.tipoCambio("EUR"), 0.0);  // another till's method
-}
-
-TEST_P(SaldoEnBase, TillWithoutBalanceRow) {
-  SaldoCaja saldo;
-  EXPECT_EQ(saldo.tipoCambio("EFE"), 0.0);
-  saldo.saldoMonedaNacional = cur("5");
-  saldo.Id = 42;
-  EXPECT_FALSE(saldo.load(9));
-  EXPECT_EQ(saldo.saldoMonedaNacional, cur("0"));
-  EXPECT_EQ(saldo.Id, 42);
-  EXPECT_EQ(saldo.detalles->Count(), 0);
-}
-
-TEST_P(SaldoEnBase, MakeDetalleEfectivoDividesByZeroOnlyWhenAmountsDiffer) {
-  SaldoCaja saldo;
   EXPECT_EQ(
       saldo.makeDetalleEfectivo(Variant("X"), Variant(cur("5")), Variant(cur("5")))->tipoCambio(),
       1.0);
   EXPECT_EQ(test::numeroError([&] {
               saldo.makeDetalleEfectivo(Variant("X"), Variant(cur("5")), Variant(cur("0")));
             }),
-            11);
+            11);  // a rate from a zero nominal
+
+  SaldoCaja sinFila;  // a till without a balance row
+  EXPECT_EQ(sinFila.tipoCambio("EFE"), 0.0);
+  sinFila.saldoMonedaNacional = cur("5");
+  sinFila.Id = 42;
+  EXPECT_FALSE(sinFila.load(9));
+  EXPECT_EQ(sinFila.saldoMonedaNacional, cur("0"));
+  EXPECT_EQ(sinFila.Id, 42);
+  EXPECT_EQ(sinFila.detalles->Count(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Motores, SaldoEnBase, ::testing::ValuesIn(test::motores()),
