@@ -20,18 +20,21 @@ enum class TipoColumna {
   Bit,          // boolean flag
 };
 
+// One column of the schema, written once for every database.
 struct Columna {
   std::string_view nombre;
   TipoColumna tipo;
   std::string_view resto;  // constraints after the type: NOT NULL, DEFAULT, REFERENCES...
 };
 
+// A table of the schema: its columns in order and its table constraints.
 struct Tabla {
   std::string_view nombre;
   std::vector<Columna> columnas;
   std::string_view restricciones;  // table constraints, such as a composite key
 };
 
+// An index on `columnas` (a comma-separated list) of `tabla`.
 struct Indice {
   std::string_view nombre;
   std::string_view tabla;
