@@ -232,52 +232,42 @@ TEST_F(Dialogo, TaxChangeGoesThroughTheListener) {
   EXPECT_EQ(hijo<QLineEdit>(*f, "txEfectivo")->text(), "0.00");
 }
 
-TEST_F(Dialogo, EscapeCancelsAndNothingComesBack) {
-  frmVarelta f;
-  cuandoAparezca("frmVarelta", [](QWidget& d) { QTest::keyClick(&d, Qt::Key_Escape); });
-  EXPECT_EQ(f.Cobrar(cur("100"), cur("16"), cur("0")), nullptr);
-}
-
-TEST_F(Dialogo, AcceptedCollectionShowsTheChangeThenReturnsTheMovement) {
-  ajuste("RedondeoVuelto", "0.05");
-  frmVarelta f;
-  QString mostrado;
-  cuandoAparezca("frmVarelta", [&](QWidget& d) {
-    teclear(d, "txEfectivo", "128.37");
-    cuandoAparezca("frmShowVuelto", [&](QWidget& v) {
-      mostrado = v.findChild<QLineEdit*>("Text1")->text();
-      QTest::keyClick(&v, Qt::Key_A);
+// The whole collection: Escape brings nothing back; an accepted one shows
+// its change as lblVuelto shows it, rounded to the change step (12.37 at 0.05
+// is 12.35), and unrounded at step 0 a change of 0.004 shows as 0.00 and opens
+// no window (within the tolerance, that change is not given back at all).
+TEST_F(Dialogo, CobrarShowsTheChangeAsShownThenReturnsTheMovement) {
+  const struct {
+    const char *paso, *efectivo, *mostrado, *linea;
+  } casos[] = {{"0.01", nullptr, "", ""},
+               {"0.05", "128.37", "Bs. 12.35", "116"},
+               {"0", "116.004", "", "116.004"}};
+  for (const auto& c : casos) {
+    SCOPED_TRACE(c.efectivo ? c.efectivo : "Escape");
+    ajuste("RedondeoVuelto", c.paso);
+    frmVarelta f;
+    auto mostrado = std::make_shared<QString>();
+    cuandoAparezca("frmVarelta", [&c, mostrado](QWidget& d) {
+      if (!c.efectivo)
+        return QTest::keyClick(&d, Qt::Key_Escape);
+      teclear(d, "txEfectivo", c.efectivo);
+      QTimer::singleShot(300, [mostrado] {
+        QWidget* w = QApplication::activeModalWidget();
+        if (w && w->objectName() == "frmShowVuelto") {
+          *mostrado = w->findChild<QLineEdit*>("Text1")->text();
+          QTest::keyClick(w, Qt::Key_A);
+        }
+      });
+      QTest::mouseClick(d.findChild<QPushButton*>("cbAceptar"), Qt::LeftButton);
     });
-    QTest::mouseClick(d.findChild<QPushButton*>("cbAceptar"), Qt::LeftButton);
-  });
-  auto mov = f.Cobrar(cur("100"), cur("16"), cur("0"));
-  ASSERT_NE(mov, nullptr);
-  EXPECT_EQ(mov->Vuelto, cur("12.37"));
-  EXPECT_EQ(mov->colDetalles->Item(1)->Monto, cur("116"));
-  EXPECT_EQ(mostrado, "Bs. 12.35");
-}
-
-// The change window gets the change as lblVuelto shows it: unrounded
-// (RedondeoVuelto 0), 0.004 shows as 0.00 and opens no window.
-TEST_F(Dialogo, AChangeThatShowsAsNothingOpensNoWindow) {
-  ajuste("RedondeoVuelto", "0");
-  frmVarelta f;
-  auto mostrada = std::make_shared<bool>(false);
-  cuandoAparezca("frmVarelta", [mostrada](QWidget& d) {
-    teclear(d, "txEfectivo", "116.004");
-    QTimer::singleShot(300, [mostrada] {
-      QWidget* w = QApplication::activeModalWidget();
-      if (w && w->objectName() == "frmShowVuelto") {
-        *mostrada = true;
-        w->close();
-      }
-    });
-    QTest::mouseClick(d.findChild<QPushButton*>("cbAceptar"), Qt::LeftButton);
-  });
-  auto mov = f.Cobrar(cur("100"), cur("16"), cur("0"));
-  ASSERT_NE(mov, nullptr);
-  QTest::qWait(400);
-  EXPECT_FALSE(*mostrada);
+    auto mov = f.Cobrar(cur("100"), cur("16"), cur("0"));
+    QTest::qWait(400);
+    EXPECT_EQ(mostrado->toStdString(), c.mostrado);
+    ASSERT_EQ(mov != nullptr, c.efectivo != nullptr);
+    if (mov) {
+      EXPECT_EQ(mov->colDetalles->Item(1)->Monto, cur(c.linea));
+    }
+  }
 }
 
 TEST_F(Dialogo, ChangeWindowIsNotShownForNothingAndItsTimerFollowsTheLock) {
