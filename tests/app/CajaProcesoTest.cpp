@@ -71,12 +71,7 @@ class ProcesoCaja : public test::PorMotor {
 // On the demo database: catalogue, session 1 on machine 1, rate 36.50.
 class CajaProceso : public ProcesoCaja {
  protected:
-  void SetUp() override {
-    ProcesoCaja::SetUp();
-    if (!IsSkipped()) {
-      ASSERT_EQ(correr("init --demo").estado, 0);
-    }
-  }
+  void sembrar() override { ASSERT_EQ(correr("init --demo").estado, 0); }
 };
 
 TEST_P(CajaProceso, KilledInTheMiddleOfASaveLeavesNothingHalfWritten) {

@@ -107,10 +107,7 @@ TEST_F(TransaccionFake, RevertirJoinsItsSixPiecesExactly) {
 
 class TransaccionEnBase : public test::PorMotor {
  protected:
-  void SetUp() override {
-    test::PorMotor::SetUp();
-    if (IsSkipped())
-      return;
+  void sembrar() override {
     db->ExecuteSQL(
         "INSERT INTO MediosPago (Codigo, Clase, Atributos, titulo, posicion) VALUES "
         "('USD', 8, 1024, 'Dólares', 1), ('TDC', 3, 0, 'Tarjeta', 2)");

@@ -92,7 +92,10 @@ class PorMotor : public ::testing::TestWithParam<Motor>, protected ConBase {
   void SetUp() override {
     if (!db)
       GTEST_SKIP() << "sin servidor PostgreSQL de prueba (CAJA_PRUEBA_PG)";
+    sembrar();
   }
+  // What a fixture puts in the fresh database before each test.
+  virtual void sembrar() {}
 };
 
 }  // namespace caja::test
