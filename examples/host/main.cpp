@@ -2,7 +2,6 @@
 // collected through the scripted entry of the collection dialog, saved all or
 // nothing, and the saved movement printed. Run with QT_QPA_PLATFORM=offscreen
 // where there is no display.
-#include <QApplication>
 #include <caja/base/Currency.h>
 #include <caja/base/Fecha.h>
 #include <caja/dialogs/DialogosQt.h>
@@ -13,14 +12,15 @@
 #include <caja/service/CServiciosCaja.h>
 #include <caja/service/Settings.h>
 #include <caja/service/TransaccionHost.h>
+#include <QApplication>
 #include <iostream>
 
 using caja::Currency;
 
 int main(int argc, char** argv) try {
   QApplication app(argc, argv);
-  caja::setSettingsStore(std::make_shared<caja::IniSettingsStore>(
-      ".", caja::IniSettingsStore::defaultUserDir()));
+  caja::setSettingsStore(
+      std::make_shared<caja::IniSettingsStore>(".", caja::IniSettingsStore::defaultUserDir()));
   caja::instalarDialogosQt();
 
   // A new file gets the schema. What the component needs of its host: an
