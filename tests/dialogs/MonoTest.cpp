@@ -135,16 +135,23 @@ class MonoCobro : public Mono {
   int aceptados = 0;
 };
 
+// Once with the change window, once with the change split by the cashier
+// (its own dialog, credit offered) in its place.
 TEST_F(MonoCobro, CollectionDialogSurvivesRandomKeys) {
   entorno.settings->SaveSetting("ZOR", "frmVarelta", "AutoCierre", "1");
-  teclear(
-      [] {
-        auto* f = new frmVarelta;
-        f->preparar(cur("1250.5"), cur("200.08"), cur("50"));
-        return f;
-      },
-      teclasPorDialogo());
-  EXPECT_GT(aceptados, 0);
+  entorno.settings->SaveSetting("ZOR", "frmVarelta", "AcreditarVueltos", "1");
+  for (const char* dividido : {"0", "1"}) {
+    entorno.settings->SaveSetting("ZOR", "frmVarelta", "VueltoDetallado", dividido);
+    aceptados = 0;
+    teclear(
+        [] {
+          auto* f = new frmVarelta;
+          f->preparar(cur("1250.5"), cur("200.08"), cur("50"));
+          return f;
+        },
+        teclasPorDialogo());
+    EXPECT_GT(aceptados, 0) << "VueltoDetallado=" << dividido;
+  }
 }
 
 TEST_F(Mono, DetailAndCatalogueDialogsSurviveRandomKeys) {
