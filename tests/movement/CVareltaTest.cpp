@@ -142,7 +142,10 @@ TEST_F(GuardarFake, LinesUnderACentAreNeverStored) {
   EXPECT_EQ(mov->addDetalle("EFE", cur("-0.0099"), "", "", "", "", "", cur("0"), nullptr), 0);
 }
 
-TEST_F(GuardarFake, LoadFromDocumentoFallsBackToTheRelatedDocuments) {
+// Related documents: looked up by the movement's own document, then by the
+// highest reference; added with their values spliced; a failing read is
+// reported and gives nothing.
+TEST_F(GuardarFake, RelatedDocuments) {
   CVarelta m;
   EXPECT_FALSE(m.LoadFromDocumento("FAC", 7));
   EXPECT_EQ(
@@ -152,22 +155,14 @@ TEST_F(GuardarFake, LoadFromDocumentoFallsBackToTheRelatedDocuments) {
           "SELECT M.* FROM MovimientosCaja AS M, subDocsMC AS S WHERE s.TipoDoc = 'FAC' AND "
           "s.numDoc = 7 AND M.TransID = S.TransID AND S.ID IN   (SELECT MAX(ID) FROM "
           "subDocsMC WHERE TipoDoc = 'FAC' AND NumDoc = 7);"}));
-}
-
-TEST_F(GuardarFake, AddConceptoSplicesItsValues) {
-  CVarelta m;
   m.TransID = 41;
   EXPECT_TRUE(m.AddConcepto(cur("10.5"), cur("0"), "N'C", 7));
   EXPECT_EQ(fake->llamadas.back().sql,
             "INSERT INTO SubDocsMC (TransID, TipoDoc, NumDoc, Debitos, Creditos) VALUES (41, "
             "'N''C', 7, 10.5, 0);");
   EXPECT_TRUE(fake->llamadas.back().args.empty());
-}
-
-TEST_F(GuardarFake, ConceptosReportsItsErrorsAndReturnsNothing) {
   gFactoria = std::make_shared<test::FallaEnSentencia>(fake, 1);
-  CVarelta m;
-  EXPECT_EQ(m.Conceptos(), nullptr);
+  EXPECT_EQ(CVarelta().Conceptos(), nullptr);
   ASSERT_EQ(entorno.util->errores.size(), 1u);
   EXPECT_EQ(entorno.util->errores[0].rfind("CMovimientoCaja::Conceptos|-2147217900|", 0), 0u);
 }
@@ -178,7 +173,9 @@ TEST(NombreEntidad, BeforeInit) {
 
 class StagingFake : public ::testing::Test, protected test::ConFake {};
 
-TEST_F(StagingFake, SaveStagesEveryLineWithoutTouchingTheDrawer) {
+// Staging writes every line, none to the drawer; an unknown key cannot be
+// reverted and loads nothing more.
+TEST_F(StagingFake, SaveStagesEveryLineAndAnUnknownKeyIsRefused) {
   fake->alLeer("SELECT @@identity", Variant(5));
   fake->alLeer("SELECT scope_identity()", Variant(60));
   CVarelta mov;
@@ -199,13 +196,10 @@ TEST_F(StagingFake, SaveStagesEveryLineWithoutTouchingTheDrawer) {
                 "(?, ?, ?)"}));
   EXPECT_EQ(fake->llamadas[2].args[0], Variant(5));
   EXPECT_EQ(fake->llamadas[5].args, test::valores(60, cur("0.5"), std::int16_t{3}));
-}
 
-TEST_F(StagingFake, RevertirOfAnUnknownKey) {
-  TempVarelta t;
+  fake->llamadas.clear();
   EXPECT_EQ(test::errorCompleto([&] { t.revertir("V-9"); }),
             "10001|ServiciosCaja.tempVarelta.Revertir|Referencia V-9 no registrada.");
-  CVarelta mov;
   t.load("V-9", mov);
   EXPECT_EQ(fake->sqls(),
             (std::vector<std::string>{"SELECT id FROM saveMovsCaja WHERE clave = ?",
