@@ -66,21 +66,21 @@ TEST_F(TransaccionFake, GrabarWritesHeaderThenEachLineBeforeItsBalance) {
   EXPECT_EQ(ll[11].args, test::valores(cur("600"), cur("15"), 77));
 }
 
-TEST_F(TransaccionFake, NothingToWriteWritesNothing) {
+// Nothing to write writes nothing; before beginProcess only national cash
+// is taken.
+TEST_F(TransaccionFake, NothingToWriteAndNothingBeforeBeginProcess) {
   TransaccionEfectivo t;
   t.beginProcess(Variant(1));
   t.addDetalle("USD", cur("0"), cur("10"));
   t.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, 1);
   EXPECT_TRUE(fake->llamadas.empty());
-}
-
-TEST_F(TransaccionFake, BeforeBeginProcessOnlyNationalCashIsTaken) {
   fake->alCargarMedio("USD", 8, 0);
-  TransaccionEfectivo t;
-  t.addDetalle("EFE", cur("5"), cur("0"));
-  EXPECT_EQ(t.EfectivoMN, cur("5"));
-  EXPECT_EQ(test::numeroError([&] { t.addDetalle("USD", cur("5"), cur("1")); }), 91);
-  EXPECT_EQ(test::numeroError([&] { t.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, 1); }), 91);
+  TransaccionEfectivo antes;
+  antes.addDetalle("EFE", cur("5"), cur("0"));
+  EXPECT_EQ(antes.EfectivoMN, cur("5"));
+  EXPECT_EQ(test::numeroError([&] { antes.addDetalle("USD", cur("5"), cur("1")); }), 91);
+  EXPECT_EQ(test::numeroError([&] { antes.grabar(origenTransaccionEfectivo::OTE_MOVCAJA, 1); }),
+            91);
 }
 
 TEST_F(TransaccionFake, RevertirJoinsItsSixPiecesExactly) {

@@ -365,7 +365,9 @@ class SoloPostgres : public ::testing::Test, protected test::ConBase {
   }
 };
 
-TEST_F(SoloPostgres, AFailedConnectionSaysWhyInOneLine) {
+// A failed connection says why in one line; a connection lost in the middle
+// of a transaction is a clear error and leaves nothing half saved.
+TEST_F(SoloPostgres, ConnectionFailuresAreClearAndLeaveNothing) {
   const std::string malaBase = destino() + "_no_existe";
   const std::string error = test::errorCompleto([&] { PostgresFactoria::Conectar(malaBase); });
   EXPECT_EQ(error, "-2147217843|PostgresFactoria|No se pudo conectar con la base de datos " +
@@ -374,19 +376,17 @@ TEST_F(SoloPostgres, AFailedConnectionSaysWhyInOneLine) {
       [&] { PostgresFactoria::Conectar("postgresql://127.0.0.1:1/caja?connect_timeout=2"); });
   EXPECT_NE(sinServidor.find(": el servidor no responde"), std::string::npos) << sinServidor;
   EXPECT_EQ(sinServidor.find('\n'), std::string::npos);
-}
-
-TEST_F(SoloPostgres, ALostConnectionIsAClearErrorAndLeavesNothingHalfSaved) {
   auto caida = otraConexion();
   const Variant pid = caida->ReadScalar("SELECT pg_backend_pid()");
   caida->BeginTrans();
   caida->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, ?)", {Variant(1)});
   db->ReadScalar("SELECT pg_terminate_backend(?)", {pid});
-  const std::string error = test::errorCompleto(
+  const std::string perdida = test::errorCompleto(
       [&] { caida->ExecuteSQL("INSERT INTO CVCaja (efectivoMN, MachineID) VALUES (0, 2)"); });
   EXPECT_EQ(
-      error.rfind("-2147217843|PostgresFactoria|Se perdió la conexión con la base de datos", 0), 0u)
-      << error;
+      perdida.rfind("-2147217843|PostgresFactoria|Se perdió la conexión con la base de datos", 0),
+      0u)
+      << perdida;
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM cvCaja")), 0);
 }
 
