@@ -141,18 +141,16 @@ TEST_F(General, InitKeepsTheCompanyFormatOrFallsBack) {
   EXPECT_EQ(gFormatoMEX, "$#,##0.00");
 }
 
-TEST_F(General, TillRateOfZeroReadsAsOne) {
-  EXPECT_EQ(test::numeroError([] { ObtenerTipoCambioCaja(); }), 91);  // nothing before Init
+// Nothing before Init; a till rate of 0 reads as 1; IGTF applies only to
+// special taxpayers (Null is not one, and an unreadable percentage is 0).
+TEST_F(General, TillRateAndIgtfPercentage) {
+  EXPECT_EQ(test::numeroError([] { ObtenerTipoCambioCaja(); }), 91);
   InicializarEntorno(host_);
   const struct { double host, esperado; } casos[] = {{0.0, 1.0}, {36.5, 36.5}, {-2.0, -2.0}};
   for (const auto& c : casos) {
     host_->tipoCambioCaja = c.host;
     EXPECT_EQ(ObtenerTipoCambioCaja(), c.esperado);
   }
-}
-
-TEST_F(General, IgtfOnlyForSpecialTaxpayers) {
-  InicializarEntorno(host_);
   empresa(Variant(true), 3.0);
   EXPECT_EQ(ObtenerPorcentajeIGTF(), 3.0);
   empresa(Variant::Null(), 3.0);
@@ -185,7 +183,9 @@ TEST_F(General, FormatearVueltoRoundsToTheChangeStep) {
 
 class ObtenerMedio : public ::testing::Test, protected test::ConFake {};
 
-TEST_F(ObtenerMedio, CashIsBuiltInWithoutATableRow) {
+// Cash is built in without a row; unknown codes are looked up again, known
+// ones are cached under any letter case.
+TEST_F(ObtenerMedio, CashBuiltInUnknownLookedUpAgainKnownCached) {
   std::string efe = "EFE";
   auto m = ObtenerMedioPago(efe);
   ASSERT_NE(m, nullptr);
@@ -194,9 +194,6 @@ TEST_F(ObtenerMedio, CashIsBuiltInWithoutATableRow) {
   EXPECT_EQ(m->tipoCambio(), 1.0);
   EXPECT_TRUE(fake->llamadas.empty());
   EXPECT_EQ(ObtenerMedioPago(efe), m);
-}
-
-TEST_F(ObtenerMedio, UnknownCodesAreLookedUpAgainKnownOnesCached) {
   std::string zzz = "ZZZ";
   EXPECT_EQ(ObtenerMedioPago(zzz), nullptr);
   EXPECT_EQ(ObtenerMedioPago(zzz), nullptr);
@@ -204,7 +201,7 @@ TEST_F(ObtenerMedio, UnknownCodesAreLookedUpAgainKnownOnesCached) {
 
   fake->alCargarMedio("USD", 8, 64, 36.0);
   std::string usd = "USD", minusculas = "usd";
-  auto m = ObtenerMedioPago(usd);
+  m = ObtenerMedioPago(usd);
   ASSERT_NE(m, nullptr);
   EXPECT_EQ(ObtenerMedioPago(minusculas), m);
   EXPECT_EQ(fake->llamadas.size(), 3u);
