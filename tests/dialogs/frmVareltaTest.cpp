@@ -334,12 +334,6 @@ TEST(Dialogos, QtsStandardButtonsSpeakSpanish) {
 // over bolívares, dollars at the drawer's rate and euros, with credit offered.
 class DefinirVuelto : public ::testing::Test, protected test::ConFake {
  protected:
-  static CobroVarelta cobroDePrueba() {
-    CobroVarelta cobro(cur("630"), {}, {}, 36.5, 3.0, OpcionesCobro{});
-    cobro.medios.push_back(test::descriptor("USD", 36.5, "USD*", ClaseIngresoSesion::EfectivoME));
-    cobro.medios.push_back(test::descriptor("EUR", 39.8, "ME"));
-    return cobro;
-  }
   void SetUp() override {
     dialogo.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialogo));
@@ -362,7 +356,7 @@ class DefinirVuelto : public ::testing::Test, protected test::ConFake {
     return d;
   }
 
-  CobroVarelta cobro = cobroDePrueba();
+  CobroVarelta cobro = test::cobroConVuelto();
   DivisionVuelto division = sugerida(cobro);
   frmDefinirVuelto dialogo{division, "$"};
 };

@@ -10,6 +10,7 @@
 #include "caja/base/Currency.h"
 #include "caja/base/Regional.h"
 #include "caja/base/Variant.h"
+#include "caja/dialogs/modelo/CobroVarelta.h"
 #include "caja/dialogs/modelo/DescriptorMedio.h"
 #include "caja/movement/CVarelta.h"
 
@@ -43,6 +44,17 @@ inline DescriptorMedio descriptor(const char* codigo, double factor, const char*
   d.Tag = tag;
   d.Clase = clase;
   return d;
+}
+
+// A sale of 630.00 paid with 20 USD at 36.50 (730.00) and 18.90 of IGTF: the
+// change is 81.10. Dollars are cash at the drawer's rate, euros a foreign
+// method of their own factor, the card gives no change.
+inline CobroVarelta cobroConVuelto() {
+  CobroVarelta cobro(cur("630"), {}, {}, 36.5, 3.0, OpcionesCobro{});
+  cobro.medios.push_back(descriptor("USD", 36.5, "USD*", ClaseIngresoSesion::EfectivoME));
+  cobro.medios.push_back(descriptor("EUR", 39.8, "ME"));
+  cobro.medios.push_back(descriptor("TDC", 1.0, "", ClaseIngresoSesion::TTCVisa));
+  return cobro;
 }
 
 // A payment line of `medio` for `monto`, its nominal the same unless given,

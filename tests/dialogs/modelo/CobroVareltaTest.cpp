@@ -383,20 +383,13 @@ TEST_F(DetalleModelo, ParticularsReachTheMovementLine) {
   EXPECT_EQ(mov->colDetalles->Item(1)->NumeroDocumento, "778899");
 }
 
-// A sale of 630.00 paid with 20 USD at 36.50 (730.00) and 18.90 of IGTF: the
-// change is 81.10. Dollars are cash at the drawer's rate, euros a foreign
-// method of their own factor, the card gives no change.
+// The change of test::cobroConVuelto() split.
 class DivisionVueltoTest : public ::testing::Test, protected test::ConFake {
  protected:
-  DivisionVueltoTest() : cobro(cur("630"), {}, {}, 36.5, 3.0, OpcionesCobro{}) {
-    cobro.medios.push_back(test::descriptor("USD", 36.5, "USD*", ClaseIngresoSesion::EfectivoME));
-    cobro.medios.push_back(test::descriptor("EUR", 39.8, "ME"));
-    cobro.medios.push_back(test::descriptor("TDC", 1.0, "", ClaseIngresoSesion::TTCVisa));
-  }
   DivisionVuelto division(bool conCredito = false) {
     return DivisionVuelto(cobro, cur("81.1"), conCredito);
   }
-  CobroVarelta cobro;
+  CobroVarelta cobro = test::cobroConVuelto();
 };
 
 // Whole dollars at the drawer's rate, the rest in bolívares rounded to the
