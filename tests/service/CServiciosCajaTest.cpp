@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "caja/service/CNotifTrans.h"
 #include "caja/service/General.h"
 #include "caja/service/Settings.h"
 #include "tests/support/Ayudas.h"
@@ -72,22 +71,6 @@ TEST(CServiciosCaja, TitlesRoundsAndRelaysTheTaxChange) {
   EXPECT_EQ(dialogos->montoNotificado, cur("8"));
   EXPECT_TRUE(dialogos->cancelado);
   setDialogosCaja(nullptr);
-}
-
-TEST(CNotifTrans, RaisesItsEventWithTheArgumentsByReference) {
-  CNotifTrans n;
-  std::int16_t a = 3;
-  std::string b = "x";
-  n.NotificarCambioTransaccion(a, b);  // nobody listens: nothing happens
-  n.CambioTransaccion = [](std::int16_t& x, std::string& y) {
-    EXPECT_EQ(x, 3);
-    EXPECT_EQ(y, "x");
-    x = 4;
-    y = "y";
-  };
-  n.NotificarCambioTransaccion(a, b);
-  EXPECT_EQ(a, 4);
-  EXPECT_EQ(b, "y");
 }
 
 class EmpresaFija : public Empresa {
