@@ -92,18 +92,11 @@ TEST_F(GuardarFake, StatementsInOrderWithTheirArguments) {
   EXPECT_EQ(ext->recibido, mov);
 }
 
-TEST_F(GuardarFake, ExplicitRateAndIgtfAreStoredAsGiven) {
-  fake->alLeer(kMaquina, Variant(2));
-  guardar(cur("2.25"), 0.0);
-  EXPECT_EQ(fake->sqls().front(), kMaquina);
-  EXPECT_EQ(fake->llamadas[1].args[13], Variant(cur("2.25")));
-  EXPECT_EQ(fake->llamadas[1].args[14], Variant(0.0));
-}
-
 // Where the till comes from, in turn: the open session, the closed one, the
 // setting, else an error that writes nothing. A failing statement names its
-// step; a failing post procedure changes nothing; no drawer before a save.
-TEST_F(GuardarFake, MachineAndFailuresOfTheSave) {
+// step; a failing post procedure changes nothing; no drawer before a save. An
+// explicit IGTF and rate are stored as given, the rate not read.
+TEST_F(GuardarFake, MachineRateAndFailuresOfTheSave) {
   EXPECT_EQ(test::numeroError([&] { mov->commitTransEf(); }), 91);
   EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
             "10002|cVarelta::Save|MachineID Invalido(DLL#8)");
@@ -119,6 +112,12 @@ TEST_F(GuardarFake, MachineAndFailuresOfTheSave) {
 
   fake->alLeer(kMaquina, Variant(2));
   mov = std::make_shared<CVarelta>();
+  fake->llamadas.clear();
+  guardar(cur("2.25"), 0.0);
+  EXPECT_EQ(fake->sqls().front(), kMaquina);
+  EXPECT_EQ(fake->llamadas[1].args[13], Variant(cur("2.25")));
+  EXPECT_EQ(fake->llamadas[1].args[14], Variant(0.0));
+  mov = std::make_shared<CVarelta>();
   ext->fallar = true;
   guardar();
   EXPECT_EQ(mov->TransID, 41);
@@ -126,20 +125,6 @@ TEST_F(GuardarFake, MachineAndFailuresOfTheSave) {
   gFactoria = std::make_shared<test::FallaEnSentencia>(fake, 3);
   EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
             "-2147217900|CVarelta::Save|Falla inyectada en: " + kHeader + "(DLL#11)");
-}
-
-TEST_F(GuardarFake, LinesUnderACentAreNeverStored) {
-  fake->alLeer(kMaquina, Variant(2));
-  auto diminuta = agregar(*mov, "EFE", "0.0099");
-  auto negativa = agregar(*mov, "EFE", "-5");
-  guardar();
-  int lineas = 0;
-  for (const auto& l : fake->llamadas)
-    lineas += l.sql == kLinea;
-  EXPECT_EQ(lineas, 1);
-  EXPECT_EQ(diminuta->Id, 0);
-  EXPECT_EQ(negativa->Id, 900);
-  EXPECT_EQ(mov->addDetalle("EFE", cur("-0.0099"), "", "", "", "", "", cur("0"), nullptr), 0);
 }
 
 // Related documents: looked up by the movement's own document, then by the
@@ -171,11 +156,11 @@ TEST(NombreEntidad, BeforeInit) {
   EXPECT_EQ(CVarelta().NombreEntidadRelacionada(), "NombreEntidadRelacionada NO DISPONIBLE");
 }
 
-class StagingFake : public ::testing::Test, protected test::ConFake {};
+class SinBase : public ::testing::Test, protected test::ConFake {};
 
 // Staging writes every line, none to the drawer; an unknown key cannot be
 // reverted and loads nothing more.
-TEST_F(StagingFake, SaveStagesEveryLineAndAnUnknownKeyIsRefused) {
+TEST_F(SinBase, StagingSaveStagesEveryLineAndAnUnknownKeyIsRefused) {
   fake->alLeer("SELECT @@identity", Variant(5));
   fake->alLeer("SELECT scope_identity()", Variant(60));
   CVarelta mov;
@@ -258,6 +243,8 @@ TEST_P(Movimiento, SavedMovementLoadsBackWithItsTotalsAndMovesTheDrawer) {
   EXPECT_EQ(leido.Debitos, cur("530"));
   auto lineas = leido.detalles();
   ASSERT_EQ(lineas->Count(), 5);  // the 0.004 line is not stored
+  EXPECT_EQ(mov->colDetalles->Item(5)->Id, 0);
+  EXPECT_EQ(mov->addDetalle("EFE", cur("-0.0099"), "", "", "", "", "", cur("0"), nullptr), 0);
   EXPECT_EQ(lineas->Item(2)->medio, "USD");
   EXPECT_EQ(lineas->Item(3)->Denominaciones->Count(), 2);
   EXPECT_EQ(lineas->Item(5)->Monto, cur("-5"));
@@ -408,9 +395,6 @@ TEST_P(Movimiento, ActualizarSaldosEfectivoMovesBalancesWithoutTransactionRows) 
   EXPECT_EQ(contar("SELECT COUNT(*) FROM transaccionesEfectivo"), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Motores, Movimiento, ::testing::ValuesIn(test::motores()),
-                         test::nombreMotor);
-
 const char* const kLineaSimple =
     "<DIC>\r\nEFE\r\n1234.5\r\n\r\n\r\n\r\n\r\n\r\n0\r\n<DEC>\r\n"
     "\r\n\r\n\r\n\r\n\r\n\r\n\r\n<DEC/>\r\n<DIC/>\r\n";
@@ -548,9 +532,7 @@ TEST(EvalVar, NamesIgnoreCase) {
   }
 }
 
-class LineaFake : public ::testing::Test, protected test::ConFake {};
-
-TEST_F(LineaFake, LoadInstanceIsNullSafeAndReadsDenominationsByPosition) {
+TEST_F(SinBase, LoadInstanceIsNullSafeAndReadsDenominationsByPosition) {
   TablaRecordset fila({"Id", "TransID", "Medio", "Monto", "IdTitular", "NumeroCuenta",
                        "NumeroDocumento", "ClaveAutorizacion", "Emisor", "MontoNominal"},
                       {test::valores(7, 3, "CHE", cur("50"), Variant::Null(), Variant::Null(),
@@ -569,7 +551,7 @@ TEST_F(LineaFake, LoadInstanceIsNullSafeAndReadsDenominationsByPosition) {
   EXPECT_EQ(destino.Denominaciones->Item(1)->valor(), cur("40"));
 }
 
-TEST_F(LineaFake, ToStringByKindOfMethod) {
+TEST_F(SinBase, ToStringByKindOfMethod) {
   fake->alCargarMedio("USD", 7, 64, 36.5);
   fake->alCargarMedio("TDD", 7, 0, 36.5);
   CDetalleIngreso l;
@@ -588,9 +570,7 @@ TEST_F(LineaFake, ToStringByKindOfMethod) {
   EXPECT_EQ(numeroError([&] { l.ToString(); }), 11);
 }
 
-class LineaEnBase : public test::PorMotor {};
-
-TEST_P(LineaEnBase, IssuerKnownThroughEitherTable) {
+TEST_P(Movimiento, IssuerKnownThroughEitherTable) {
   CDetalleIngreso l;
   l.medio = "CHE";
   EXPECT_FALSE(l.ExisteEmisor("BANESCO"));
@@ -604,7 +584,7 @@ TEST_P(LineaEnBase, IssuerKnownThroughEitherTable) {
   EXPECT_FALSE(l.ExisteEmisor("BOD"));
 }
 
-TEST_P(LineaEnBase, DetallesEnRegistroReadsUntilTheFirstBadLine) {
+TEST_P(Movimiento, DetallesEnRegistroReadsUntilTheFirstBadLine) {
   CServiciosCaja servicios;
   EXPECT_EQ(servicios.DetallesEnRegistro()->Count(), 0);
   CDetalleIngreso l;
@@ -617,7 +597,7 @@ TEST_P(LineaEnBase, DetallesEnRegistroReadsUntilTheFirstBadLine) {
   EXPECT_EQ(lineas->Item(1)->medio, "CHE");
 }
 
-INSTANTIATE_TEST_SUITE_P(Motores, LineaEnBase, ::testing::ValuesIn(test::motores()),
+INSTANTIATE_TEST_SUITE_P(Motores, Movimiento, ::testing::ValuesIn(test::motores()),
                          test::nombreMotor);
 
 }  // namespace

@@ -14,7 +14,8 @@ namespace {
 
 using test::cur;
 
-TEST(RedondearMonto, HalvesGoUpNegativesTowardZero) {
+// Intended: the divisor is 100 whatever the precision asked for.
+TEST(RedondearMonto, HalvesGoUpNegativesTowardZeroAndTheDivisorIsFixed) {
   const struct {
     Variant valor;
     const char* esperado;
@@ -31,12 +32,35 @@ TEST(RedondearMonto, HalvesGoUpNegativesTowardZero) {
     SCOPED_TRACE(c.esperado);
     EXPECT_EQ(RedondearMonto(c.valor, 2), cur(c.esperado));
   }
-}
-
-TEST(RedondearMonto, DividesByAFixedHundred) {
-  // Intended: the divisor is 100 whatever the precision asked for.
   EXPECT_EQ(RedondearMonto(Variant(cur("10.5")), 0), cur("0.11"));
 }
+
+// A company row with a fixed answer; `falla` makes its IGTF percentage unreadable.
+struct EmpresaFija : Empresa {
+  Variant especial;
+  double porcentaje = 0.0;
+  bool falla = false;
+  std::string FormatoMEX() override { return "US$ #,##0.00"; }
+  Variant ContribuyenteEspecial() override { return especial; }
+  double porcentajeIGTF456() override {
+    if (falla)
+      throw CajaError(438, "Empresa", "sin propiedad");
+    return porcentaje;
+  }
+};
+
+class General : public ::testing::Test, protected test::ConFake {
+ protected:
+  void empresa(Variant especial, double porcentaje, bool falla = false) {
+    fake->objetos["Empresa"] = [=] {
+      auto e = std::make_shared<EmpresaFija>();
+      e->especial = especial;
+      e->porcentaje = porcentaje;
+      e->falla = falla;
+      return e;
+    };
+  }
+};
 
 class Oyente : public Listener2602Host {
  public:
@@ -48,12 +72,9 @@ class Oyente : public Listener2602Host {
 
 // Creating one titles the application; Varelta needs the dialogs installed,
 // rounds the amounts and relays the tax change to the listener.
-TEST(CServiciosCaja, TitlesRoundsAndRelaysTheTaxChange) {
-  auto util = std::make_shared<test::HostUtilGuion>();
-  setHostUtil(util);
+TEST_F(General, ServiciosTitlesRoundsAndRelaysTheTaxChange) {
   CServiciosCaja servicios;
-  EXPECT_EQ(util->titulo, "Varelta");
-  setHostUtil(nullptr);
+  EXPECT_EQ(entorno.util->titulo, "Varelta");
   EXPECT_EQ(test::numeroError([&] { servicios.Varelta(Variant(1), Variant(0), Variant(0), ""); }),
             91);
   auto dialogos = std::make_shared<test::DialogosFalsos>();
@@ -70,68 +91,28 @@ TEST(CServiciosCaja, TitlesRoundsAndRelaysTheTaxChange) {
   servicios.Varelta(Variant(1), Variant(0), Variant(0), "");
   EXPECT_EQ(dialogos->montoNotificado, cur("8"));
   EXPECT_TRUE(dialogos->cancelado);
-  setDialogosCaja(nullptr);
 }
-
-class EmpresaFija : public Empresa {
- public:
-  EmpresaFija(Variant especial, double porcentaje, bool fallaPorcentaje = false)
-      : especial_(std::move(especial)), porcentaje_(porcentaje), falla_(fallaPorcentaje) {}
-  std::string FormatoMEX() override { return "US$ #,##0.00"; }
-  Variant ContribuyenteEspecial() override { return especial_; }
-  double porcentajeIGTF456() override {
-    if (falla_)
-      throw CajaError(438, "Empresa", "sin propiedad");
-    return porcentaje_;
-  }
-
- private:
-  Variant especial_;
-  double porcentaje_;
-  bool falla_;
-};
-
-class General : public ::testing::Test {
- protected:
-  void SetUp() override {
-    host_ = std::make_shared<test::FakeFactoria>();
-    settings_ = std::make_shared<MemoriaSettingsStore>();
-    setSettingsStore(settings_);
-  }
-  void TearDown() override {
-    setSettingsStore(nullptr);
-    gFactoria.reset();
-    gEmpresa.reset();
-  }
-  void empresa(Variant especial, double porcentaje, bool falla = false) {
-    host_->objetos["Empresa"] = [=] {
-      return std::make_shared<EmpresaFija>(especial, porcentaje, falla);
-    };
-  }
-
-  std::shared_ptr<test::FakeFactoria> host_;
-  std::shared_ptr<MemoriaSettingsStore> settings_;
-};
 
 TEST_F(General, InitKeepsTheCompanyFormatOrFallsBack) {
   empresa(Variant(true), 3.0);
-  InicializarEntorno(host_);
+  InicializarEntorno(fake);
   EXPECT_EQ(gFormatoMEX, "US$ #,##0.00");
-  EXPECT_EQ(gTemaUI, host_->tema);
+  EXPECT_EQ(gTemaUI, fake->tema);
 
-  host_->objetos.clear();
-  InicializarEntorno(host_);
+  fake->objetos.clear();
+  InicializarEntorno(fake);
   EXPECT_EQ(gFormatoMEX, "$#,##0.00");
 }
 
 // Nothing before Init; a till rate of 0 reads as 1; IGTF applies only to
 // special taxpayers (Null is not one, and an unreadable percentage is 0).
 TEST_F(General, TillRateAndIgtfPercentage) {
+  gFactoria.reset();
   EXPECT_EQ(test::numeroError([] { ObtenerTipoCambioCaja(); }), 91);
-  InicializarEntorno(host_);
+  InicializarEntorno(fake);
   const struct { double host, esperado; } casos[] = {{0.0, 1.0}, {36.5, 36.5}, {-2.0, -2.0}};
   for (const auto& c : casos) {
-    host_->tipoCambioCaja = c.host;
+    fake->tipoCambioCaja = c.host;
     EXPECT_EQ(ObtenerTipoCambioCaja(), c.esperado);
   }
   empresa(Variant(true), 3.0);
@@ -159,16 +140,14 @@ TEST_F(General, FormatearVueltoRoundsToTheChangeStep) {
   EXPECT_EQ(LeerSimboloMEX(), "$");
   for (const auto& c : casos) {
     SCOPED_TRACE(std::string(c.paso) + " " + c.monto);
-    settings_->SaveSetting("ZOR", "frmVarelta", "RedondeoVuelto", c.paso);
+    entorno.settings->SaveSetting("ZOR", "frmVarelta", "RedondeoVuelto", c.paso);
     EXPECT_EQ(FormatearVuelto(Variant(cur(c.monto))), c.esperado);
   }
 }
 
-class ObtenerMedio : public ::testing::Test, protected test::ConFake {};
-
 // Cash is built in without a row; unknown codes are looked up again, known
 // ones are cached under any letter case.
-TEST_F(ObtenerMedio, CashBuiltInUnknownLookedUpAgainKnownCached) {
+TEST_F(General, ObtenerMedioPagoCashBuiltInUnknownLookedUpAgainKnownCached) {
   std::string efe = "EFE";
   auto m = ObtenerMedioPago(efe);
   ASSERT_NE(m, nullptr);
@@ -188,24 +167,6 @@ TEST_F(ObtenerMedio, CashBuiltInUnknownLookedUpAgainKnownCached) {
   ASSERT_NE(m, nullptr);
   EXPECT_EQ(ObtenerMedioPago(minusculas), m);
   EXPECT_EQ(fake->llamadas.size(), 3u);
-}
-
-TEST_F(ObtenerMedio, EsMedioEfectivoCountsAnyAttributeBit) {
-  const struct {
-    ClaseIngresoSesion clase;
-    std::int32_t atributos;
-    bool efectivo;
-  } casos[] = {
-      {ClaseIngresoSesion::Efectivo, 0, true},     {ClaseIngresoSesion::EfectivoME, 0, true},
-      {ClaseIngresoSesion::TTCVisa, 0, false},     {ClaseIngresoSesion::TTCVisa, 4, true},
-      {ClaseIngresoSesion::OtrosMedios, 64, true},
-  };
-  for (const auto& c : casos) {
-    CMedioPago m;
-    m.Clase = c.clase;
-    m.Atributos = c.atributos;
-    EXPECT_EQ(EsMedioEfectivo(m) != 0, c.efectivo);
-  }
 }
 
 }  // namespace

@@ -75,7 +75,6 @@ class DialogosFalsos : public DialogosCaja {
   std::string codigoNuevo;
   std::int16_t contextoRecibido = 0;
   std::int16_t contextoDejado = 0;
-  std::function<void(const std::string&)> alCrear;
 
   std::shared_ptr<CVarelta> Cobrar(const std::string& t, Currency v, Currency i, Currency c,
                                    Aplicar2602 alCambiarIVA) override {
@@ -90,8 +89,6 @@ class DialogosFalsos : public DialogosCaja {
   void DefinirMedioPagoNuevo(const std::string& codigo, std::int16_t& contexto) override {
     codigoNuevo = codigo;
     contextoRecibido = contexto;
-    if (alCrear)
-      alCrear(codigo);
     contexto = contextoDejado;
   }
 };

@@ -27,7 +27,6 @@ class FakeFactoria : public Factoria {
   std::vector<Llamada> llamadas;
   std::vector<std::string> logs;
   double tipoCambioCaja = 0.0;
-  Variant nivelUsuario = Variant(0);
   std::map<std::string, std::function<std::shared_ptr<Objeto>()>> objetos;  // by class name
 
   // Answers for the next statements whose text is exactly `sql`, in order.
@@ -52,7 +51,7 @@ class FakeFactoria : public Factoria {
   bool ExisteProcedimiento(const std::string& nombre,
                            const std::shared_ptr<Objeto>& dueno) override;
   void Log(const std::string& mensaje) override { logs.push_back(mensaje); }
-  Variant VerificarUsuario(const std::string&) override { return nivelUsuario; }
+  Variant VerificarUsuario(const std::string&) override { return Variant(0); }
   std::shared_ptr<Objeto> loadFileIcon(const std::string& archivo) override;
   double TipoCambioCaja() override { return tipoCambioCaja; }
   std::shared_ptr<caja::TemaUI> TemaUI() override { return tema; }
