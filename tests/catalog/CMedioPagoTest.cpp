@@ -178,8 +178,7 @@ TEST_P(MedioPagoEnBase, InsertUpdateReloadAndGuardedDelete) {
   EXPECT_EQ(contar("SELECT COUNT(*) FROM MediosPago"), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Motores, MedioPagoEnBase, ::testing::ValuesIn(test::motores()),
-                         test::nombreMotor);
+CAJA_EN_CADA_MOTOR(MedioPagoEnBase);
 
 }  // namespace
 }  // namespace caja

@@ -50,16 +50,31 @@ void cuandoAparezca(const char* nombre, std::function<void(QWidget&)> hacer, int
   });
 }
 
-class Dialogo : public ::testing::Test, protected test::ConSqlite {
+// Types `teclas` over the whole text of the numeric input `caja` of `f`.
+void teclear(QWidget& f, const char* caja, const char* teclas) {
+  auto* c = f.findChild<CajaNumerica*>(caja);
+  ASSERT_NE(c, nullptr) << caja;
+  c->setFocus();
+  c->selectAll();
+  QTest::keyClicks(c, teclas);
+}
+
+// A catalogue with a method of each kind the dialogs treat apart: foreign
+// cash with denominations, a card, foreign transfers, a hidden one, a cheque
+// with every field, one without fields, national notes, a zero factor and an
+// indexed one.
+class Dialogo : public ::testing::Test, protected test::ConBase {
  protected:
   void SetUp() override {
     db->ExecuteSQL(
-        "INSERT INTO MediosPago (Codigo, Descripcion, Clase, Atributos, PorcentajeISLR, titulo, "
-        "textoAyuda, posicion) VALUES "
-        "('USD', 'Dólares', 8, 1024, 0, 'Dólares', 'Efectivo en dólares', 1), "
-        "('TDC', 'Tarjeta', 3, 32, 0, 'Tarjeta de crédito', 'Pase la tarjeta', 2), "
-        "('ZEL', 'Zelle', 7, 64, 36, 'Zelle', 'Transferencia en dólares', 3), "
-        "('OCU', 'Oculto', 7, 0, 0, 'Oculto', '', 0)");
+        "INSERT INTO MediosPago (Codigo, Clase, Atributos, PorcentajeISLR, titulo, textoAyuda, "
+        "posicion) VALUES ('USD', 8, 1025, 0, 'Dólares', 'Efectivo en dólares', 1), "
+        "('TDC', 3, 32, 0, 'Tarjeta de crédito', 'Pase la tarjeta', 2), "
+        "('ZEL', 7, 64, 36.5, 'Zelle', 'Transferencia en dólares', 3), "
+        "('OCU', 7, 0, 0, 'Oculto', '', 0), ('CHE', 1, 30, 0, 'Cheque', '', 4), "
+        "('VAL', 7, 0, 0, 'Vale', '', 5), ('BIL', 0, 1, 0, 'Billetes', '', 6), "
+        "('EUR', 7, 1088, 39.8, 'Euros', '', 7), ('CER', 7, 64, 0, 'Factor cero', '', 8), "
+        "('IDX', 7, 512, 1.5, 'Indexado', '', 9)");
     tasa(36.0);
   }
   void TearDown() override { EXPECT_EQ(QApplication::topLevelWidgets().count(), 0); }
@@ -88,12 +103,6 @@ class Dialogo : public ::testing::Test, protected test::ConSqlite {
   static QString texto(QWidget& f, const char* etiqueta) {
     return hijo<QLabel>(f, etiqueta)->text();
   }
-  static void teclear(QWidget& f, const char* caja, const char* teclas) {
-    auto* c = hijo<CajaNumerica>(f, caja);
-    c->setFocus();
-    c->selectAll();
-    QTest::keyClicks(c, teclas);
-  }
 };
 
 TEST_F(Dialogo, InputsFollowTheCatalogueWithTheirMarks) {
@@ -101,7 +110,7 @@ TEST_F(Dialogo, InputsFollowTheCatalogueWithTheirMarks) {
   EXPECT_EQ(hijo<QLabel>(*f, "tituloMediosX(0)")->text(), "Dólares");
   EXPECT_EQ(hijo<QLineEdit>(*f, "txMediosX(0)")->property("Tag").toString(), "USD**");
   EXPECT_EQ(hijo<QLineEdit>(*f, "txMediosX(2)")->property("Tag").toString(), "ME");
-  EXPECT_EQ(f->findChild<QLineEdit*>("txMediosX(3)"), nullptr);  // posicion 0 is hidden
+  EXPECT_EQ(f->findChild<QLineEdit*>("txMediosX(9)"), nullptr);  // posicion 0 is hidden
   EXPECT_EQ(texto(*f, "lblTotal"), "116.00");
   EXPECT_EQ(texto(*f, "lblNetoUSD"), "3.22");
   EXPECT_EQ(texto(*f, "Label3"), "USD");
@@ -338,11 +347,6 @@ class DefinirVuelto : public ::testing::Test, protected test::ConFake {
   }
   CajaNumerica* caja(const char* nombre) { return dialogo.findChild<CajaNumerica*>(nombre); }
   QString restante() { return dialogo.findChild<QLabel*>("lblRestante")->text(); }
-  void teclear(const char* nombre, const char* teclas) {
-    caja(nombre)->setFocus();
-    caja(nombre)->selectAll();
-    QTest::keyClicks(caja(nombre), teclas);
-  }
 
   static DivisionVuelto sugerida(const CobroVarelta& cobro) {
     DivisionVuelto d(cobro, cur("81.1"), true);
@@ -364,23 +368,23 @@ TEST_F(DefinirVuelto, KeyboardSplitsTheChangeAndEnterAcceptsFromTheLastInput) {
   EXPECT_EQ(caja("txVueltoUSD")->valor(), cur("2"));  // the suggestion
   EXPECT_EQ(caja("txVueltoEFE")->valor(), cur("8.1"));
   EXPECT_EQ(restante(), "Bs. 0.00");
-  teclear("txVueltoEFE", "0");
+  teclear(dialogo, "txVueltoEFE", "0");
   QTest::keyClick(caja("txVueltoUSD"), Qt::Key_Space);
   EXPECT_EQ(caja("txVueltoUSD")->valor(), cur("2.22"));
   EXPECT_EQ(restante(), "Bs. 0.07");
-  teclear("txVueltoUSD", "0");
-  teclear("txVueltoEFE", "100");
+  teclear(dialogo, "txVueltoUSD", "0");
+  teclear(dialogo, "txVueltoEFE", "100");
   dialogo.findChild<QPushButton*>("cbAceptar")->click();
   EXPECT_EQ(entorno.util->mensajes,
             std::vector<std::string>{"El reparto excede el vuelto en Bs. 18.90"});
   EXPECT_TRUE(dialogo.isVisible());
   EXPECT_EQ(QApplication::focusWidget(), caja("txVueltoEFE"));
-  teclear("txVueltoEFE", "80");
+  teclear(dialogo, "txVueltoEFE", "80");
   QTest::keyClick(caja("txCredito"), Qt::Key_Space);
   EXPECT_EQ(caja("txCredito")->valor(), cur("1.1"));
-  teclear("txCredito", "0");
-  teclear("txVueltoUSD", "1");
-  teclear("txVueltoEFE", "4");
+  teclear(dialogo, "txCredito", "0");
+  teclear(dialogo, "txVueltoUSD", "1");
+  teclear(dialogo, "txVueltoEFE", "4");
   QTest::keyClick(caja("txVueltoEFE"), Qt::Key_Space);
   EXPECT_EQ(caja("txVueltoEFE")->valor(), cur("44.6"));
   EXPECT_EQ(restante(), "Bs. 0.00");
@@ -406,15 +410,10 @@ TEST_F(DefinirVuelto, EscapeCancels) {
   EXPECT_EQ(dialogo.result(), QDialog::Rejected);
 }
 
-class Detalle : public ::testing::Test, protected test::ConSqlite {
+class Detalle : public Dialogo {
  protected:
   void SetUp() override {
-    db->ExecuteSQL(
-        "INSERT INTO MediosPago (Codigo, Clase, Atributos, PorcentajeISLR, titulo, posicion) "
-        "VALUES "
-        "('TDC', 3, 32, 0, 'Tarjeta', 1), ('CHE', 1, 30, 0, 'Cheque', 2), "
-        "('ZEL', 7, 64, 36.5, 'Zelle', 3), ('VAL', 7, 0, 0, 'Vale', 4), "
-        "('BIL', 0, 1, 0, 'Billetes', 5)");
+    Dialogo::SetUp();
     db->ExecuteSQL(
         "INSERT INTO generalEmisores (TipoDocumento, CodigoEmisor) VALUES ('CHE', 'BANESCO')");
     db->SetVerificador([this](const std::string& m) {
@@ -422,7 +421,6 @@ class Detalle : public ::testing::Test, protected test::ConSqlite {
       return Variant(nivel);
     });
   }
-  void TearDown() override { EXPECT_EQ(QApplication::topLevelWidgets().count(), 0); }
 
   std::unique_ptr<frmDetallesMedio> abrir(const char* medio, bool conMonto = true) {
     linea = std::make_shared<CDetalleIngreso>();
@@ -654,24 +652,16 @@ int teclasPorDialogo() {
   return pedidas > 0 ? pedidas : 20000;
 }
 
-class Mono : public ::testing::Test, protected test::ConSqlite {
+class Mono : public Dialogo {
  protected:
   void SetUp() override {
-    db->ExecuteSQL(
-        "INSERT INTO MediosPago (Codigo, Clase, Atributos, PorcentajeISLR, titulo, posicion) "
-        "VALUES ('USD', 8, 1025, 0, 'Dólares', 1), ('EUR', 7, 1088, 39.8, 'Euros', 2), "
-        "('CHE', 1, 30, 0, 'Cheque', 3), ('TDC', 3, 36, 0, 'Tarjeta', 4), "
-        "('CER', 7, 64, 0, 'Factor cero', 5), ('IDX', 7, 512, 1.5, 'Indexado', 6)");
-    db->ExecuteSQL(
-        "INSERT INTO hostEmpresa (id, ContribuyenteEspecial, porcentajeIGTF456, TipoCambioCaja) "
-        "VALUES (1, ?, 3, 36.5)",
-        {Variant(true)});
+    Dialogo::SetUp();
     InicializarEntorno(db);
   }
 
   // Types `teclas` random keys into whatever window has the keyboard, opening
   // the dialog again with `abrir` whenever it has closed.
-  void teclear(const std::function<QWidget*()>& abrir, int teclas) {
+  void aporrear(const std::function<QWidget*()>& abrir, int teclas) {
     std::mt19937 azar(20261122);
     const auto mostrar = [&abrir] {
       QWidget* w = abrir();
@@ -739,14 +729,9 @@ class Mono : public ::testing::Test, protected test::ConSqlite {
   }
 
   // Every accepted collection: its lines add up to debits less credits.
-  virtual void alCerrar(QWidget*) {}
-};
-
-class MonoCobro : public Mono {
- protected:
-  void alCerrar(QWidget* dialogo) override {
-    auto* f = static_cast<frmVarelta*>(dialogo);
-    const auto mov = f->result() == QDialog::Accepted ? f->resultado() : nullptr;
+  void alCerrar(QWidget* dialogo) {
+    auto* f = qobject_cast<frmVarelta*>(dialogo);
+    const auto mov = f && f->result() == QDialog::Accepted ? f->resultado() : nullptr;
     if (!mov)
       return;
     ++aceptados;
@@ -760,13 +745,13 @@ class MonoCobro : public Mono {
 
 // Once with the change window, once with the change split by the cashier
 // (its own dialog, credit offered) in its place.
-TEST_F(MonoCobro, CollectionDialogSurvivesRandomKeys) {
-  entorno.settings->SaveSetting("ZOR", "frmVarelta", "AutoCierre", "1");
-  entorno.settings->SaveSetting("ZOR", "frmVarelta", "AcreditarVueltos", "1");
+TEST_F(Mono, CollectionDialogSurvivesRandomKeys) {
+  ajuste("AutoCierre", "1");
+  ajuste("AcreditarVueltos", "1");
   for (const char* dividido : {"0", "1"}) {
-    entorno.settings->SaveSetting("ZOR", "frmVarelta", "VueltoDetallado", dividido);
+    ajuste("VueltoDetallado", dividido);
     aceptados = 0;
-    teclear(
+    aporrear(
         [] {
           auto* f = new frmVarelta;
           f->preparar(cur("1250.5"), cur("200.08"), cur("50"));
@@ -778,7 +763,7 @@ TEST_F(MonoCobro, CollectionDialogSurvivesRandomKeys) {
 }
 
 TEST_F(Mono, DetailAndCatalogueDialogsSurviveRandomKeys) {
-  teclear(
+  aporrear(
       [] {
         auto linea = std::make_shared<CDetalleIngreso>();
         linea->medio = "USD";
@@ -787,7 +772,7 @@ TEST_F(Mono, DetailAndCatalogueDialogsSurviveRandomKeys) {
         return static_cast<QWidget*>(f);
       },
       teclasPorDialogo());
-  teclear([] { return static_cast<QWidget*>(new frmDefinirMedioPago); }, teclasPorDialogo());
+  aporrear([] { return static_cast<QWidget*>(new frmDefinirMedioPago); }, teclasPorDialogo());
 }
 
 }  // namespace

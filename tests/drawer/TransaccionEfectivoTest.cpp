@@ -229,8 +229,7 @@ TEST_P(TransaccionEnBase, SaldoLoadReadsNationalCashFirstThenEachMethodOfItsTill
   EXPECT_EQ(sinFila.detalles->Count(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Motores, TransaccionEnBase, ::testing::ValuesIn(test::motores()),
-                         test::nombreMotor);
+CAJA_EN_CADA_MOTOR(TransaccionEnBase);
 
 }  // namespace
 }  // namespace caja

@@ -284,7 +284,7 @@ TEST_P(Host, HostObjects) {
   EXPECT_EQ(numeroError([&] { db->CrearObjeto("Otro"); }), 429);
 }
 
-INSTANTIATE_TEST_SUITE_P(Motores, Host, ::testing::ValuesIn(test::motores()), test::nombreMotor);
+CAJA_EN_CADA_MOTOR(Host);
 
 class SoloSqlite : public ::testing::Test, protected test::ConBase {};
 

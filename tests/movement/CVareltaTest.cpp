@@ -46,12 +46,6 @@ class GuardarFake : public ::testing::Test, protected test::ConFake {
     mov->Save(3, "ANA", "FAC", 7, "CLI", "C1", "Venta", Fecha::fromYmd(2026, 11, 21), Variant(), "",
               "", igtf, tc);
   }
-  bool escribio() const {
-    for (const auto& l : fake->llamadas)
-      if (l.tipo == test::FakeFactoria::Tipo::Execute)
-        return true;
-    return false;
-  }
 
   std::shared_ptr<test::PosExtGrabadora> ext = std::make_shared<test::PosExtGrabadora>();
   std::shared_ptr<CVarelta> mov = std::make_shared<CVarelta>();
@@ -100,7 +94,8 @@ TEST_F(GuardarFake, MachineRateAndFailuresOfTheSave) {
   EXPECT_EQ(test::numeroError([&] { mov->commitTransEf(); }), 91);
   EXPECT_EQ(test::errorCompleto([&] { guardar(); }),
             "10002|cVarelta::Save|MachineID Invalido(DLL#8)");
-  EXPECT_FALSE(escribio());
+  EXPECT_EQ(fake->sqls(), (std::vector<std::string>{"SELECT MAX(TipoCambio) FROM parametrosEmpresa",
+                                                    kMaquina, kMaquinaCerrada}));
   fake->alLeer(kMaquinaCerrada, Variant(6));
   fake->alLeer(kMaquinaCerrada, Variant());
   guardar();
@@ -597,8 +592,7 @@ TEST_P(Movimiento, DetallesEnRegistroReadsUntilTheFirstBadLine) {
   EXPECT_EQ(lineas->Item(1)->medio, "CHE");
 }
 
-INSTANTIATE_TEST_SUITE_P(Motores, Movimiento, ::testing::ValuesIn(test::motores()),
-                         test::nombreMotor);
+CAJA_EN_CADA_MOTOR(Movimiento);
 
 }  // namespace
 }  // namespace caja

@@ -56,18 +56,18 @@ std::shared_ptr<Objeto> FakeFactoria::CrearObjeto(const std::string& clase) {
 }
 
 long FakeFactoria::ExecuteSQL(const std::string& sql, const Argumentos& args) {
-  llamadas.push_back({Tipo::Execute, sql, args});
+  llamadas.push_back({sql, args});
   return siguiente(ejecuciones_, sql, 1L);
 }
 
 Variant FakeFactoria::ReadScalar(const std::string& sql, const Argumentos& args) {
-  llamadas.push_back({Tipo::Scalar, sql, args});
+  llamadas.push_back({sql, args});
   return siguiente(escalares_, sql, Variant());
 }
 
 std::shared_ptr<caja::Recordset> FakeFactoria::openrecordset(const std::string& sql,
                                                              const Argumentos& args) {
-  llamadas.push_back({Tipo::Recordset, sql, args});
+  llamadas.push_back({sql, args});
   const Tabla t = siguiente(tablas_, sql, Tabla{});
   return std::make_shared<TablaRecordset>(t.columnas, t.filas);
 }

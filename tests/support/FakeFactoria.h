@@ -17,9 +17,7 @@ namespace caja::test {
 // script, so that tests can check SQL byte for byte.
 class FakeFactoria : public Factoria {
  public:
-  enum class Tipo { Execute, Scalar, Recordset };
   struct Llamada {
-    Tipo tipo;
     std::string sql;
     Argumentos args;
   };
@@ -55,9 +53,9 @@ class FakeFactoria : public Factoria {
   std::shared_ptr<Objeto> loadFileIcon(const std::string& archivo) override;
   double TipoCambioCaja() override { return tipoCambioCaja; }
   std::shared_ptr<caja::TemaUI> TemaUI() override { return tema; }
-  void BeginTrans() override { llamadas.push_back({Tipo::Execute, "BEGIN", {}}); }
-  void CommitTrans() override { llamadas.push_back({Tipo::Execute, "COMMIT", {}}); }
-  void Rollback() override { llamadas.push_back({Tipo::Execute, "ROLLBACK", {}}); }
+  void BeginTrans() override { llamadas.push_back({"BEGIN", {}}); }
+  void CommitTrans() override { llamadas.push_back({"COMMIT", {}}); }
+  void Rollback() override { llamadas.push_back({"ROLLBACK", {}}); }
 
   std::shared_ptr<caja::TemaUI> tema = std::make_shared<caja::TemaUI>();
 

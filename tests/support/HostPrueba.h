@@ -81,11 +81,9 @@ class ConBase {
  public:
   EntornoPrueba entorno{db};
 };
-using ConSqlite = ConBase;
 
 // A test run once per database: TEST_P on a fixture derived from this, and
-// INSTANTIATE_TEST_SUITE_P(Motores, Fixture, ::testing::ValuesIn(test::motores()),
-// test::nombreMotor).
+// CAJA_EN_CADA_MOTOR(Fixture) once after them.
 class PorMotor : public ::testing::TestWithParam<Motor>, protected ConBase {
  protected:
   PorMotor() : ConBase(GetParam()) {}
@@ -99,3 +97,7 @@ class PorMotor : public ::testing::TestWithParam<Motor>, protected ConBase {
 };
 
 }  // namespace caja::test
+
+#define CAJA_EN_CADA_MOTOR(Fixture)                                                      \
+  INSTANTIATE_TEST_SUITE_P(Motores, Fixture, ::testing::ValuesIn(caja::test::motores()), \
+                           caja::test::nombreMotor)
