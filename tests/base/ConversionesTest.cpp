@@ -55,7 +55,7 @@ TEST(CCur, RoundsTheFifthDecimalHalfToEvenAndOverflowRaisesSix) {
   EXPECT_EQ(CCur(Variant("922337203685477.58065")), cur("922337203685477.5806"));
 }
 
-TEST(CDblAndCBool, TextForms) {
+TEST(CDblCBoolAndCStr, HostLanguageTextForms) {
   EXPECT_EQ(CDbl(Variant("1.5e3")), 1500.0);
   EXPECT_EQ(CDbl(Variant(" -2.25 ")), -2.25);
   EXPECT_EQ(numeroError([] { CDbl(Variant("1e400")); }), 6);
@@ -66,9 +66,6 @@ TEST(CDblAndCBool, TextForms) {
   EXPECT_FALSE(CBool(Variant()));
   EXPECT_EQ(numeroError([] { CBool(Variant("abc")); }), 13);
   EXPECT_EQ(numeroError([] { CBool(Variant::Null()); }), 94);
-}
-
-TEST(CStr, HostLanguageTextForms) {
   EXPECT_EQ(CStr(Variant(cur("1234.50"))), "1234.5");
   EXPECT_EQ(CStr(Variant(0.1 + 0.2)), "0.3");
   EXPECT_EQ(CStr(Variant(1e20)), "1E+20");

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "caja/base/Conversiones.h"
-#include "tests/support/Dobles.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {
@@ -48,7 +47,7 @@ TEST_F(MedioPagoFake, LoadQuotesTheCodeAndReadsEveryColumn) {
   EXPECT_EQ(numeroError([&] { m.load("NUL"); }), 94);
 }
 
-TEST_F(MedioPagoFake, ActualizarDescriptivosInsertsOnlyWhenTheUpdateTouchedNothing) {
+TEST_F(MedioPagoFake, ActualizarInsertsOnlyWhenTheUpdateTouchedNothingEliminarOnlyUnused) {
   const std::string update =
       "UPDATE MediosPago SET Descripcion = ?, Atributos = ?, PorcentajeRetencionEmisor = ?, "
       "PorcentajeISLR = ?, CuentaActivo = ?, CuentaComisiones = ?, BancoRelacionado = ?, Clase = "
@@ -79,12 +78,10 @@ TEST_F(MedioPagoFake, ActualizarDescriptivosInsertsOnlyWhenTheUpdateTouchedNothi
   m.ActualizarDescriptivos("TDC", "", 0, 0, 0, "", "", "", 0, "", "", 0, false);
   EXPECT_EQ(fake->llamadas.size(), 2u);
   EXPECT_EQ(fake->llamadas[0].args[11], Variant(std::int16_t{0}));
-}
 
-TEST_F(MedioPagoFake, EliminarRefusesAMethodInUse) {
+  fake->llamadas.clear();  // a method in use is never deleted
   const std::string contar = "SELECT COUNT(*) FROM DetallesVarelta WHERE Medio = 'CHE'";
   fake->alLeer(contar, Variant(2));
-  CMedioPago m;
   EXPECT_EQ(test::errorCompleto([&] { m.Eliminar("CHE"); }),
             "10001|CMedioPago::Eliminar|Hay movimientos con el medio seleccionado: eliminacion "
             "no permitida");

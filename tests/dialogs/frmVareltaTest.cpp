@@ -26,7 +26,6 @@
 #include "caja/dialogs/frmShowVuelto.h"
 #include "caja/dialogs/modelo/CobroVarelta.h"
 #include "caja/service/CServiciosCaja.h"
-#include "caja/service/General.h"
 #include "caja/uisupport/CajaNumerica.h"
 #include "caja/uisupport/clsComboWidth.h"
 #include "tests/support/HostPrueba.h"
@@ -304,7 +303,7 @@ TEST_F(Dialogo, ChangeWindowIsNotShownForNothingAndItsTimerFollowsTheLock) {
   EXPECT_TRUE(activo);
 }
 
-TEST_F(Dialogo, FacadeRoundsOpensTheDialogAndReturnsNothingOnCancel) {
+TEST_F(Dialogo, FacadeRoundsOpensTheDialogReturnsNothingOnCancelAndQtSpeaksSpanish) {
   instalarDialogosQt();
   CServiciosCaja servicios;
   servicios.Init(Variant(), db);
@@ -319,11 +318,7 @@ TEST_F(Dialogo, FacadeRoundsOpensTheDialogAndReturnsNothingOnCancel) {
             nullptr);
   EXPECT_EQ(titulo, "Factura 7");
   EXPECT_EQ(compra, "100.01");
-}
-
-// Installing the dialogs brings Qt's own Spanish texts to its message boxes.
-TEST(Dialogos, QtsStandardButtonsSpeakSpanish) {
-  instalarDialogosQt();
+  // Installing the dialogs brings Qt's own Spanish texts to its message boxes.
   QMessageBox caja;
   caja.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel | QMessageBox::Yes |
                           QMessageBox::No);

@@ -7,9 +7,6 @@
 #include "caja/base/Conversiones.h"
 #include "caja/host/DialectoSql.h"
 #include "caja/host/IniSettingsStore.h"
-#include "caja/host/PostgresFactoria.h"
-#include "caja/host/SqliteFactoria.h"
-#include "tests/support/Ayudas.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

@@ -6,7 +6,6 @@
 #include "caja/movement/TempVarelta.h"
 #include "caja/service/CServiciosCaja.h"
 #include "caja/service/TransaccionHost.h"
-#include "tests/support/Dobles.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {

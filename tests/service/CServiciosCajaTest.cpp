@@ -2,11 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "caja/service/General.h"
-#include "caja/service/Settings.h"
-#include "tests/support/Ayudas.h"
-#include "tests/support/Dobles.h"
-#include "tests/support/FakeFactoria.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {
@@ -93,7 +88,10 @@ TEST_F(General, ServiciosTitlesRoundsAndRelaysTheTaxChange) {
   EXPECT_TRUE(dialogos->cancelado);
 }
 
-TEST_F(General, InitKeepsTheCompanyFormatOrFallsBack) {
+// Init keeps the company's foreign format or falls back. Nothing before Init;
+// a till rate of 0 reads as 1; IGTF applies only to special taxpayers (Null
+// is not one, and an unreadable percentage is 0).
+TEST_F(General, InitTillRateAndIgtfPercentage) {
   empresa(Variant(true), 3.0);
   InicializarEntorno(fake);
   EXPECT_EQ(gFormatoMEX, "US$ #,##0.00");
@@ -102,11 +100,7 @@ TEST_F(General, InitKeepsTheCompanyFormatOrFallsBack) {
   fake->objetos.clear();
   InicializarEntorno(fake);
   EXPECT_EQ(gFormatoMEX, "$#,##0.00");
-}
 
-// Nothing before Init; a till rate of 0 reads as 1; IGTF applies only to
-// special taxpayers (Null is not one, and an unreadable percentage is 0).
-TEST_F(General, TillRateAndIgtfPercentage) {
   gFactoria.reset();
   EXPECT_EQ(test::numeroError([] { ObtenerTipoCambioCaja(); }), 91);
   InicializarEntorno(fake);

@@ -8,7 +8,6 @@
 #include <stdexcept>
 
 #include "caja/base/Conversiones.h"
-#include "caja/host/PostgresFactoria.h"
 #include "caja/service/DialogosCaja.h"
 
 namespace caja::test {

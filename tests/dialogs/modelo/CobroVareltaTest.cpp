@@ -4,8 +4,6 @@
 
 #include "caja/dialogs/modelo/DetalleMedio.h"
 #include "caja/dialogs/modelo/DivisionVuelto.h"
-#include "caja/service/Settings.h"
-#include "tests/support/Dobles.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja {
@@ -328,16 +326,12 @@ TEST_F(DetalleModelo, AcceptanceKeepsTheFieldsTheMethodDoesNotOpenAndBounds) {
   EXPECT_EQ(DetalleMedio::ValidateCell(1, cur("0")), "Por favor, indique una cantidad positiva");
 }
 
-// The change of test::cobroConVuelto() split.
-class DivisionVueltoTest : public ::testing::Test, protected test::ConFake {
- protected:
-  DivisionVuelto division() { return DivisionVuelto(cobro, cur("81.1"), false); }
-  CobroVarelta cobro = test::cobroConVuelto();
-};
-
-// Whole dollars at the drawer's rate, the rest in bolívares rounded to the
-// change step; a step of 0.50 leaves 0.10 unsplit, within half a step.
-TEST_F(DivisionVueltoTest, SuggestionIsWholeForeignNotesAndTheRestRounded) {
+// The change of test::cobroConVuelto() split: whole dollars at the drawer's
+// rate, the rest in bolívares rounded to the change step; a step of 0.50
+// leaves 0.10 unsplit, within half a step.
+TEST_F(Cobro, DivisionSuggestsWholeForeignNotesAndTheRestRounded) {
+  const CobroVarelta cobro = test::cobroConVuelto();
+  const auto division = [&cobro] { return DivisionVuelto(cobro, cur("81.1"), false); };
   struct Caso {
     const char* paso;
     const char* efectivo;
@@ -359,7 +353,8 @@ TEST_F(DivisionVueltoTest, SuggestionIsWholeForeignNotesAndTheRestRounded) {
   EXPECT_FALSE(d.indiceDe("TDC"));
 }
 
-TEST_F(DivisionVueltoTest, ValidationNamesTheFieldAtFault) {
+TEST_F(Cobro, DivisionValidationNamesTheFieldAtFault) {
+  const CobroVarelta cobro = test::cobroConVuelto();
   struct Caso {
     const char* efectivo;
     const char* dolares;
@@ -373,7 +368,7 @@ TEST_F(DivisionVueltoTest, ValidationNamesTheFieldAtFault) {
   };
   for (const Caso& c : casos) {
     SCOPED_TRACE(c.mensaje);
-    auto d = division();
+    DivisionVuelto d(cobro, cur("81.1"), false);
     d.entradas[0].nominal = cur(c.efectivo);
     d.entradas[1].nominal = cur(c.dolares);
     const auto rechazo = d.validar();
