@@ -10,11 +10,7 @@ namespace {
 
 using test::numeroError;
 
-const std::vector<std::string> kColumnas = {
-    "Codigo",         "descripcion",  "Atributos",        "PorcentajeRetencionEmisor",
-    "PorcentajeISLR", "CuentaActivo", "CuentaComisiones", "BancoRelacionado",
-    "Clase",          "titulo",       "textoAyuda",       "isMedioElectronico",
-    "posicion"};
+const std::vector<std::string>& kColumnas = test::FakeFactoria::kColumnasMedio;
 
 TablaRecordset::Fila filaUSD() {
   return test::valores("USD", "Dolares", 64 | 1024, 0.0, 36.5, "1101", "", "", 8, "Dólares",

@@ -27,11 +27,14 @@ void FakeFactoria::alAbrir(const std::string& sql, std::vector<std::string> colu
   tablas_[sql].push_back({std::move(columnas), std::move(filas)});
 }
 
+const std::vector<std::string> FakeFactoria::kColumnasMedio = {
+    "Codigo",         "descripcion",  "Atributos",        "PorcentajeRetencionEmisor",
+    "PorcentajeISLR", "CuentaActivo", "CuentaComisiones", "BancoRelacionado",
+    "Clase",          "titulo",       "textoAyuda",       "isMedioElectronico",
+    "posicion"};
+
 void FakeFactoria::alCargarMedio(const std::string& codigo, int clase, int atributos, double islr) {
-  alAbrir("SELECT * FROM MediosPago WHERE Codigo = '" + codigo + "'",
-          {"Codigo", "descripcion", "Atributos", "PorcentajeRetencionEmisor", "PorcentajeISLR",
-           "CuentaActivo", "CuentaComisiones", "BancoRelacionado", "Clase", "titulo", "textoAyuda",
-           "isMedioElectronico", "posicion"},
+  alAbrir("SELECT * FROM MediosPago WHERE Codigo = '" + codigo + "'", kColumnasMedio,
           {{Variant(codigo), Variant(""), Variant(atributos), Variant(0.0), Variant(islr),
             Variant(""), Variant(""), Variant(""), Variant(clase), Variant(""), Variant(""),
             Variant(0), Variant(1)}});

@@ -33,7 +33,9 @@ class FakeFactoria : public Factoria {
   void alAbrir(const std::string& sql, std::vector<std::string> columnas,
                std::vector<TablaRecordset::Fila> filas);
   void alEjecutar(const std::string& sql, long filasAfectadas);
-  // The catalogue row `CMedioPago::load` reads for `codigo`; the rest blank.
+  // The catalogue row `CMedioPago::load` reads for `codigo` (its columns:
+  // kColumnasMedio); the rest blank.
+  static const std::vector<std::string> kColumnasMedio;
   void alCargarMedio(const std::string& codigo, int clase, int atributos, double islr = 0.0);
 
   // The SQL texts in the order they were issued.
