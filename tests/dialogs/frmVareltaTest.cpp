@@ -59,9 +59,10 @@ void teclear(QWidget& f, const char* caja, const char* teclas) {
 }
 
 // A catalogue with a method of each kind the dialogs treat apart: foreign
-// cash with denominations, a card, foreign transfers, a hidden one, a cheque
-// with every field, one without fields, national notes, a zero factor and an
-// indexed one.
+// cash subject to IGTF and counted by denominations, a card with an
+// authorisation key, foreign transfers, a hidden one, a cheque with account,
+// number, issuer and holder, one without particulars, national notes, euros
+// subject to IGTF, a zero factor and an indexed one.
 class Dialogo : public ::testing::Test, protected test::ConBase {
  protected:
   void SetUp() override {
@@ -113,7 +114,7 @@ TEST_F(Dialogo, InputsFollowTheCatalogueWithTheirMarks) {
   EXPECT_EQ(texto(*f, "lblTotal"), "116.00");
   EXPECT_EQ(texto(*f, "lblNetoUSD"), "3.22");
   EXPECT_EQ(texto(*f, "Label3"), "USD");
-  EXPECT_EQ(f->height(), 8040 / 15);  // grows past nine inputs
+  EXPECT_EQ(f->height(), 8040 / 15);  // nine inputs; each one more adds to the height
   EXPECT_EQ(frmVarelta::altoFormulario(10), 8505);
   EXPECT_EQ(frmVarelta::altoFormulario(15), 10830);
   EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(),
