@@ -128,6 +128,28 @@ std::string crearTabla(const Tabla& tabla, const Dialecto& dialecto, std::string
   return r + "\n)";
 }
 
+std::string crearVistaDecimal(const Tabla& tabla) {
+  std::string columnas;
+  bool conDinero = false;
+  for (const Columna& c : tabla.columnas) {
+    const std::string nombre(c.nombre);
+    columnas += columnas.empty() ? "" : ", ";
+    if (c.tipo != TipoColumna::Dinero) {
+      columnas += nombre;
+      continue;
+    }
+    conDinero = true;
+    // '||' binds tighter than '/' and '%' in SQLite: each part is parenthesised.
+    columnas += "(CASE WHEN " + nombre + " < 0 THEN '-' ELSE '' END || (abs(" + nombre +
+                ") / 10000) || '.' || substr('000' || (abs(" + nombre + ") % 10000), -4)) AS " +
+                nombre;
+  }
+  if (!conDinero)
+    return {};
+  const std::string t(tabla.nombre);
+  return "CREATE VIEW IF NOT EXISTS v_" + t + " AS SELECT " + columnas + " FROM " + t;
+}
+
 std::string crearIndice(const Indice& indice) {
   return "CREATE INDEX IF NOT EXISTS " + std::string(indice.nombre) + " ON " +
          std::string(indice.tabla) + " (" + std::string(indice.columnas) + ")";

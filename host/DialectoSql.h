@@ -73,6 +73,12 @@ std::string traducirSql(std::string_view sql, const Dialecto& dialecto, int& mar
 // table's own when empty).
 std::string crearTabla(const Tabla& tabla, const Dialecto& dialecto, std::string_view nombre = {});
 std::string crearIndice(const Indice& indice);
+// For a table with money columns on the embedded file: a view "v_<table>"
+// with every column of the table, the amounts as exact decimal text
+// ("116.5000"), written with SQLite's own functions so that any reader of the
+// file (the sqlite3 tool, a report program) gets them. Empty for a table
+// without money.
+std::string crearVistaDecimal(const Tabla& tabla);
 
 // The schema both hosts create: every table of the component and of the
 // substitute host, in an order where each table comes after those it

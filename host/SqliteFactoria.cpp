@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <memory>
 
@@ -10,6 +11,7 @@
 #include "caja/base/Conversiones.h"
 #include "caja/base/Texto.h"
 #include "caja/host/DialectoSql.h"
+#include "caja/host/DineroSqlite.h"
 #include "caja/service/TablaRecordset.h"
 
 namespace caja {
@@ -78,6 +80,87 @@ void fnDiezmilesimas(sqlite3_context* ctx, int, sqlite3_value** argv) {
   }
 }
 
+// 2^63: the first double past the ten-thousandths an int64 holds.
+constexpr double kFueraDeRango = 9223372036854775808.0;
+
+bool enRango(double diezmilesimas) {
+  return std::isfinite(diezmilesimas) && diezmilesimas > -kFueraDeRango &&
+         diezmilesimas < kFueraDeRango;
+}
+
+// An amount computed in floating point (a quotient, an average, TOTAL) in
+// ten-thousandths, read as the server's numeric is: halves to even.
+Currency monedaDeReal(double diezmilesimas) {
+  const double entero = std::nearbyint(diezmilesimas);
+  if (!enRango(entero))
+    throw errorFueraDeRango(kFuente, {});
+  return Currency::fromRaw(static_cast<std::int64_t>(entero));
+}
+
+// caja_entero(x): an amount about to be stored, in whole ten-thousandths,
+// halves away from zero as NUMERIC(19, 4) rounds them. Out of range it stays
+// REAL and the column's check refuses it.
+void fnEntero(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  const double x = sqlite3_value_double(argv[0]);
+  if (sqlite3_value_type(argv[0]) == SQLITE_FLOAT && enRango(std::round(x)))
+    sqlite3_result_int64(ctx, std::llround(x));
+  else
+    sqlite3_result_value(ctx, argv[0]);
+}
+
+Currency monedaDeValor(sqlite3_value* v) {
+  if (sqlite3_value_type(v) == SQLITE_INTEGER)
+    return Currency::fromRaw(sqlite3_value_int64(v));
+  return monedaDeReal(sqlite3_value_double(v));
+}
+
+// caja_redondear(x, n): ROUND of an amount to n decimals, halves away from zero.
+void fnRedondear(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
+    sqlite3_result_null(ctx);
+    return;
+  }
+  try {
+    const std::int64_t raw = monedaDeValor(argv[0]).raw();
+    const long long decimales = sqlite3_value_int64(argv[1]);
+    if (decimales >= 4) {
+      sqlite3_result_int64(ctx, raw);
+      return;
+    }
+    std::int64_t paso = 1;
+    for (long long d = decimales; d < 4 && paso <= std::numeric_limits<std::int64_t>::max() / 10;
+         ++d)
+      paso *= 10;
+    const std::int64_t resto = raw % paso;
+    std::int64_t r = raw - resto;
+    if (2 * (resto < 0 ? -resto : resto) >= paso) {
+      const std::int64_t hacia = resto < 0 ? -paso : paso;
+      if (__builtin_add_overflow(r, hacia, &r))
+        throw errorFueraDeRango(kFuente, {});
+    }
+    sqlite3_result_int64(ctx, r);
+  } catch (const CajaError& e) {
+    sqlite3_result_error(ctx, e.description().c_str(), -1);
+  }
+}
+
+// caja_texto(x): an amount as exact decimal text with four places.
+void fnTexto(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
+    sqlite3_result_null(ctx);
+    return;
+  }
+  try {
+    std::string texto = monedaDeValor(argv[0]).toMachineText();
+    const auto punto = texto.find('.');
+    texto +=
+        punto == std::string::npos ? ".0000" : std::string(4 - (texto.size() - punto - 1), '0');
+    sqlite3_result_text(ctx, texto.c_str(), static_cast<int>(texto.size()), SQLITE_TRANSIENT);
+  } catch (const CajaError& e) {
+    sqlite3_result_error(ctx, e.description().c_str(), -1);
+  }
+}
+
 std::string tipoDeclarado(sqlite3_stmt* st, int i) {
   const char* d = sqlite3_column_decltype(st, i);
   return d ? upperAscii(d) : std::string{};
@@ -95,13 +178,17 @@ Variant valorSegunAlmacen(sqlite3_stmt* st, int i) {
   }
 }
 
-// A column as the host's data layer would type it, from its declared type.
-Variant leerColumna(sqlite3_stmt* st, int i) {
-  if (sqlite3_column_type(st, i) == SQLITE_NULL)
+// A column as the host's data layer would type it: from its declared type,
+// or as an amount where the statement computes one.
+Variant leerColumna(sqlite3_stmt* st, int i, bool esDinero) {
+  const int almacen = sqlite3_column_type(st, i);
+  if (almacen == SQLITE_NULL)
     return Variant::Null();
   const std::string tipo = tipoDeclarado(st, i);
-  if (tipo == "MONEY" && sqlite3_column_type(st, i) == SQLITE_INTEGER)
+  if ((esDinero || tipo == "MONEY") && almacen == SQLITE_INTEGER)
     return Variant(Currency::fromRaw(sqlite3_column_int64(st, i)));
+  if (esDinero && almacen == SQLITE_FLOAT)
+    return Variant(monedaDeReal(sqlite3_column_double(st, i)));
   const Variant crudo = valorSegunAlmacen(st, i);
   if (tipo == "BIT")
     return Variant(CBool(crudo));
@@ -125,8 +212,7 @@ Variant leerColumna(sqlite3_stmt* st, int i) {
 class SqliteFactoria::Sentencia {
  public:
   Sentencia(SqliteFactoria& host, const std::string& sql, const Argumentos& args)
-      : host_(host), sql_(sql), args_(args) {
-    st_ = host_.tomarPreparada(sql);
+      : host_(host), sql_(sql), args_(args), p_(host_.tomarPreparada(sql)), st_(p_.st) {
     const int enSentencia = sqlite3_bind_parameter_count(st_);
     try {
       if (static_cast<std::size_t>(enSentencia) > args.size()) {
@@ -136,11 +222,11 @@ class SqliteFactoria::Sentencia {
       for (int i = 0; i < enSentencia; ++i)
         enlazar(i + 1, args[static_cast<std::size_t>(i)]);
     } catch (...) {
-      host_.devolverPreparada(sql_, st_);
+      host_.devolverPreparada(sql_, std::move(p_));
       throw;
     }
   }
-  ~Sentencia() { host_.devolverPreparada(sql_, st_); }
+  ~Sentencia() { host_.devolverPreparada(sql_, std::move(p_)); }
   Sentencia(const Sentencia&) = delete;
   Sentencia& operator=(const Sentencia&) = delete;
 
@@ -153,10 +239,26 @@ class SqliteFactoria::Sentencia {
     return false;
   }
   sqlite3_stmt* st() const { return st_; }
+  Variant columna(int i) const {
+    return leerColumna(st_, i, esColumnaDinero(p_.tipos, i, sqlite3_column_count(st_)));
+  }
 
  private:
+  bool marcaDinero(int i) const {
+    const auto& marcas = p_.tipos.marcasDinero;
+    return static_cast<std::size_t>(i) < marcas.size() && marcas[static_cast<std::size_t>(i)];
+  }
+
+  // A value the statement meets an amount with is bound in ten-thousandths;
+  // an amount anywhere else goes as its exact decimal text.
   void enlazar(int i, const Variant& v) {
     int rc = SQLITE_OK;
+    if (marcaDinero(i - 1) && !v.isEmpty() && !v.isNull()) {
+      rc = sqlite3_bind_int64(st_, i, CCur(v).raw());
+      if (rc != SQLITE_OK)
+        host_.fallar();
+      return;
+    }
     switch (v.type()) {
       case VarType::Empty:
       case VarType::Null:
@@ -174,9 +276,12 @@ class SqliteFactoria::Sentencia {
       case VarType::Double:
         rc = sqlite3_bind_double(st_, i, v.asDouble());
         break;
-      case VarType::Currency:
-        rc = sqlite3_bind_int64(st_, i, v.asCurrency().raw());
+      case VarType::Currency: {
+        const std::string texto = v.asCurrency().toMachineText();
+        rc = sqlite3_bind_text(st_, i, texto.c_str(), static_cast<int>(texto.size()),
+                               SQLITE_TRANSIENT);
         break;
+      }
       case VarType::Date: {
         const std::string texto = v.asDate().toIsoText();
         rc = sqlite3_bind_text(st_, i, texto.c_str(), static_cast<int>(texto.size()),
@@ -197,21 +302,23 @@ class SqliteFactoria::Sentencia {
   SqliteFactoria& host_;
   const std::string& sql_;
   const Argumentos& args_;
-  sqlite3_stmt* st_ = nullptr;
+  Preparada p_;
+  sqlite3_stmt* st_;
 };
 
 // Kept by the component's own text, so that a statement met again is neither
-// translated nor prepared again.
-sqlite3_stmt* SqliteFactoria::tomarPreparada(const std::string& sql) {
+// translated, typed nor prepared again.
+SqliteFactoria::Preparada SqliteFactoria::tomarPreparada(const std::string& sql) {
   if (const auto it = preparadas_.find(sql); it != preparadas_.end()) {
-    sqlite3_stmt* st = it->second;
+    Preparada p = std::move(it->second);
     preparadas_.erase(it);
-    return st;
+    return p;
   }
   int marcas = 0;
-  const std::string texto = traducirSql(sql, kDialectoSqlite, marcas);
+  Preparada p{nullptr, tiparDinero(traducirSql(sql, kDialectoSqlite, marcas))};
+  const std::string& texto = p.tipos.sql;
   const char* resto = nullptr;
-  sqlite3_stmt* st = nullptr;
+  sqlite3_stmt*& st = p.st;
   const int rc =
       sqlite3_prepare_v2(db_, texto.c_str(), static_cast<int>(texto.size()), &st, &resto);
   if (rc != SQLITE_OK) {
@@ -222,23 +329,24 @@ sqlite3_stmt* SqliteFactoria::tomarPreparada(const std::string& sql) {
     sqlite3_finalize(st);
     throw CajaError(kErrorBaseDatos, kFuente, "Solo se admite una sentencia por llamada");
   }
-  return st;
+  return p;
 }
 
 // Statements with spliced values differ in text each time; past a bound the
 // cache starts afresh rather than grow without end.
-void SqliteFactoria::devolverPreparada(const std::string& sql, sqlite3_stmt* st) {
-  sqlite3_reset(st);
-  sqlite3_clear_bindings(st);
+void SqliteFactoria::devolverPreparada(const std::string& sql, Preparada p) {
+  sqlite3_reset(p.st);
+  sqlite3_clear_bindings(p.st);
   if (preparadas_.size() >= kMaximoPreparadas)
     vaciarPreparadas();
-  if (!preparadas_.emplace(sql, st).second)
+  sqlite3_stmt* st = p.st;
+  if (!preparadas_.emplace(sql, std::move(p)).second)
     sqlite3_finalize(st);
 }
 
 void SqliteFactoria::vaciarPreparadas() {
-  for (const auto& [texto, st] : preparadas_)
-    sqlite3_finalize(st);
+  for (const auto& [texto, p] : preparadas_)
+    sqlite3_finalize(p.st);
   preparadas_.clear();
 }
 
@@ -262,8 +370,12 @@ void SqliteFactoria::abrir(const std::string& archivo) {
                           nullptr);
   sqlite3_create_function(db_, "ident_current", 1, flags, &identidades_, fnIdentCurrent, nullptr,
                           nullptr);
-  sqlite3_create_function(db_, "caja_diezmilesimas", 1, flags | SQLITE_DETERMINISTIC, nullptr,
-                          fnDiezmilesimas, nullptr, nullptr);
+  const int puras = flags | SQLITE_DETERMINISTIC;
+  sqlite3_create_function(db_, "caja_diezmilesimas", 1, puras, nullptr, fnDiezmilesimas, nullptr,
+                          nullptr);
+  sqlite3_create_function(db_, "caja_entero", 1, puras, nullptr, fnEntero, nullptr, nullptr);
+  sqlite3_create_function(db_, "caja_redondear", 2, puras, nullptr, fnRedondear, nullptr, nullptr);
+  sqlite3_create_function(db_, "caja_texto", 1, puras, nullptr, fnTexto, nullptr, nullptr);
   sqlite3_update_hook(db_, anotarIdentidad, &identidades_);
   try {
     ejecutarGuion("PRAGMA journal_mode = WAL; PRAGMA foreign_keys = ON;");
@@ -284,8 +396,9 @@ void SqliteFactoria::ejecutarGuion(const std::string& sql) {
 
 // Creates the schema, or brings an older one up to date, once: the version
 // is read again under the write lock, so that tills opening the file together
-// do the work only once. Version 0 kept money as floating point; version 1
-// lacked the host program's own tables, which creating the schema adds.
+// do the work only once. Version 0 kept money as floating point; versions 1
+// and 2 lacked the host program's own tables and the decimal views, which
+// creating the schema adds.
 void SqliteFactoria::prepararEsquema() {
   if (CLng(ReadScalar("PRAGMA user_version")) == kVersionEsquema)
     return;
@@ -317,6 +430,9 @@ void SqliteFactoria::crearEsquema() {
     ejecutarGuion(crearTabla(t, kDialectoSqlite));
   for (const Indice& i : indicesEsquema())
     ejecutarGuion(crearIndice(i));
+  for (const Tabla& t : tablasEsquema())
+    if (const std::string vista = crearVistaDecimal(t); !vista.empty())
+      ejecutarGuion(vista);
 }
 
 // Schema version 0 kept money as floating point. Each of its tables is
@@ -376,7 +492,7 @@ Variant SqliteFactoria::ReadScalar(const std::string& sql, const Argumentos& arg
   Sentencia s(*this, sql, args);
   if (!s.paso())
     return Variant();
-  return leerColumna(s.st(), 0);
+  return s.columna(0);
 }
 
 std::shared_ptr<Recordset> SqliteFactoria::openrecordset(const std::string& sql,
@@ -390,16 +506,10 @@ std::shared_ptr<Recordset> SqliteFactoria::openrecordset(const std::string& sql,
   while (s.paso()) {
     TablaRecordset::Fila fila;
     for (int i = 0; i < n; ++i)
-      fila.push_back(leerColumna(s.st(), i));
+      fila.push_back(s.columna(i));
     filas.push_back(std::move(fila));
   }
   return std::make_shared<TablaRecordset>(std::move(columnas), std::move(filas));
-}
-
-std::string SqliteFactoria::NumeroDB(const Variant& numero) {
-  if (numero.type() == VarType::Currency)
-    return std::to_string(numero.asCurrency().raw());
-  return HostSql::NumeroDB(numero);
 }
 
 void SqliteFactoria::BeginTrans() {

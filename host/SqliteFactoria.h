@@ -5,6 +5,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "caja/host/DineroSqlite.h"
 #include "caja/host/HostSql.h"
 
 struct sqlite3;
@@ -15,18 +16,22 @@ namespace caja {
 // The embedded host: one SQLite file (WAL journal, foreign keys on) with the
 // whole schema created on first open. The component's SQL Server dialect is
 // kept as written: getdate(), scope_identity() and IDENT_CURRENT('T') are
-// functions registered on the connection, and the token @@IDENTITY is the only
-// text rewritten. Identities are always this connection's own. Values are bound
-// to '?' in order; surplus values are ignored.
+// functions registered on the connection, and @@IDENTITY is mapped to the
+// connection's last rowid. Identities are always this connection's own. Values
+// are bound to '?' in order; surplus values are ignored.
 //
 // Money is stored as integer ten-thousandths: bound from Currency and read
 // back into it without a double, and a check on every money column refuses a
-// value (or a sum) outside the currency range. A file written with money as
-// floating point (schema version 0) is converted once, on open.
+// value (or a sum) outside the currency range. Every statement is typed for
+// amounts first (see tiparDinero), so that SQL written by hand reads and
+// compares amounts as the server database does. Outside readers of the file
+// have a view per table with amounts as decimal text ("v_<table>"). A file
+// written with money as floating point (schema version 0) is converted once,
+// on open.
 class SqliteFactoria : public HostSql {
  public:
   // Schema version kept in PRAGMA user_version.
-  static constexpr int kVersionEsquema = 2;
+  static constexpr int kVersionEsquema = 3;
 
   // Opens or creates the file; raises kErrorBaseDatos when it cannot.
   static std::shared_ptr<SqliteFactoria> Abrir(const std::string& archivo);
@@ -38,8 +43,6 @@ class SqliteFactoria : public HostSql {
   Variant ReadScalar(const std::string& sql, const Argumentos& args = {}) override;
   std::shared_ptr<Recordset> openrecordset(const std::string& sql,
                                            const Argumentos& args = {}) override;
-  // Currency is spliced in the stored form, ten-thousandths.
-  std::string NumeroDB(const Variant& numero) override;
   // BEGIN IMMEDIATE: a till that wants to write waits for the others up front
   // rather than failing half-way through its save.
   void BeginTrans() override;
@@ -49,9 +52,13 @@ class SqliteFactoria : public HostSql {
  private:
   SqliteFactoria() = default;
   class Sentencia;
+  struct Preparada {
+    sqlite3_stmt* st;
+    SentenciaTipada tipos;
+  };
   static constexpr std::size_t kMaximoPreparadas = 128;
-  sqlite3_stmt* tomarPreparada(const std::string& sql);
-  void devolverPreparada(const std::string& sql, sqlite3_stmt* st);
+  Preparada tomarPreparada(const std::string& sql);
+  void devolverPreparada(const std::string& sql, Preparada p);
   void vaciarPreparadas();
   void abrir(const std::string& archivo);
   void prepararEsquema();
@@ -62,7 +69,7 @@ class SqliteFactoria : public HostSql {
 
   sqlite3* db_ = nullptr;
   // Prepared statements not in use, by the component's text of them.
-  std::unordered_map<std::string, sqlite3_stmt*> preparadas_;
+  std::unordered_map<std::string, Preparada> preparadas_;
   // The last identity this connection handed out per table (lower case).
   std::map<std::string, long long> identidades_;
 };

@@ -219,8 +219,8 @@ TEST_P(Host, MoneyIsExactAcrossTheRangeAndRefusedBeyondIt) {
 }
 
 // Surplus values are ignored, missing ones refused; spliced text stays inside
-// its literal; numbers ignore the regional separator, and money is spliced as
-// each database stores it. A failure carries the database's own message.
+// its literal; numbers and money are spliced as decimal text whatever the
+// regional separator. A failure carries the database's own message.
 TEST_P(Host, ArgumentsSplicedValuesAndFailures) {
   const std::string insertar = "INSERT INTO MediosPago (Codigo, Clase, titulo) VALUES (?, ?, ?)";
   Argumentos args{Variant("USD"), Variant(8), Variant("Dólares"), Variant("sobra")};
@@ -242,8 +242,7 @@ TEST_P(Host, ArgumentsSplicedValuesAndFailures) {
   EXPECT_EQ(contarFilas("MediosPago"), 2);
 
   test::RegionalTemporal coma({',', '.', "Bs. #,##0.00"});
-  EXPECT_EQ(db->NumeroDB(Variant(cur("1234.5"))),
-            motor == test::Motor::Sqlite ? "12345000" : "1234.5");
+  EXPECT_EQ(db->NumeroDB(Variant(cur("1234.5"))), "1234.5");
   EXPECT_EQ(db->NumeroDB(Variant(-0.25)), "-0.25");
   EXPECT_EQ(db->NumeroDB(Variant(42)), "42");
   EXPECT_EQ(db->NumeroDB(Variant::Null()), "NULL");
@@ -253,6 +252,62 @@ TEST_P(Host, ArgumentsSplicedValuesAndFailures) {
                        ? "-2147217900|SqliteFactoria|no such table: NoExiste"
                        : "-2147217900|PostgresFactoria|relation \"noexiste\" does not exist");
   EXPECT_TRUE(db->ReadScalar("SELECT id FROM cvCaja WHERE MachineID = 99").isEmpty());
+}
+
+// Report SQL written by hand reads the same amounts on both databases:
+// literals, aggregates, arithmetic and subqueries over money columns, each
+// result a Currency. Rows are seeded with literal amounts.
+TEST_P(Host, HandWrittenReportsReadAmountsAsOnTheServer) {
+  for (const char* sql : {
+           "INSERT INTO cvCaja (MachineID, efectivoMN) VALUES (1, 116.50), (2, '3.25')",
+           "INSERT INTO MovimientosCaja (Debitos, MontoIGTF) VALUES (116.5, 3.25), (50, NULL)",
+           "INSERT INTO DetallesVarelta (TransID, Medio, Monto) VALUES (1, 'EFE', 100), "
+           "(1, 'USD', 16.50), (2, 'EFE', 50.00), (2, 'TDD', 0.07)",
+       })
+    db->ExecuteSQL(sql);
+  const struct {
+    std::string sql;
+    Argumentos args;
+    std::string montos;  // the last column of each row
+  } casos[] = {
+      {"SELECT efectivoMN FROM cvCaja WHERE MachineID = 1", {}, "116.5"},
+      {"SELECT SUM(efectivoMN) FROM cvCaja", {}, "119.75"},
+      {"SELECT MIN(efectivoMN), MAX(efectivoMN) FROM cvCaja", {}, "116.5"},
+      {"SELECT MIN(efectivoMN) FROM cvCaja", {}, "3.25"},
+      {"SELECT efectivoMN * 2 - 0.5 FROM cvCaja WHERE MachineID = 1", {}, "232.5"},
+      {"SELECT efectivoMN / 4 FROM cvCaja WHERE MachineID = 2", {}, "0.8125"},
+      {"SELECT SUM(CASE WHEN Medio = 'EFE' THEN Monto ELSE 0 END) FROM DetallesVarelta", {}, "150"},
+      {"SELECT SUM(COALESCE(MontoIGTF, 1.5)) FROM MovimientosCaja", {}, "4.75"},
+      {"SELECT t.total FROM (SELECT TransID, SUM(Monto) AS total FROM DetallesVarelta "
+       "GROUP BY TransID) t WHERE t.total > 100",
+       {},
+       "116.5"},
+      {"SELECT (SELECT MAX(Monto) FROM DetallesVarelta) - 0.01", {}, "99.99"},
+      {"SELECT Medio, SUM(Monto) FROM DetallesVarelta GROUP BY Medio ORDER BY Medio",
+       {},
+       "150;0.07;16.5"},
+      {"SELECT SUM(Monto) FROM DetallesVarelta WHERE Monto = 50", {}, "50"},
+      {"SELECT SUM(Monto) FROM DetallesVarelta WHERE Monto BETWEEN 16.5 AND 100", {}, "166.5"},
+      {"SELECT SUM(Monto) FROM DetallesVarelta WHERE Monto < ?", {Variant(1)}, "0.07"},
+      {"SELECT SUM(D.Monto) FROM DetallesVarelta D JOIN MovimientosCaja M "
+       "ON M.TransID = D.TransID WHERE M.Debitos > 100",
+       {},
+       "116.5"},
+      {"SELECT AVG(Monto) FROM DetallesVarelta", {}, "41.6425"},
+      {"SELECT ROUND(Monto, 1) FROM DetallesVarelta WHERE Medio = 'TDD'", {}, "0.1"},
+  };
+  for (const auto& c : casos) {
+    SCOPED_TRACE(c.sql);
+    std::string montos;
+    for (auto rs = db->openrecordset(c.sql, c.args); !rs->Eof(); rs->MoveNext()) {
+      const Variant v = rs->Fields(rs->FieldCount() - 1);
+      ASSERT_EQ(v.type(), VarType::Currency) << CStr(v);
+      montos += (montos.empty() ? "" : ";") + v.asCurrency().toMachineText();
+    }
+    EXPECT_EQ(montos, c.montos);
+  }
+  db->ExecuteSQL("UPDATE cvCaja SET efectivoMN = 500000000000000");
+  EXPECT_EQ(numeroError([&] { db->ReadScalar("SELECT SUM(efectivoMN) FROM cvCaja"); }), 6);
 }
 
 TEST_P(Host, HostObjects) {
@@ -296,6 +351,47 @@ TEST_F(SoloSqlite, OpensInWalWithForeignKeys) {
   EXPECT_EQ(test::numeroError(
                 [&] { SqliteFactoria::Abrir((carpeta.ruta() / "no" / "hay" / "x.db").string()); }),
             kErrorBaseDatos);
+}
+
+// What the embedded file cannot compute exactly is refused with its reason,
+// never run on ten-thousandths; an outside reader of the file (SQLite alone,
+// without the host's functions, as the sqlite3 tool) reads decimal views.
+TEST_F(SoloSqlite, AmountsItCannotComputeAreRefusedAndOutsideReadersGetDecimals) {
+  db->ExecuteSQL("INSERT INTO cvCaja (MachineID, efectivoMN) VALUES (1, -116.5), (2, 0.07)");
+  const struct {
+    std::string sql, motivo;
+  } casos[] = {
+      {"INSERT INTO cvCaja (MachineID, efectivoMN) VALUES (3, '3,25')",
+       "Monto literal no válido en la sentencia: '3,25'"},
+      {"UPDATE cvCaja SET efectivoMN = 1e3", "Monto literal no válido en la sentencia: 1e3"},
+      {"SELECT COUNT(*) FROM cvCaja WHERE efectivoMN = 0.00001",
+       "Monto literal con más de cuatro decimales en la sentencia: 0.00001"},
+      {"SELECT efectivoMN * efectivoMN FROM cvCaja", "El producto de dos montos no es un monto"},
+      {"SELECT printf('%d', efectivoMN) FROM cvCaja", "La función printf no admite montos"},
+      {"SELECT efectivoMN || ' Bs.' FROM cvCaja", "Un monto no se une a un texto"},
+      {"INSERT INTO hostLog (Mensaje) SELECT efectivoMN FROM cvCaja",
+       "Un monto no puede guardarse en una columna que no es de montos"},
+  };
+  for (const auto& c : casos) {
+    SCOPED_TRACE(c.sql);
+    const std::string error = test::errorCompleto([&] { db->ExecuteSQL(c.sql); });
+    EXPECT_EQ(error.rfind("-2147217900|SqliteFactoria|" + c.motivo, 0), 0u) << error;
+  }
+  EXPECT_EQ(db->ReadScalar("SELECT CAST(SUM(efectivoMN) AS TEXT) FROM cvCaja"),
+            Variant("-116.4300"));
+
+  sqlite3* lector = nullptr;
+  ASSERT_EQ(sqlite3_open(destino().c_str(), &lector), SQLITE_OK);
+  std::string leido;
+  sqlite3_exec(
+      lector, "SELECT MachineID, efectivoMN FROM v_cvCaja ORDER BY MachineID",
+      [](void* d, int, char** v, char**) {
+        *static_cast<std::string*>(d) += std::string(v[0]) + "=" + v[1] + ";";
+        return 0;
+      },
+      &leido, nullptr);
+  sqlite3_close(lector);
+  EXPECT_EQ(leido, "1=-116.5000;2=0.0700;");
 }
 
 // A file of the first schema, money as floating point, written as that

@@ -1,0 +1,1464 @@
+#include "caja/host/DineroSqlite.h"
+
+#include <cctype>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "caja/base/Texto.h"
+#include "caja/host/DialectoSql.h"
+#include "caja/host/HostSql.h"
+
+namespace caja {
+
+namespace {
+
+constexpr const char* kFuente = "SqliteFactoria";
+constexpr auto npos = std::string_view::npos;
+
+[[noreturn]] void rehusar(const std::string& motivo) {
+  throw CajaError(kErrorBaseDatos, kFuente, motivo);
+}
+
+// A statement in a shape the reader does not follow; caught at the top.
+struct NoSeEntiende {};
+
+enum class Tok {
+  Nombre,
+  NombreCitado,
+  Numero,
+  Cadena,
+  Marca,
+  Operador,
+  Abre,
+  Cierra,
+  Coma,
+  Punto,
+  Fin
+};
+
+struct Token {
+  Tok tipo;
+  std::string texto;
+  int marca = -1;  // a placeholder's index among the statement's values
+};
+
+bool inicioNombre(unsigned char c) {
+  return std::isalpha(c) || c == '_' || c >= 0x80;
+}
+bool parteNombre(unsigned char c) {
+  return std::isalnum(c) || c == '_' || c == '$' || c >= 0x80;
+}
+
+std::size_t finCadena(std::string_view s, std::size_t i) {
+  for (++i; i < s.size(); ++i) {
+    if (s[i] != '\'')
+      continue;
+    if (i + 1 < s.size() && s[i + 1] == '\'')
+      ++i;
+    else
+      return i + 1;
+  }
+  return s.size();
+}
+
+std::size_t finNumero(std::string_view s, std::size_t i) {
+  auto digitos = [&] {
+    while (i < s.size() && std::isdigit(static_cast<unsigned char>(s[i])))
+      ++i;
+  };
+  digitos();
+  if (i < s.size() && s[i] == '.') {
+    ++i;
+    digitos();
+  }
+  if (i + 1 < s.size() && (s[i] == 'e' || s[i] == 'E')) {
+    ++i;
+    if (s[i] == '+' || s[i] == '-')
+      ++i;
+    digitos();
+  }
+  while (i < s.size() && parteNombre(static_cast<unsigned char>(s[i])))  // 0x1F, 12abc
+    ++i;
+  return i;
+}
+
+// Placeholders are numbered as SQLite numbers them: '?' takes the next
+// index, '?N' the N-th, and a name keeps the index of its first use.
+class Marcas {
+ public:
+  int indice(std::string_view texto) {
+    if (texto.size() > 1 && texto[0] == '?') {
+      const int n = std::stoi(std::string(texto.substr(1))) - 1;
+      siguiente_ = std::max(siguiente_, n + 1);
+      return n;
+    }
+    if (texto == "?")
+      return siguiente_++;
+    const auto [it, nueva] = nombres_.emplace(std::string(texto), siguiente_);
+    if (nueva)
+      ++siguiente_;
+    return it->second;
+  }
+
+ private:
+  int siguiente_ = 0;
+  std::map<std::string, int> nombres_;
+};
+
+std::vector<Token> leerTokens(std::string_view s) {
+  std::vector<Token> r;
+  Marcas marcas;
+  static const std::string_view kOperadoresDobles[] = {
+      "||", "<=", ">=", "<>", "!=", "==", "<<", ">>", "->"};
+  std::size_t i = 0;
+  while (i < s.size()) {
+    const auto c = static_cast<unsigned char>(s[i]);
+    const std::size_t desde = i;
+    Tok tipo = Tok::Operador;
+    if (std::isspace(c)) {
+      ++i;
+      continue;
+    } else if (s.substr(i, 2) == "--") {
+      i = std::min(s.find('\n', i), s.size());
+      continue;
+    } else if (s.substr(i, 2) == "/*") {
+      const std::size_t fin = s.find("*/", i + 2);
+      i = fin == npos ? s.size() : fin + 2;
+      continue;
+    } else if (c == '\'') {
+      tipo = Tok::Cadena;
+      i = finCadena(s, i);
+    } else if (c == '"' || c == '`' || c == '[') {
+      tipo = Tok::NombreCitado;
+      const std::size_t fin = s.find(c == '[' ? ']' : static_cast<char>(c), i + 1);
+      i = fin == npos ? s.size() : fin + 1;
+    } else if (std::isdigit(c) || (c == '.' && i + 1 < s.size() &&
+                                   std::isdigit(static_cast<unsigned char>(s[i + 1])))) {
+      tipo = Tok::Numero;
+      i = finNumero(s, i);
+    } else if (c == '?' || ((c == ':' || c == '@' || c == '$') && i + 1 < s.size() &&
+                            inicioNombre(static_cast<unsigned char>(s[i + 1])))) {
+      tipo = Tok::Marca;
+      for (++i; i < s.size() && parteNombre(static_cast<unsigned char>(s[i]));)
+        ++i;
+    } else if (inicioNombre(c)) {
+      tipo = Tok::Nombre;
+      while (i < s.size() && parteNombre(static_cast<unsigned char>(s[i])))
+        ++i;
+    } else {
+      tipo = c == '('   ? Tok::Abre
+             : c == ')' ? Tok::Cierra
+             : c == ',' ? Tok::Coma
+             : c == '.' ? Tok::Punto
+                        : Tok::Operador;
+      i += s.substr(i, 3) == "->>" ? 3 : 1;
+      for (const std::string_view doble : kOperadoresDobles)
+        if (i == desde + 1 && s.substr(desde, 2) == doble)
+          i = desde + 2;
+    }
+    Token t{tipo, std::string(s.substr(desde, i - desde))};
+    if (tipo == Tok::Marca)
+      t.marca = marcas.indice(t.texto);
+    r.push_back(std::move(t));
+  }
+  r.push_back({Tok::Fin, ""});
+  return r;
+}
+
+// A literal amount in ten-thousandths, exactly: "3.25" is 32500.
+std::string diezmilesimasDeLiteral(std::string_view literal, std::string_view escrito) {
+  std::string_view resto = literal;
+  const bool negativo = !resto.empty() && resto.front() == '-';
+  if (negativo || (!resto.empty() && resto.front() == '+'))
+    resto.remove_prefix(1);
+  const std::size_t punto = resto.find('.');
+  const std::string_view entera = resto.substr(0, punto);
+  const std::string_view fraccion = punto == npos ? std::string_view{} : resto.substr(punto + 1);
+  const auto soloDigitos = [](std::string_view d) {
+    return d.find_first_not_of("0123456789") == npos;
+  };
+  if (entera.size() + fraccion.size() == 0 || !soloDigitos(entera) || !soloDigitos(fraccion))
+    rehusar("Monto literal no válido en la sentencia: " + std::string(escrito) +
+            " (escriba el monto con punto decimal, o páselo como parámetro)");
+  if (fraccion.size() > 4)
+    rehusar("Monto literal con más de cuatro decimales en la sentencia: " + std::string(escrito));
+  std::string digitos =
+      std::string(entera) + std::string(fraccion) + std::string(4 - fraccion.size(), '0');
+  digitos.erase(0, std::min(digitos.find_first_not_of('0'), digitos.size() - 1));
+  const std::string maximo = std::to_string(kMaximoDineroDiezmilesimas);
+  if (digitos.size() > maximo.size() || (digitos.size() == maximo.size() && digitos > maximo))
+    throw errorFueraDeRango(kFuente, {});
+  return (negativo && digitos != "0" ? "-" : "") + digitos;
+}
+
+// What an expression is, as far as amounts go. A literal, a placeholder or
+// NULL takes the side of what it meets.
+enum class Clase { Dinero, Simple, Numero, Texto, Marca, Nulo };
+
+struct Expr {
+  explicit Expr(std::string texto, Clase c = Clase::Simple, int m = -1, bool r = false)
+      : sql(std::move(texto)), clase(c), marca(m), real(r) {}
+  std::string sql;
+  Clase clase;
+  int marca;            // the placeholder's index, for Clase::Marca
+  bool real;            // an amount that may fall between ten-thousandths
+  std::string columna;  // the column's name when the expression is one
+  bool dinero() const { return clase == Clase::Dinero; }
+};
+
+struct Columna {
+  std::string nombre;  // lower case
+  bool dinero;
+};
+
+// The columns a SELECT gives; a `*` over a table of unknown shape leaves a
+// gap whose width only the prepared statement knows.
+struct Resultado {
+  std::vector<Columna> columnas;
+  int estrellaIncierta = -1;
+  bool variasInciertas = false;
+};
+
+struct Fuente {
+  std::string alias;                             // lower case
+  std::optional<std::vector<Columna>> columnas;  // nullopt: not known
+};
+
+struct Ambito {
+  std::vector<Fuente> fuentes;
+  std::set<std::string> aliasDinero;
+};
+
+const std::set<std::string>& nombresDinero() {
+  static const std::set<std::string> nombres = [] {
+    std::set<std::string> r;
+    for (const Tabla& t : tablasEsquema())
+      for (const auto& c : t.columnas)
+        if (c.tipo == TipoColumna::Dinero)
+          r.insert(lowerAscii(c.nombre));
+    return r;
+  }();
+  return nombres;
+}
+
+// The columns of a table of the schema, or of its decimal view, whose
+// amounts are text already.
+std::optional<std::vector<Columna>> columnasDeTabla(std::string_view nombre) {
+  const bool vista = nombre.size() > 2 && equalsIgnoreCase(nombre.substr(0, 2), "v_");
+  for (const Tabla& t : tablasEsquema()) {
+    if (!equalsIgnoreCase(t.nombre, vista ? nombre.substr(2) : nombre))
+      continue;
+    std::vector<Columna> r;
+    for (const auto& c : t.columnas)
+      r.push_back({lowerAscii(c.nombre), !vista && c.tipo == TipoColumna::Dinero});
+    return r;
+  }
+  return std::nullopt;
+}
+
+std::string sinComillas(const std::string& nombre) {
+  if (nombre.size() >= 2 && (nombre[0] == '"' || nombre[0] == '`' || nombre[0] == '['))
+    return nombre.substr(1, nombre.size() - 2);
+  return nombre;
+}
+
+// Words after which an expression in a list has no alias.
+bool esPalabraDeClausula(std::string_view p) {
+  static const std::set<std::string> kPalabras = {
+      "from",      "where",   "group",   "having", "order", "limit",   "union",     "except",
+      "intersect", "window",  "on",      "using",  "join",  "inner",   "left",      "right",
+      "full",      "cross",   "natural", "outer",  "set",   "values",  "returning", "and",
+      "or",        "not",     "as",      "offset", "end",   "then",    "when",      "else",
+      "do",        "indexed", "asc",     "desc",   "nulls", "collate", "filter",    "over"};
+  return kPalabras.count(lowerAscii(p)) > 0;
+}
+
+class Lector {
+ public:
+  explicit Lector(std::vector<Token> tokens) : t_(std::move(tokens)) {}
+
+  SentenciaTipada leer();
+  bool mencionaDinero() const;
+
+ private:
+  // Reading tokens.
+  const Token& mira(std::size_t k = 0) const { return t_[std::min(p_ + k, t_.size() - 1)]; }
+  bool es(std::string_view palabra, std::size_t k = 0) const {
+    return mira(k).tipo == Tok::Nombre && equalsIgnoreCase(mira(k).texto, palabra);
+  }
+  bool esOp(std::string_view op) const {
+    return mira().tipo == Tok::Operador && mira().texto == op;
+  }
+  std::string toma() {
+    if (mira().tipo == Tok::Fin)
+      throw NoSeEntiende{};
+    return t_[p_++].texto;
+  }
+  std::string pide(std::string_view palabra) {
+    if (!es(palabra))
+      throw NoSeEntiende{};
+    return toma();
+  }
+  std::string pide(Tok tipo) {
+    if (mira().tipo != tipo)
+      throw NoSeEntiende{};
+    return toma();
+  }
+  bool tomaSi(std::string_view palabra, std::string& sql) {
+    if (!es(palabra))
+      return false;
+    sql += ' ' + toma();
+    return true;
+  }
+  std::string balanceado();
+  std::optional<std::size_t> posicionDeFrom() const;
+
+  // Statements and clauses.
+  std::string leerWith();
+  std::pair<std::string, Resultado> leerSelect(const std::vector<bool>& esperado);
+  std::pair<std::string, Resultado> leerNucleo(const std::vector<bool>& esperado);
+  std::string leerValues(const std::vector<bool>& esperado, Resultado& r);
+  std::string leerListaResultado(const std::vector<bool>& esperado, Resultado& r);
+  std::string leerFrom();
+  std::string leerFuente();
+  std::string leerInsert();
+  std::string leerUpdate();
+  std::string leerDelete();
+  std::string leerAsignaciones(const std::optional<std::vector<Columna>>& destino);
+  std::string leerReturning(Resultado& r);
+  std::string leerTablaDestino(std::optional<std::vector<Columna>>& columnas);
+  std::string alias();
+
+  // Expressions, from the loosest operator to the tightest.
+  Expr expr();
+  Expr disyuncion();
+  Expr conjuncion();
+  Expr negacion();
+  Expr igualdad();
+  Expr comparacion();
+  Expr bits();
+  Expr suma();
+  Expr producto();
+  Expr concatenacion();
+  Expr unaria();
+  Expr primaria();
+  Expr nombre();
+  Expr funcion(const std::string& nombre);
+  Expr caso();
+  Expr conversion();
+  Expr en(Expr izquierda, const std::string& op);
+  std::vector<Expr> argumentos(std::string& distinto);
+  std::string lista();
+
+  // Amounts.
+  Expr aDinero(Expr e);
+  Expr aColumnaDinero(Expr e);
+  Expr valorParaColumna(Expr e, bool dinero);
+  bool dineroDe(const std::string& calificador, const std::string& columna) const;
+
+  std::vector<Token> t_;
+  std::size_t p_ = 0;
+  std::vector<bool> marcas_;
+  std::vector<Ambito> ambitos_;
+  std::map<std::string, std::vector<Columna>> ctes_;
+};
+
+Expr simple(std::string sql) {
+  return Expr{std::move(sql), Clase::Simple};
+}
+
+Expr dinero(std::string sql, bool real = false) {
+  return Expr{std::move(sql), Clase::Dinero, -1, real};
+}
+
+bool coercible(const Expr& e) {
+  return e.clase == Clase::Numero || e.clase == Clase::Texto || e.clase == Clase::Marca ||
+         e.clase == Clase::Nulo;
+}
+
+bool algunoDinero(const std::vector<Expr>& es) {
+  for (const Expr& e : es)
+    if (e.dinero())
+      return true;
+  return false;
+}
+
+std::string unir(const std::vector<Expr>& es) {
+  std::string r;
+  for (const Expr& e : es)
+    r += (r.empty() ? "" : ", ") + e.sql;
+  return r;
+}
+
+// ---- amounts --------------------------------------------------------------
+
+Expr Lector::aDinero(Expr e) {
+  switch (e.clase) {
+    case Clase::Dinero:
+      return e;
+    case Clase::Nulo:
+      return dinero(e.sql);
+    case Clase::Numero:
+      return dinero(diezmilesimasDeLiteral(e.sql, e.sql));
+    case Clase::Texto:
+      return dinero(diezmilesimasDeLiteral(
+          replaceAll(std::string_view(e.sql).substr(1, e.sql.size() - 2), "''", "'"), e.sql));
+    case Clase::Marca:
+      if (marcas_.size() <= static_cast<std::size_t>(e.marca))
+        marcas_.resize(static_cast<std::size_t>(e.marca) + 1);
+      marcas_[static_cast<std::size_t>(e.marca)] = true;
+      return dinero(e.sql);
+    case Clase::Simple:
+      break;
+  }
+  return dinero("(" + e.sql + ") * 10000", true);
+}
+
+// A value about to be stored in a money column: whole ten-thousandths, the
+// way the server rounds a value into NUMERIC(19, 4).
+Expr Lector::aColumnaDinero(Expr e) {
+  e = aDinero(std::move(e));
+  if (e.real)
+    e = dinero("caja_entero(" + e.sql + ")");
+  return e;
+}
+
+Expr Lector::valorParaColumna(Expr e, bool esDinero) {
+  if (esDinero)
+    return aColumnaDinero(std::move(e));
+  if (e.dinero())
+    rehusar("Un monto no puede guardarse en una columna que no es de montos: " + e.sql);
+  return e;
+}
+
+bool Lector::dineroDe(const std::string& calificador, const std::string& columna) const {
+  const std::string c = lowerAscii(sinComillas(columna));
+  const std::string q = lowerAscii(sinComillas(calificador));
+  for (auto a = ambitos_.rbegin(); a != ambitos_.rend(); ++a) {
+    for (const Fuente& f : a->fuentes) {
+      if ((!q.empty() && f.alias != q) || !f.columnas)
+        continue;
+      for (const Columna& col : *f.columnas)
+        if (col.nombre == c)
+          return col.dinero;
+    }
+    if (q.empty() && a->aliasDinero.count(c))
+      return true;
+  }
+  return nombresDinero().count(c) > 0;
+}
+
+// ---- statements -----------------------------------------------------------
+
+bool Lector::mencionaDinero() const {
+  for (const Token& t : t_)
+    if ((t.tipo == Tok::Nombre || t.tipo == Tok::NombreCitado) &&
+        nombresDinero().count(lowerAscii(sinComillas(t.texto))))
+      return true;
+  return false;
+}
+
+SentenciaTipada Lector::leer() {
+  SentenciaTipada s;
+  std::string sql;
+  Resultado r;
+  ambitos_.emplace_back();
+  if (es("WITH"))
+    sql = leerWith();
+  if (es("SELECT") || es("VALUES")) {
+    auto [texto, resultado] = leerSelect({});
+    sql += texto;
+    r = std::move(resultado);
+  } else if (es("INSERT") || es("REPLACE")) {
+    sql += leerInsert();
+  } else if (es("UPDATE")) {
+    sql += leerUpdate();
+  } else if (es("DELETE")) {
+    sql += leerDelete();
+  } else {
+    throw NoSeEntiende{};
+  }
+  if (es("RETURNING"))
+    sql += leerReturning(r);
+  while (esOp(";"))
+    toma();
+  if (mira().tipo != Tok::Fin)
+    throw NoSeEntiende{};
+  if (r.variasInciertas)
+    for (std::size_t i = static_cast<std::size_t>(r.estrellaIncierta); i < r.columnas.size(); ++i)
+      if (r.columnas[i].dinero)
+        rehusar("No se puede saber qué columnas son montos: use una sola * sobre tablas propias");
+  s.sql = std::move(sql);
+  for (const Columna& c : r.columnas)
+    s.columnasDinero.push_back(c.dinero);
+  s.estrellaIncierta = r.estrellaIncierta;
+  s.marcasDinero = std::move(marcas_);
+  return s;
+}
+
+// Tokens up to the parenthesis that closes the one just taken, as they are.
+std::string Lector::balanceado() {
+  std::string r;
+  for (int nivel = 1;;) {
+    if (mira().tipo == Tok::Abre)
+      ++nivel;
+    if (mira().tipo == Tok::Cierra && --nivel == 0)
+      return r + toma();
+    r += toma() + ' ';
+  }
+}
+
+// Where the FROM of the SELECT that starts here is, if it has one: its
+// sources must be known before the result list is read.
+std::optional<std::size_t> Lector::posicionDeFrom() const {
+  int nivel = 0;
+  for (std::size_t i = p_; i < t_.size(); ++i) {
+    const Token& t = t_[i];
+    if (t.tipo == Tok::Fin || (t.tipo == Tok::Cierra && --nivel < 0))
+      return std::nullopt;
+    if (t.tipo == Tok::Abre)
+      ++nivel;
+    if (nivel > 0 || t.tipo != Tok::Nombre)
+      continue;
+    const std::string p = lowerAscii(t.texto);
+    if (p == "from")
+      return i;
+    if (p == "where" || p == "group" || p == "having" || p == "order" || p == "limit" ||
+        p == "union" || p == "except" || p == "intersect" || p == "window")
+      return std::nullopt;
+  }
+  return std::nullopt;
+}
+
+std::string Lector::leerWith() {
+  std::string sql = toma();
+  tomaSi("RECURSIVE", sql);
+  do {
+    if (mira().tipo == Tok::Coma)
+      sql += toma();
+    const std::string nombre = toma();
+    sql += ' ' + nombre;
+    std::vector<std::string> renombres;
+    if (mira().tipo == Tok::Abre) {
+      sql += toma();
+      while (mira().tipo != Tok::Cierra) {
+        if (mira().tipo == Tok::Coma)
+          sql += toma();
+        renombres.push_back(lowerAscii(sinComillas(toma())));
+        sql += renombres.back();
+      }
+      sql += toma();
+    }
+    sql += ' ' + pide("AS");
+    tomaSi("NOT", sql);
+    tomaSi("MATERIALIZED", sql);
+    sql += ' ' + pide(Tok::Abre);
+    auto [texto, r] = leerSelect({});
+    sql += texto + pide(Tok::Cierra);
+    for (std::size_t i = 0; i < renombres.size() && i < r.columnas.size(); ++i)
+      r.columnas[i].nombre = renombres[i];
+    ctes_[lowerAscii(sinComillas(nombre))] = r.columnas;
+  } while (mira().tipo == Tok::Coma);
+  return sql + ' ';
+}
+
+// A compound SELECT: its branches must agree on which columns are amounts,
+// so a literal in one branch is put in ten-thousandths when another branch
+// gives an amount there; the branches are read again once that is known.
+std::pair<std::string, Resultado> Lector::leerSelect(const std::vector<bool>& esperado) {
+  const std::size_t inicio = p_;
+  const std::vector<bool> marcas = marcas_;
+  std::vector<bool> requerido = esperado;
+  for (int vuelta = 0;; ++vuelta) {
+    auto [sql, r] = leerNucleo(requerido);
+    bool desparejo = false;
+    const auto combinar = [&](const Resultado& otro) {
+      for (std::size_t i = 0; i < r.columnas.size() && i < otro.columnas.size(); ++i) {
+        desparejo = desparejo || r.columnas[i].dinero != otro.columnas[i].dinero;
+        r.columnas[i].dinero = r.columnas[i].dinero || otro.columnas[i].dinero;
+      }
+    };
+    while (es("UNION") || es("EXCEPT") || es("INTERSECT")) {
+      sql += ' ' + toma();
+      tomaSi("ALL", sql);
+      auto [otroSql, otro] = leerNucleo(requerido);
+      sql += ' ' + otroSql;
+      combinar(otro);
+    }
+    if (desparejo && vuelta == 0) {
+      requerido.resize(r.columnas.size());
+      for (std::size_t i = 0; i < r.columnas.size(); ++i)
+        requerido[i] = requerido[i] || r.columnas[i].dinero;
+      p_ = inicio;
+      marcas_ = marcas;
+      continue;
+    }
+    if (es("ORDER")) {
+      sql += ' ' + toma();
+      sql += ' ' + pide("BY");
+      sql += ' ' + lista();
+    }
+    if (tomaSi("LIMIT", sql)) {
+      sql += ' ' + expr().sql;
+      if (mira().tipo == Tok::Coma || es("OFFSET")) {
+        sql += ' ' + toma();
+        sql += ' ' + expr().sql;
+      }
+    }
+    return {sql, r};
+  }
+}
+
+// A comma-separated list of expressions with their ordering words, as
+// ORDER BY, GROUP BY and PARTITION BY take them.
+std::string Lector::lista() {
+  std::string sql;
+  do {
+    if (mira().tipo == Tok::Coma)
+      sql += toma() + ' ';
+    sql += expr().sql;
+    while (es("ASC") || es("DESC") || es("NULLS") || es("FIRST") || es("LAST"))
+      sql += ' ' + toma();
+  } while (mira().tipo == Tok::Coma);
+  return sql;
+}
+
+std::pair<std::string, Resultado> Lector::leerNucleo(const std::vector<bool>& esperado) {
+  Resultado r;
+  if (es("VALUES"))
+    return {leerValues(esperado, r), r};
+  std::string sql = pide("SELECT");
+  if (!tomaSi("DISTINCT", sql))
+    tomaSi("ALL", sql);
+  ambitos_.emplace_back();
+  std::string from;
+  std::size_t finFrom = 0;
+  if (const auto posicion = posicionDeFrom()) {
+    const std::size_t lista = p_;
+    p_ = *posicion;
+    from = ' ' + toma();
+    from += ' ' + leerFrom();
+    finFrom = p_;
+    p_ = lista;
+  }
+  sql += ' ' + leerListaResultado(esperado, r);
+  if (finFrom) {
+    if (!es("FROM"))
+      throw NoSeEntiende{};
+    p_ = finFrom;
+    sql += from;
+  }
+  if (tomaSi("WHERE", sql))
+    sql += ' ' + expr().sql;
+  if (es("GROUP")) {
+    sql += ' ' + toma();
+    sql += ' ' + pide("BY");
+    sql += ' ' + lista();
+  }
+  if (tomaSi("HAVING", sql))
+    sql += ' ' + expr().sql;
+  if (tomaSi("WINDOW", sql)) {
+    do {
+      if (mira().tipo == Tok::Coma)
+        sql += toma();
+      sql += ' ' + toma();
+      sql += ' ' + pide("AS");
+      sql += ' ' + pide(Tok::Abre);
+      sql += balanceado();
+    } while (mira().tipo == Tok::Coma);
+  }
+  ambitos_.pop_back();
+  return {sql, r};
+}
+
+std::string Lector::leerValues(const std::vector<bool>& esperado, Resultado& r) {
+  std::string sql = toma();
+  do {
+    if (mira().tipo == Tok::Coma)
+      sql += toma();
+    sql += ' ' + pide(Tok::Abre);
+    std::size_t i = 0;
+    do {
+      if (mira().tipo == Tok::Coma)
+        sql += toma() + ' ';
+      Expr e = expr();
+      const bool debe = i < esperado.size() && esperado[i];
+      if (debe)
+        e = aColumnaDinero(std::move(e));
+      if (r.columnas.size() <= i)
+        r.columnas.push_back({"column" + std::to_string(i + 1), false});
+      r.columnas[i].dinero = r.columnas[i].dinero || e.dinero();
+      sql += e.sql;
+      ++i;
+    } while (mira().tipo == Tok::Coma);
+    sql += pide(Tok::Cierra);
+  } while (mira().tipo == Tok::Coma);
+  return sql;
+}
+
+std::string Lector::alias() {
+  if (es("AS")) {
+    toma();
+    return toma();
+  }
+  if ((mira().tipo == Tok::Nombre && !esPalabraDeClausula(mira().texto)) ||
+      mira().tipo == Tok::NombreCitado || mira().tipo == Tok::Cadena)
+    return toma();
+  return {};
+}
+
+// The result list, with each `*` expanded over the known sources so that
+// the amounts after it keep their places.
+std::string Lector::leerListaResultado(const std::vector<bool>& esperado, Resultado& r) {
+  std::string sql;
+  Ambito& ambito = ambitos_.back();
+  const auto expandir = [&](const Fuente& f) {
+    if (f.columnas) {
+      r.columnas.insert(r.columnas.end(), f.columnas->begin(), f.columnas->end());
+    } else if (r.estrellaIncierta < 0) {
+      r.estrellaIncierta = static_cast<int>(r.columnas.size());
+    } else {
+      r.variasInciertas = true;
+    }
+  };
+  do {
+    if (mira().tipo == Tok::Coma)
+      sql += toma() + ' ';
+    if (esOp("*")) {
+      sql += toma();
+      for (const Fuente& f : ambito.fuentes)
+        expandir(f);
+      continue;
+    }
+    if (mira(1).tipo == Tok::Punto && mira(2).tipo == Tok::Operador && mira(2).texto == "*") {
+      const std::string tabla = lowerAscii(sinComillas(mira().texto));
+      for (int i = 0; i < 3; ++i)
+        sql += toma();
+      for (const Fuente& f : ambito.fuentes)
+        if (f.alias == tabla)
+          expandir(f);
+      continue;
+    }
+    Expr e = expr();
+    if (r.columnas.size() < esperado.size() && esperado[r.columnas.size()])
+      e = aColumnaDinero(std::move(e));
+    const std::string nombre = alias();
+    sql += e.sql;
+    if (!nombre.empty())
+      sql += " AS " + nombre;
+    const std::string clave =
+        lowerAscii(sinComillas(nombre.empty() ? (e.columna.empty() ? e.sql : e.columna) : nombre));
+    r.columnas.push_back({clave, e.dinero()});
+    if (e.dinero() && !nombre.empty())
+      ambito.aliasDinero.insert(clave);
+  } while (mira().tipo == Tok::Coma);
+  return sql;
+}
+
+std::string Lector::leerFrom() {
+  std::string sql = leerFuente();
+  for (;;) {
+    if (mira().tipo == Tok::Coma) {
+      sql += toma() + ' ';
+      sql += leerFuente();
+      continue;
+    }
+    std::string union_;
+    while (es("NATURAL") || es("LEFT") || es("RIGHT") || es("FULL") || es("OUTER") || es("INNER") ||
+           es("CROSS"))
+      union_ += toma() + ' ';
+    if (!es("JOIN")) {
+      if (!union_.empty())
+        throw NoSeEntiende{};
+      return sql;
+    }
+    sql += ' ' + union_ + toma() + ' ';
+    sql += leerFuente();
+    if (tomaSi("ON", sql))
+      sql += ' ' + expr().sql;
+    else if (tomaSi("USING", sql)) {
+      sql += ' ' + pide(Tok::Abre);
+      sql += balanceado();
+    }
+  }
+}
+
+std::string Lector::leerFuente() {
+  Fuente f;
+  std::string sql;
+  if (mira().tipo == Tok::Abre) {
+    sql = toma();
+    if (es("SELECT") || es("VALUES") || es("WITH")) {
+      std::string with;
+      if (es("WITH"))
+        with = leerWith();
+      auto [texto, r] = leerSelect({});
+      sql += with + texto + pide(Tok::Cierra);
+      if (r.estrellaIncierta < 0)
+        f.columnas = r.columnas;
+    } else {
+      sql += leerFrom();
+      sql += pide(Tok::Cierra);
+      return sql;
+    }
+  } else {
+    std::string nombre = toma();
+    sql = nombre;
+    if (mira().tipo == Tok::Punto) {
+      sql += toma();
+      nombre = toma();
+      sql += nombre;
+    }
+    if (mira().tipo == Tok::Abre) {
+      sql += toma();  // a table-valued function
+      sql += balanceado();
+    } else if (const auto cte = ctes_.find(lowerAscii(sinComillas(nombre))); cte != ctes_.end()) {
+      f.columnas = cte->second;
+    } else {
+      f.columnas = columnasDeTabla(sinComillas(nombre));
+    }
+    f.alias = lowerAscii(sinComillas(nombre));
+  }
+  if (const std::string a = alias(); !a.empty()) {
+    sql += " AS " + a;
+    f.alias = lowerAscii(sinComillas(a));
+  }
+  if (es("INDEXED")) {
+    sql += ' ' + toma();
+    sql += ' ' + pide("BY");
+    sql += ' ' + toma();
+  } else if (es("NOT") && es("INDEXED", 1)) {
+    sql += ' ' + toma();
+    sql += ' ' + toma();
+  }
+  ambitos_.back().fuentes.push_back(std::move(f));
+  return sql;
+}
+
+// The target of INSERT, UPDATE or DELETE, added to the current scope.
+std::string Lector::leerTablaDestino(std::optional<std::vector<Columna>>& columnas) {
+  std::string nombre = toma();
+  std::string sql = nombre;
+  if (mira().tipo == Tok::Punto) {
+    sql += toma();
+    nombre = toma();
+    sql += nombre;
+  }
+  columnas = columnasDeTabla(sinComillas(nombre));
+  Fuente f{lowerAscii(sinComillas(nombre)), columnas};
+  if (es("AS") || (mira().tipo == Tok::Nombre && !esPalabraDeClausula(mira().texto) &&
+                   !es("DEFAULT") && !es("SELECT") && !es("WITH"))) {
+    if (es("AS"))
+      toma();
+    const std::string a = toma();
+    sql += " AS " + a;
+    f.alias = lowerAscii(sinComillas(a));
+  }
+  ambitos_.back().fuentes.push_back(std::move(f));
+  return sql;
+}
+
+std::string Lector::leerInsert() {
+  std::string sql = toma();
+  if (tomaSi("OR", sql))
+    sql += ' ' + toma();
+  sql += ' ' + pide("INTO") + ' ';
+  std::optional<std::vector<Columna>> columnas;
+  sql += leerTablaDestino(columnas);
+  std::vector<bool> esperado;
+  if (mira().tipo == Tok::Abre) {
+    sql += ' ' + toma();
+    do {
+      if (mira().tipo == Tok::Coma)
+        sql += toma() + ' ';
+      const std::string col = toma();
+      sql += col;
+      esperado.push_back(dineroDe("", col));
+    } while (mira().tipo == Tok::Coma);
+    sql += pide(Tok::Cierra);
+  } else if (columnas) {
+    for (const Columna& c : *columnas)
+      esperado.push_back(c.dinero);
+  }
+  if (es("DEFAULT")) {
+    sql += ' ' + toma();
+    sql += ' ' + pide("VALUES");
+  } else {
+    std::string with;
+    if (es("WITH"))
+      with = leerWith();
+    auto [texto, r] = leerSelect(esperado);
+    for (std::size_t i = 0; i < r.columnas.size(); ++i)
+      if (r.columnas[i].dinero && (i >= esperado.size() || !esperado[i]))
+        rehusar("Un monto no puede guardarse en una columna que no es de montos: " +
+                r.columnas[i].nombre);
+    sql += ' ' + with + texto;
+  }
+  while (es("ON") && es("CONFLICT", 1)) {
+    sql += ' ' + toma();
+    sql += ' ' + toma();
+    if (mira().tipo == Tok::Abre) {
+      sql += ' ' + toma();
+      sql += balanceado();
+      if (tomaSi("WHERE", sql))
+        sql += ' ' + expr().sql;
+    }
+    sql += ' ' + pide("DO");
+    if (!tomaSi("NOTHING", sql)) {
+      sql += ' ' + pide("UPDATE");
+      sql += ' ' + leerAsignaciones(columnas);
+      if (tomaSi("WHERE", sql))
+        sql += ' ' + expr().sql;
+    }
+  }
+  return sql;
+}
+
+std::string Lector::leerAsignaciones(const std::optional<std::vector<Columna>>& destino) {
+  std::string sql = pide("SET");
+  const auto esDinero = [&](const std::string& col) {
+    if (destino)
+      for (const Columna& c : *destino)
+        if (c.nombre == lowerAscii(sinComillas(col)))
+          return c.dinero;
+    return nombresDinero().count(lowerAscii(sinComillas(col))) > 0;
+  };
+  do {
+    if (mira().tipo == Tok::Coma)
+      sql += toma();
+    if (mira().tipo == Tok::Abre)
+      throw NoSeEntiende{};  // (a, b) = (...): not used with amounts here
+    const std::string col = toma();
+    sql += ' ' + col + ' ';
+    if (!esOp("=") && !esOp("=="))
+      throw NoSeEntiende{};
+    sql += toma() + ' ';
+    sql += valorParaColumna(expr(), esDinero(col)).sql;
+  } while (mira().tipo == Tok::Coma);
+  return sql;
+}
+
+std::string Lector::leerUpdate() {
+  std::string sql = toma();
+  if (tomaSi("OR", sql))
+    sql += ' ' + toma();
+  std::optional<std::vector<Columna>> columnas;
+  sql += ' ' + leerTablaDestino(columnas);
+  // The sources of UPDATE ... FROM are named in the SET list before they appear.
+  std::string from;
+  std::size_t finFrom = 0;
+  const std::size_t set = p_;
+  if (const auto posicion = posicionDeFrom()) {
+    p_ = *posicion;
+    from = ' ' + toma();
+    from += ' ' + leerFrom();
+    finFrom = p_;
+    p_ = set;
+  }
+  sql += ' ' + leerAsignaciones(columnas);
+  if (finFrom) {
+    p_ = finFrom;
+    sql += from;
+  }
+  if (tomaSi("WHERE", sql))
+    sql += ' ' + expr().sql;
+  return sql;
+}
+
+std::string Lector::leerDelete() {
+  std::string sql = toma() + ' ';
+  sql += pide("FROM") + ' ';
+  std::optional<std::vector<Columna>> columnas;
+  sql += leerTablaDestino(columnas);
+  if (tomaSi("WHERE", sql))
+    sql += ' ' + expr().sql;
+  return sql;
+}
+
+std::string Lector::leerReturning(Resultado& r) {
+  std::string sql = ' ' + toma() + ' ';
+  return sql + leerListaResultado({}, r);
+}
+
+// ---- expressions ----------------------------------------------------------
+
+Expr Lector::expr() {
+  return disyuncion();
+}
+
+Expr Lector::disyuncion() {
+  Expr a = conjuncion();
+  while (es("OR")) {
+    const std::string op = toma();
+    a = simple(a.sql + ' ' + op + ' ' + conjuncion().sql);
+  }
+  return a;
+}
+
+Expr Lector::conjuncion() {
+  Expr a = negacion();
+  while (es("AND")) {
+    const std::string op = toma();
+    a = simple(a.sql + ' ' + op + ' ' + negacion().sql);
+  }
+  return a;
+}
+
+Expr Lector::negacion() {
+  if (es("NOT") && !es("EXISTS", 1)) {
+    const std::string op = toma();
+    return simple(op + ' ' + negacion().sql);
+  }
+  return igualdad();
+}
+
+Expr Lector::igualdad() {
+  Expr a = comparacion();
+  for (;;) {
+    const auto comparar = [&](const std::string& op) {
+      Expr b = comparacion();
+      if (a.dinero() || b.dinero()) {
+        a = aDinero(std::move(a));
+        b = aDinero(std::move(b));
+      }
+      a = simple(a.sql + ' ' + op + ' ' + b.sql);
+    };
+    if (esOp("=") || esOp("==") || esOp("!=") || esOp("<>")) {
+      comparar(toma());
+    } else if (es("IS")) {
+      std::string op = toma();
+      tomaSi("NOT", op);
+      if (tomaSi("DISTINCT", op))
+        op += ' ' + pide("FROM");
+      comparar(op);
+    } else if (es("ISNULL") || es("NOTNULL")) {
+      a = simple(a.sql + ' ' + toma());
+    } else if (es("NOT") && es("NULL", 1)) {
+      const std::string op = toma();
+      a = simple(a.sql + ' ' + op + ' ' + toma());
+    } else {
+      std::string op;
+      if (es("NOT") && (es("IN", 1) || es("LIKE", 1) || es("GLOB", 1) || es("MATCH", 1) ||
+                        es("REGEXP", 1) || es("BETWEEN", 1)))
+        op = toma() + ' ';
+      if (es("IN")) {
+        a = en(std::move(a), op + toma());
+      } else if (es("BETWEEN")) {
+        op += toma();
+        Expr desde = comparacion();
+        const std::string y = pide("AND");
+        Expr hasta = comparacion();
+        if (a.dinero() || desde.dinero() || hasta.dinero()) {
+          a = aDinero(std::move(a));
+          desde = aDinero(std::move(desde));
+          hasta = aDinero(std::move(hasta));
+        }
+        a = simple(a.sql + ' ' + op + ' ' + desde.sql + ' ' + y + ' ' + hasta.sql);
+      } else if (es("LIKE") || es("GLOB") || es("MATCH") || es("REGEXP")) {
+        op += toma();
+        Expr b = comparacion();
+        std::string escape;
+        if (tomaSi("ESCAPE", escape))
+          escape += ' ' + comparacion().sql;
+        if (a.dinero() || b.dinero())
+          rehusar("Un monto no se compara como texto (" + op + "): " + a.sql);
+        a = simple(a.sql + ' ' + op + ' ' + b.sql + escape);
+      } else if (!op.empty()) {
+        throw NoSeEntiende{};
+      } else {
+        return a;
+      }
+    }
+  }
+}
+
+Expr Lector::en(Expr a, const std::string& op) {
+  std::string sql = a.sql + ' ' + op + ' ';
+  if (mira().tipo != Tok::Abre) {
+    sql += toma();  // IN a table
+    return simple(sql);
+  }
+  sql += toma();
+  if (es("SELECT") || es("VALUES") || es("WITH")) {
+    std::string with;
+    if (es("WITH"))
+      with = leerWith();
+    const bool deMontos = a.dinero();
+    auto [texto, r] = leerSelect({deMontos});
+    const bool subDinero = !r.columnas.empty() && r.columnas[0].dinero;
+    if (subDinero && !a.dinero())
+      sql = aDinero(std::move(a)).sql + ' ' + op + ' ' + "(";
+    return simple(sql + with + texto + pide(Tok::Cierra));
+  }
+  std::vector<Expr> valores;
+  while (mira().tipo != Tok::Cierra) {
+    if (mira().tipo == Tok::Coma)
+      toma();
+    valores.push_back(expr());
+  }
+  toma();
+  if (a.dinero() || algunoDinero(valores)) {
+    a = aDinero(std::move(a));
+    for (Expr& v : valores)
+      v = aDinero(std::move(v));
+  }
+  return simple(a.sql + ' ' + op + " (" + unir(valores) + ")");
+}
+
+Expr Lector::comparacion() {
+  Expr a = bits();
+  while (esOp("<") || esOp("<=") || esOp(">") || esOp(">=")) {
+    const std::string op = toma();
+    Expr b = bits();
+    if (a.dinero() || b.dinero()) {
+      a = aDinero(std::move(a));
+      b = aDinero(std::move(b));
+    }
+    a = simple(a.sql + ' ' + op + ' ' + b.sql);
+  }
+  return a;
+}
+
+Expr Lector::bits() {
+  Expr a = suma();
+  while (esOp("&") || esOp("|") || esOp("<<") || esOp(">>")) {
+    const std::string op = toma();
+    Expr b = suma();
+    if (a.dinero() || b.dinero())
+      rehusar("Un monto no admite operaciones de bits (" + op + "): " + a.sql + ' ' + op + ' ' +
+              b.sql);
+    a = simple(a.sql + ' ' + op + ' ' + b.sql);
+  }
+  return a;
+}
+
+Expr Lector::suma() {
+  Expr a = producto();
+  while (esOp("+") || esOp("-")) {
+    const std::string op = toma();
+    Expr b = producto();
+    if (a.dinero() || b.dinero()) {
+      const bool real = a.real || b.real || a.clase == Clase::Simple || b.clase == Clase::Simple;
+      const std::string izquierda = aDinero(std::move(a)).sql;
+      a = dinero(izquierda + ' ' + op + ' ' + aDinero(std::move(b)).sql, real);
+    } else {
+      a = simple(a.sql + ' ' + op + ' ' + b.sql);
+    }
+  }
+  return a;
+}
+
+// Ten-thousandths times a number stay ten-thousandths; a quotient is taken
+// in floating point, as the server's numeric division is not an integer one.
+Expr Lector::producto() {
+  Expr a = concatenacion();
+  while (esOp("*") || esOp("/") || esOp("%")) {
+    const std::string op = toma();
+    Expr b = concatenacion();
+    if (!a.dinero() && !b.dinero()) {
+      a = simple(a.sql + ' ' + op + ' ' + b.sql);
+    } else if (op == "*") {
+      if (a.dinero() && b.dinero())
+        rehusar("El producto de dos montos no es un monto: " + a.sql + " * " + b.sql);
+      a = dinero(a.sql + " * " + b.sql, true);
+    } else if (op == "%") {
+      a = dinero(aDinero(std::move(a)).sql + " % " + aDinero(std::move(b)).sql);
+    } else if (a.dinero() && b.dinero()) {
+      a = simple("CAST(" + a.sql + " AS REAL) / " + b.sql);
+    } else if (a.dinero()) {
+      a = dinero(a.sql + " / CAST(" + b.sql + " AS REAL)", true);
+    } else {
+      a = simple("(" + a.sql + ") * 10000.0 / " + b.sql);
+    }
+  }
+  return a;
+}
+
+Expr Lector::concatenacion() {
+  Expr a = unaria();
+  while (esOp("||") || esOp("->") || esOp("->>")) {
+    const std::string op = toma();
+    Expr b = unaria();
+    if (a.dinero() || b.dinero())
+      rehusar("Un monto no se une a un texto (" + op + "): use CAST(monto AS TEXT)");
+    a = simple(a.sql + ' ' + op + ' ' + b.sql);
+  }
+  return a;
+}
+
+Expr Lector::unaria() {
+  if (esOp("-") || esOp("+") || esOp("~")) {
+    const std::string op = toma();
+    Expr e = unaria();
+    if (op == "~" && e.dinero())
+      rehusar("Un monto no admite operaciones de bits (~): " + e.sql);
+    if (e.clase == Clase::Numero && op != "~")
+      return Expr{op == "-" ? "-" + e.sql : e.sql, Clase::Numero};
+    e.sql = op + e.sql;
+    if (!e.dinero())
+      e.clase = Clase::Simple;
+    e.columna.clear();
+    return e;
+  }
+  Expr e = primaria();
+  while (es("COLLATE")) {
+    e.sql += ' ' + toma();
+    e.sql += ' ' + toma();
+  }
+  return e;
+}
+
+Expr Lector::primaria() {
+  const Token& t = mira();
+  switch (t.tipo) {
+    case Tok::Numero:
+      return Expr{toma(), Clase::Numero};
+    case Tok::Cadena:
+      return Expr{toma(), Clase::Texto};
+    case Tok::Marca: {
+      const int marca = t.marca;
+      return Expr{toma(), Clase::Marca, marca};
+    }
+    case Tok::Abre: {
+      toma();
+      if (es("SELECT") || es("VALUES") || es("WITH")) {
+        std::string with;
+        if (es("WITH"))
+          with = leerWith();
+        auto [texto, r] = leerSelect({});
+        const bool deMontos = !r.columnas.empty() && r.columnas[0].dinero;
+        pide(Tok::Cierra);
+        return Expr{"(" + with + texto + ")", deMontos ? Clase::Dinero : Clase::Simple};
+      }
+      Expr e = expr();
+      if (mira().tipo == Tok::Coma) {  // a row value
+        std::string sql = "(" + e.sql;
+        while (mira().tipo == Tok::Coma) {
+          toma();
+          sql += ", " + expr().sql;
+        }
+        return simple(sql + pide(Tok::Cierra));
+      }
+      pide(Tok::Cierra);
+      if (!coercible(e))  // a literal keeps its own text, to be read as an amount
+        e.sql = "(" + e.sql + ")";
+      return e;
+    }
+    case Tok::Nombre:
+    case Tok::NombreCitado:
+      return nombre();
+    default:
+      throw NoSeEntiende{};
+  }
+}
+
+Expr Lector::nombre() {
+  if (mira().tipo == Tok::Nombre) {
+    if (es("NULL"))
+      return Expr{toma(), Clase::Nulo};
+    if (es("CASE"))
+      return caso();
+    if (es("CAST"))
+      return conversion();
+    if (es("EXISTS") || (es("NOT") && es("EXISTS", 1))) {
+      std::string sql;
+      if (es("NOT"))
+        sql = toma() + ' ';
+      sql += toma() + ' ';
+      sql += pide(Tok::Abre);
+      auto [texto, r] = leerSelect({});
+      return simple(sql + texto + pide(Tok::Cierra));
+    }
+    if (esPalabraDeClausula(mira().texto) && !es("LEFT") && !es("RIGHT"))
+      throw NoSeEntiende{};
+  }
+  std::string primero = toma();
+  if (mira().tipo == Tok::Abre && !primero.empty() && primero[0] != '"')
+    return funcion(primero);
+  std::string calificador, columna = primero, sql = primero;
+  while (mira().tipo == Tok::Punto) {
+    sql += toma();
+    calificador = columna;
+    columna = toma();
+    sql += columna;
+  }
+  Expr e{sql, dineroDe(calificador, columna) ? Clase::Dinero : Clase::Simple};
+  e.columna = sinComillas(columna);
+  return e;
+}
+
+std::vector<Expr> Lector::argumentos(std::string& distinto) {
+  pide(Tok::Abre);
+  std::vector<Expr> r;
+  if (tomaSi("DISTINCT", distinto) || tomaSi("ALL", distinto))
+    distinto += ' ';
+  while (mira().tipo != Tok::Cierra) {
+    if (mira().tipo == Tok::Coma)
+      toma();
+    if (esOp("*"))
+      r.push_back(simple(toma()));
+    else
+      r.push_back(expr());
+  }
+  toma();
+  return r;
+}
+
+// Aggregates and functions whose result is an amount when their arguments
+// are; any other function is refused an amount rather than handed
+// ten-thousandths it would take for units.
+Expr Lector::funcion(const std::string& nombreFuncion) {
+  const std::string f = lowerAscii(nombreFuncion);
+  std::string distinto;
+  std::vector<Expr> args = argumentos(distinto);
+  Expr r = simple("");
+  const bool conDinero = algunoDinero(args);
+  const auto llamada = [&](const std::string& nombre) {
+    return nombre + "(" + distinto + unir(args) + ")";
+  };
+  if (f == "count" || !conDinero) {
+    r = simple(llamada(nombreFuncion));
+  } else if (f == "sum" || f == "abs" || f == "total" || f == "avg" || f == "min" || f == "max" ||
+             f == "coalesce" || f == "ifnull" || f == "nullif" || f == "likely" ||
+             f == "unlikely") {
+    for (Expr& a : args)
+      a = aDinero(std::move(a));
+    r = dinero(llamada(nombreFuncion), f == "total" || f == "avg");
+  } else if (f == "iif" && args.size() == 3) {
+    args[1] = aDinero(std::move(args[1]));
+    args[2] = aDinero(std::move(args[2]));
+    r = dinero(llamada(nombreFuncion));
+  } else if (f == "round" && args.size() <= 2 && args[0].dinero() &&
+             (args.size() == 1 || !args[1].dinero())) {
+    r = dinero("caja_redondear(" + args[0].sql + ", " + (args.size() == 2 ? args[1].sql : "0") +
+               ")");
+  } else {
+    rehusar("La función " + nombreFuncion +
+            " no admite montos en la base de datos embebida: " + llamada(nombreFuncion));
+  }
+  if (es("FILTER")) {
+    for (int i = 0; i < 3; ++i)  // FILTER ( WHERE
+      r.sql += ' ' + toma();
+    r.sql += ' ' + expr().sql;
+    r.sql += pide(Tok::Cierra);
+  }
+  if (es("OVER")) {
+    r.sql += ' ' + toma() + ' ';
+    const bool ventana = mira().tipo == Tok::Abre;
+    r.sql += toma();
+    if (ventana)
+      r.sql += balanceado();
+  }
+  return r;
+}
+
+Expr Lector::caso() {
+  std::string sql = toma();
+  std::optional<Expr> operando;
+  if (!es("WHEN"))
+    operando = expr();
+  std::vector<Expr> condiciones, valores;
+  while (es("WHEN")) {
+    toma();
+    condiciones.push_back(expr());
+    pide("THEN");
+    valores.push_back(expr());
+  }
+  std::optional<Expr> otro;
+  if (es("ELSE")) {
+    toma();
+    otro = expr();
+  }
+  pide("END");
+  if (operando && (operando->dinero() || algunoDinero(condiciones))) {
+    operando = aDinero(std::move(*operando));
+    for (Expr& c : condiciones)
+      c = aDinero(std::move(c));
+  }
+  const bool deMontos = algunoDinero(valores) || (otro && otro->dinero());
+  bool real = false;
+  if (deMontos) {
+    for (Expr& v : valores) {
+      v = aDinero(std::move(v));
+      real = real || v.real;
+    }
+    if (otro) {
+      otro = aDinero(std::move(*otro));
+      real = real || otro->real;
+    }
+  }
+  if (operando)
+    sql += ' ' + operando->sql;
+  for (std::size_t i = 0; i < condiciones.size(); ++i)
+    sql += " WHEN " + condiciones[i].sql + " THEN " + valores[i].sql;
+  if (otro)
+    sql += " ELSE " + otro->sql;
+  sql += " END";
+  return deMontos ? dinero(sql, real) : simple(sql);
+}
+
+// CAST of an amount to the types a report asks for: a decimal text, an
+// integer rounded as the server rounds, a float, or an amount again.
+Expr Lector::conversion() {
+  std::string sql = toma();
+  sql += pide(Tok::Abre);
+  Expr e = expr();
+  pide("AS");
+  std::string tipo;
+  while (mira().tipo != Tok::Cierra) {
+    if (mira().tipo == Tok::Abre) {
+      tipo += toma();
+      tipo += balanceado();
+    } else
+      tipo += (tipo.empty() ? "" : " ") + toma();
+  }
+  toma();
+  if (!e.dinero())
+    return simple(sql + e.sql + " AS " + tipo + ")");
+  const std::string t = upperAscii(tipo);
+  const auto empieza = [&](std::initializer_list<const char*> nombres) {
+    for (const char* n : nombres)
+      if (t.rfind(n, 0) == 0)
+        return true;
+    return false;
+  };
+  if (empieza({"TEXT", "VARCHAR", "CHAR", "NVARCHAR", "NCHAR", "CLOB"}))
+    return simple("caja_texto(" + e.sql + ")");
+  if (empieza({"NUMERIC", "DECIMAL", "MONEY"}))
+    return e;
+  if (empieza({"INT", "BIGINT", "SMALLINT", "TINYINT"}))
+    return simple("(caja_redondear(" + e.sql + ", 0) / 10000)");
+  if (empieza({"REAL", "FLOAT", "DOUBLE"}))
+    return simple("(" + e.sql + " / 10000.0)");
+  rehusar("Un monto no se convierte a " + tipo + " en la base de datos embebida");
+}
+
+}  // namespace
+
+SentenciaTipada tiparDinero(std::string_view sql) {
+  Lector lector(leerTokens(sql));
+  try {
+    return lector.leer();
+  } catch (const NoSeEntiende&) {
+    if (lector.mencionaDinero())
+      rehusar(
+          "La base de datos embebida no sabe calcular los montos de esta sentencia (escríbala "
+          "con SELECT, INSERT, UPDATE o DELETE simples): " +
+          std::string(sql));
+    return SentenciaTipada{std::string(sql), {}, {}, -1};
+  }
+}
+
+bool esColumnaDinero(const SentenciaTipada& s, int i, int columnas) {
+  const auto conocidas = static_cast<int>(s.columnasDinero.size());
+  if (s.estrellaIncierta >= 0 && i >= s.estrellaIncierta) {
+    const int ancho = columnas - conocidas;
+    if (i < s.estrellaIncierta + ancho)
+      return false;
+    i -= ancho;
+  }
+  return i >= 0 && i < conocidas && s.columnasDinero[static_cast<std::size_t>(i)];
+}
+
+}  // namespace caja
