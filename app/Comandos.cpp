@@ -40,7 +40,7 @@ struct Pago {
 std::vector<Pago> pagos(Contexto& c, const char* opcion = "pago", const char* otro = "EFE") {
   std::vector<Pago> lista;
   for (const auto& texto : c.args.valores(opcion)) {
-    auto [codigo, cuanto] = parDe(texto, opcion);
+    auto [codigo, cuanto] = parDe(texto, opcion, '=');
     const std::string que = std::string("--") + opcion + " " + codigo;
     if (equalsIgnoreCase(codigo, "EFE") || equalsIgnoreCase(codigo, otro)) {
       lista.push_back({upperAscii(codigo), montoDe(cuanto, que)});
@@ -89,10 +89,10 @@ Venta ventaDe(Contexto& c) {
   v.operador = c.args.valor("operador", "CAJERO");
   const auto documento = c.args.valor("documento");
   v.conDocumento = documento.has_value();
-  const auto [tipoDoc, numDoc] = parDe(documento.value_or("FAC:0"), "documento");
+  const auto [tipoDoc, numDoc] = parDe(documento.value_or("FAC:0"), "documento", ':');
   v.tipoDoc = tipoDoc;
   v.numDoc = static_cast<std::int32_t>(enteroDe(numDoc, "--documento", 0, kMaximo32));
-  const auto [tipoEnt, codEnt] = parDe(c.args.valor("entidad", "CLI:C0001"), "entidad");
+  const auto [tipoEnt, codEnt] = parDe(c.args.valor("entidad", "CLI:C0001"), "entidad", ':');
   v.tipoEnt = tipoEnt;
   v.codEnt = codEnt;
   v.pagos = pagos(c);
@@ -306,7 +306,7 @@ int movimiento(Contexto& c) {
   CVarelta mov;
   bool hallado = false;
   if (const auto doc = c.args.valor("documento")) {
-    const auto [tipo, numero] = parDe(*doc, "documento");
+    const auto [tipo, numero] = parDe(*doc, "documento", ':');
     hallado = mov.LoadFromDocumento(
                   tipo, static_cast<std::int32_t>(enteroDe(numero, "--documento", 0, kMaximo32))) &&
               mov.load(mov.TransID);

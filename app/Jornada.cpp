@@ -187,11 +187,11 @@ std::map<std::string, Currency> contados(Contexto& c) {
       throw ErrorUso("El medio " + codigo + " se contó más de una vez");
   };
   for (const auto& texto : c.args.valores("contado")) {
-    const auto [codigo, monto] = parDe(texto, "contado");
+    const auto [codigo, monto] = parDe(texto, "contado", '=');
     anotar(codigo, montoDe(monto, "--contado " + codigo), "contado");
   }
   for (const auto& texto : c.args.valores("denominaciones")) {
-    const auto [codigo, lista] = parDe(texto, "denominaciones");
+    const auto [codigo, lista] = parDe(texto, "denominaciones", ':');
     Currency total;
     for (const QString& q : QString::fromStdString(lista).split(',')) {
       const std::string pieza = q.toStdString();

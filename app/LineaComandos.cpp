@@ -187,8 +187,9 @@ std::string textoAyuda(const std::vector<DefinicionComando>& comandos,
          "  -h, --help                  esta ayuda; caja COMANDO --help, la de un comando\n";
 }
 
-std::pair<std::string, std::string> parDe(const std::string& texto, const char* opcion) {
-  const auto dos = texto.find_first_of(":=");
+std::pair<std::string, std::string> parDe(const std::string& texto, const char* opcion,
+                                          char separador) {
+  const auto dos = texto.find(separador);
   if (dos == std::string::npos || dos == 0 || dos + 1 == texto.size())
     throw ErrorUso(std::string("Valor no válido para --") + opcion + ": " + texto);
   return {texto.substr(0, dos), texto.substr(dos + 1)};

@@ -83,8 +83,11 @@ class LineaComandos {
 std::string textoAyuda(const std::vector<DefinicionComando>& comandos,
                        const DefinicionComando* comando);
 
-// "TIPO:NUMERO" (or "CODIGO=MONTO") split at its first ':' or '='; ErrorUso otherwise.
-std::pair<std::string, std::string> parDe(const std::string& texto, const char* opcion);
+// "TIPO:NUMERO" (separador ':') or "CODIGO=MONTO" (separador '=') split at
+// the first separator, so that the second part may hold the other one
+// ("C:LI=X"); ErrorUso when either part is empty.
+std::pair<std::string, std::string> parDe(const std::string& texto, const char* opcion,
+                                          char separador);
 // An amount as typed on the command line for `que`: ErrorUso when it is not
 // one (a sign, more than four decimals, letters); an amount beyond the
 // currency range is a CajaError of its own (exit 3).

@@ -238,6 +238,14 @@ bool frmDefinirMedioPago::guardar() {
                                  : mostrado_->PorcentajeRetencionEmisor;
     const double factor = nuevos || editados_.count(numTipoCambio) ? numTipoCambio->value()
                                                                    : mostrado_->PorcentajeISLR;
+    // The collection dialog multiplies every amount of a foreign method by its
+    // factor: without one the method would take money worth nothing.
+    if ((atributos & monedaExtranjera) && factor <= 0) {
+      hostUtil().MostrarMensaje(
+          "Un medio en moneda extranjera necesita un factor de cambio mayor que cero");
+      numTipoCambio->setFocus();
+      return false;
+    }
     const std::int32_t clase = nuevos || editados_.count(cbxClase)
                                    ? cbxClase->currentIndex()
                                    : static_cast<std::int32_t>(mostrado_->Clase);

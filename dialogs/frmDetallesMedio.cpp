@@ -81,8 +81,13 @@ void frmDetallesMedio::crearControles() {
   lblDetallesDenominacion->setObjectName("lblDetallesDenominacion");
   connect(flxDenominaciones, &QTableWidget::currentCellChanged, this,
           [this] { mostrarAyuda(Campo::Denominaciones); });
-  connect(flxDenominaciones, &QTableWidget::cellChanged, this,
-          [this](int fila, int columna) { protegido([&] { validarCelda(fila, columna); }); });
+  // A cell changes while the grid commits its editor: a message box shown
+  // there would close the editor under the grid's feet (and Qt then touches
+  // the deleted editor), so the cell is checked once the commit is over.
+  connect(flxDenominaciones, &QTableWidget::cellChanged, this, [this](int fila, int columna) {
+    QTimer::singleShot(0, this,
+                       [this, fila, columna] { protegido([&] { validarCelda(fila, columna); }); });
+  });
 
   formulario_ = new QFormLayout;
   const std::tuple<const char*, const char*, QWidget*, Campo> filas[] = {

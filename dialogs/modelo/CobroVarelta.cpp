@@ -198,7 +198,9 @@ void CobroVarelta::completar(std::optional<std::size_t> i) {
     igtf = capar(igtf + CCur(falta.toDouble() * tasaIGTF / 100), montoIGTFApertura);
     falta = netoTrabajo + igtf - CCur(recibido);
   }
-  entrada = CCur(falta.toDouble() / medios[*i].Factor);
+  // A foreign method kept without a rate settles nothing: the input stays empty.
+  if (medios[*i].Factor != 0)
+    entrada = CCur(falta.toDouble() / medios[*i].Factor);
 }
 
 std::string CobroVarelta::ayuda(std::optional<std::size_t> i) const {
@@ -207,6 +209,10 @@ std::string CobroVarelta::ayuda(std::optional<std::size_t> i) const {
   const DescriptorMedio& d = medios.at(*i);
   if (d.Factor == 1.0)
     return d.TextoAyuda;
+  // No amount of a currency without a rate settles the rest; saying so beats
+  // the overflow its division would raise each time the input takes the focus.
+  if (d.Factor == 0)
+    return d.TextoAyuda + " (" + d.Titulo + " sin tasa de cambio)";
   Currency recibido = efectivo;
   for (const auto& m : medios)
     recibido += CCur(m.valor.toDouble() * m.Factor);

@@ -275,7 +275,12 @@ TEST_P(JornadaCaja, OpenSellListVoidAndCloseExactly) {
   const std::string venta = " --sesion 1 --operador ANA --aceptar";
   ASSERT_EQ(correr("cobrar --venta 100 --iva 16 --pago EFE=120 --documento FAC:1" + venta).estado,
             0);
-  ASSERT_EQ(correr("cobrar --venta 50 --pago efe=50 --documento FAC:2" + venta).estado, 0);
+  ASSERT_EQ(
+      correr("cobrar --venta 50 --pago efe=50 --documento FAC:2 --entidad C=LI:X" + venta).estado,
+      0);
+  EXPECT_EQ(CStr(db->ReadScalar("SELECT TipoEntidad || '|' || CodigoEntidad FROM "
+                                "MovimientosCaja WHERE TransID = 2")),
+            "C=LI|X");
   espera("cobrar --venta 50 --pago EFE=50 --documento FAC:2" + venta, 1,
          "ya se cobró en el movimiento 2");
   EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("166"));
