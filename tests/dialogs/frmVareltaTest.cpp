@@ -208,6 +208,14 @@ TEST_F(Dialogo, ForeignCashBearsIgtfShowsTheChangeAndSpaceCompletes) {
   EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(), "Pase la tarjeta");
   QTest::keyClick(tarjeta, Qt::Key_Space);
   EXPECT_EQ(tarjeta->text(), "100.00");
+  // A foreign method kept without a rate settles nothing, and says so.
+  auto* sinTasa = hijo<CajaNumerica>(*f, "txMediosX(7)");
+  sinTasa->setFocus();
+  EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(),
+            " (Factor cero sin tasa de cambio)");
+  QTest::keyClick(sinTasa, Qt::Key_Space);
+  EXPECT_EQ(sinTasa->text(), "0.00");
+  EXPECT_TRUE(entorno.util->mensajes.empty());
 }
 
 // The detail dialog's amount becomes the input's.
@@ -558,6 +566,13 @@ TEST_F(Detalle, CatalogueCreatesEditsAndRefusesToDeleteAUsedMethod) {
   f.findChild<QLineEdit*>("txCodigo")->setText("efe");
   EXPECT_FALSE(f.guardar());
   EXPECT_EQ(entorno.util->mensajes.back(), "Codigo reservado");
+
+  f.findChild<QLineEdit*>("txCodigo")->setText("div");
+  f.findChild<QCheckBox*>("chkMonedaExtranjera")->setChecked(true);
+  EXPECT_FALSE(f.guardar());
+  EXPECT_EQ(entorno.util->mensajes.back(),
+            "Un medio en moneda extranjera necesita un factor de cambio mayor que cero");
+  f.findChild<QCheckBox*>("chkMonedaExtranjera")->setChecked(false);
 
   f.findChild<QLineEdit*>("txCodigo")->setText("pmv");
   f.findChild<QLineEdit*>("txTitulo")->setText("Pago móvil");
