@@ -332,6 +332,7 @@ class Lector {
 
   // Expressions, from the loosest operator to the tightest.
   Expr expr();
+  Expr logica(std::string_view palabra, Expr (Lector::*lado)());
   Expr disyuncion();
   Expr conjuncion();
   Expr negacion();
@@ -391,8 +392,6 @@ std::string unir(const std::vector<Expr>& es) {
   return r;
 }
 
-// ---- amounts --------------------------------------------------------------
-
 Expr Lector::aDinero(Expr e) {
   switch (e.clase) {
     case Clase::Dinero:
@@ -448,8 +447,6 @@ bool Lector::dineroDe(const std::string& calificador, const std::string& columna
   }
   return nombresDinero().count(c) > 0;
 }
-
-// ---- statements -----------------------------------------------------------
 
 bool Lector::mencionaDinero() const {
   for (const Token& t : t_)
@@ -981,28 +978,26 @@ std::string Lector::leerReturning(Resultado& r) {
   return sql + leerListaResultado({}, r);
 }
 
-// ---- expressions ----------------------------------------------------------
-
 Expr Lector::expr() {
   return disyuncion();
 }
 
-Expr Lector::disyuncion() {
-  Expr a = conjuncion();
-  while (es("OR")) {
+// OR and AND give a truth value, whatever their sides are.
+Expr Lector::logica(std::string_view palabra, Expr (Lector::*lado)()) {
+  Expr a = (this->*lado)();
+  while (es(palabra)) {
     const std::string op = toma();
-    a = simple(a.sql + ' ' + op + ' ' + conjuncion().sql);
+    a = simple(a.sql + ' ' + op + ' ' + (this->*lado)().sql);
   }
   return a;
 }
 
+Expr Lector::disyuncion() {
+  return logica("OR", &Lector::conjuncion);
+}
+
 Expr Lector::conjuncion() {
-  Expr a = negacion();
-  while (es("AND")) {
-    const std::string op = toma();
-    a = simple(a.sql + ' ' + op + ' ' + negacion().sql);
-  }
-  return a;
+  return logica("AND", &Lector::negacion);
 }
 
 Expr Lector::negacion() {
