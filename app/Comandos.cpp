@@ -14,7 +14,7 @@
 #include "caja/dialogs/frmDefinirVuelto.h"
 #include "caja/dialogs/frmVarelta.h"
 #include "caja/movement/TempVarelta.h"
-#include "caja/service/CServiciosCaja.h"
+#include "caja/facade/CServiciosCaja.h"
 #include "caja/service/General.h"
 #include "caja/service/HostUtil.h"
 

@@ -9,9 +9,15 @@ set(CAJA_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/caja)
 install(TARGETS caja caja_sqlite caja_postgres EXPORT cajaTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
 foreach(carpeta IN LISTS CAJA_CARPETAS)
-  install(DIRECTORY ${carpeta}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/caja/${carpeta}
+  install(DIRECTORY caja/${carpeta}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/caja/${carpeta}
     COMPONENT dev FILES_MATCHING PATTERN "*.h")
 endforeach()
+# The facade's header lay under service/ until 0.2; programs that include it
+# from there keep compiling against the package.
+file(WRITE ${PROJECT_BINARY_DIR}/anterior/CServiciosCaja.h
+  "#pragma once\n#include \"caja/facade/CServiciosCaja.h\"\n")
+install(FILES ${PROJECT_BINARY_DIR}/anterior/CServiciosCaja.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/caja/service COMPONENT dev)
 install(EXPORT cajaTargets NAMESPACE caja:: DESTINATION ${CAJA_CMAKE_DIR} COMPONENT dev)
 
 configure_package_config_file(cmake/cajaConfig.cmake.in

@@ -1,4 +1,4 @@
-#include "caja/service/CServiciosCaja.h"
+#include "caja/facade/CServiciosCaja.h"
 
 #include "caja/base/Conversiones.h"
 #include "caja/base/Decimal.h"
@@ -8,25 +8,6 @@
 #include "caja/service/Settings.h"
 
 namespace caja {
-
-namespace {
-
-std::shared_ptr<DialogosCaja>& dialogosInstalados() {
-  static std::shared_ptr<DialogosCaja> dialogos;
-  return dialogos;
-}
-
-}  // namespace
-
-DialogosCaja& dialogosCaja() {
-  if (!dialogosInstalados())
-    throw errorEjecucion(err::kObjetoNoEstablecido);
-  return *dialogosInstalados();
-}
-
-void setDialogosCaja(std::shared_ptr<DialogosCaja> dialogos) {
-  dialogosInstalados() = std::move(dialogos);
-}
 
 CServiciosCaja::CServiciosCaja() {
   hostUtil().EstablecerTitulo("Varelta");

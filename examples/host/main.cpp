@@ -9,7 +9,7 @@
 #include <caja/host/IniSettingsStore.h>
 #include <caja/host/SqliteFactoria.h>
 #include <caja/movement/CVarelta.h>
-#include <caja/service/CServiciosCaja.h>
+#include <caja/facade/CServiciosCaja.h>
 #include <caja/service/Settings.h>
 #include <caja/service/TransaccionHost.h>
 #include <QApplication>

@@ -28,7 +28,7 @@
 #include "caja/dialogs/frmShowVuelto.h"
 #include "caja/dialogs/modelo/CobroVarelta.h"
 #include "caja/host/QtHostUtil.h"
-#include "caja/service/CServiciosCaja.h"
+#include "caja/facade/CServiciosCaja.h"
 #include "caja/uisupport/CajaNumerica.h"
 #include "caja/uisupport/clsComboWidth.h"
 #include "tests/support/HostPrueba.h"

@@ -1,4 +1,4 @@
-#include "caja/service/CServiciosCaja.h"
+#include "caja/facade/CServiciosCaja.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "caja/movement/CDetalleIngreso.h"
 #include "caja/movement/CVarelta.h"
 #include "caja/movement/TempVarelta.h"
-#include "caja/service/CServiciosCaja.h"
+#include "caja/facade/CServiciosCaja.h"
 #include "caja/service/TransaccionHost.h"
 #include "tests/support/HostPrueba.h"
 
