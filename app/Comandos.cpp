@@ -9,12 +9,14 @@
 #include "app/Salida.h"
 #include "app/Supervisores.h"
 #include "caja/base/Conversiones.h"
+#include "caja/base/Formato.h"
 #include "caja/base/Texto.h"
 #include "caja/dialogs/DialogosQt.h"
 #include "caja/dialogs/frmDefinirVuelto.h"
 #include "caja/dialogs/frmVarelta.h"
-#include "caja/movement/TempVarelta.h"
+#include "caja/drawer/SaldoCaja.h"
 #include "caja/facade/CServiciosCaja.h"
+#include "caja/movement/TempVarelta.h"
 #include "caja/service/General.h"
 #include "caja/service/HostUtil.h"
 
@@ -63,13 +65,15 @@ struct Venta {
   bool conDocumento = false;
   std::vector<Pago> pagos;
   std::vector<Pago> vueltos;  // "CREDITO" for the credited part
+  std::string clasificacion;  // empty for a sale
 };
 
-Venta ventaDe(Contexto& c) {
+// `opcion` names the amount: --venta for a sale, --monto for a refund.
+Venta ventaDe(Contexto& c, const char* opcion = "venta") {
   Venta v;
-  const auto venta = c.args.monto("venta");
+  const auto venta = c.args.monto(opcion);
   if (!venta)
-    throw ErrorUso("Falta --venta");
+    throw ErrorUso(std::string("Falta --") + opcion);
   v.venta = *venta;
   v.iva = c.args.monto("iva").value_or(Currency{});
   v.credito = c.args.monto("credito").value_or(Currency{});
@@ -235,11 +239,29 @@ void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, co
       [&] {
         antes();
         mov.Save(sesion, v.operador, v.tipoDoc, v.numDoc, v.tipoEnt, v.codEnt, v.titulo,
-                 Fecha::today());
+                 Fecha::today(), Variant(), v.clasificacion);
         mov.commitTransEf();
         anotarVuelto(c, mov, cambio);
       },
       [&] { olvidarGuardado(mov); });
+}
+
+// A line of `monto` in the method's own currency, valued at the catalogue's rate.
+std::shared_ptr<CDetalleIngreso> lineaDe(std::string codigo, Currency monto) {
+  const auto medio = ObtenerMedioPago(codigo);
+  auto linea = std::make_shared<CDetalleIngreso>();
+  linea->medio = codigo;
+  linea->montoNominal = monto;
+  linea->Monto = medio ? CCur(monto.toDouble() * medio->FactorCambio()) : monto;
+  return linea;
+}
+
+// Prints the movement as the database now holds it.
+int mostrarGuardado(Contexto& c, std::int32_t transId) {
+  CVarelta guardado;
+  guardado.load(transId);
+  salida(c).movimiento(guardado, vueltoDe(c, transId));
+  return kExito;
 }
 
 // One sale from the command line to the saved movement; `clave` names parked
@@ -270,10 +292,91 @@ int venderDesde(Contexto& c, const std::string* clave) {
     if (tomado.colDetalles->Count() == 0)
       throw Rechazo("La referencia " + *clave + " ya fue retomada en otra caja: nada se guardó");
   });
-  CVarelta guardado;
-  guardado.load(mov->TransID);
-  salida(c).movimiento(guardado, vueltoDe(c, guardado.TransID));
-  return kExito;
+  return mostrarGuardado(c, mov->TransID);
+}
+
+// Money leaving the till (a refund, a withdrawal) never takes a method's
+// drawer below zero, unless the cashier says --forzar: what is not in the
+// drawer cannot have been handed out.
+void exigirSaldo(Contexto& c, std::int32_t sesion, CVarelta& mov) {
+  if (c.args.bandera("forzar"))
+    return;
+  SaldoCaja saldo;
+  saldo.load(
+      CLng(c.db->ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {sesion})));
+  for (const auto& sale : *mov.detallesEfectivo()) {
+    const auto hay = saldo.detalles ? saldo.detalles->Find(sale->codigoMedio) : nullptr;
+    const Currency enCaja = hay ? hay->valorNominal : Currency{};
+    if (enCaja + sale->valorNominal < Currency{})
+      throw Rechazo("En la caja hay " + Format(Variant(enCaja), kFormatoMonto) + " de " +
+                    sale->codigoMedio + ": no alcanza para entregar " +
+                    Format(Variant(-sale->valorNominal), kFormatoMonto) +
+                    " (use --forzar si el dinero salió igual): nada se guardó");
+  }
+}
+
+int devolver(Contexto& c) {
+  Venta v = ventaDe(c, "monto");
+  // Given back: the dialog works on the negative amounts, the cashier types
+  // (and the command line gives) what leaves the till per method.
+  v.venta = -v.venta;
+  v.iva = -v.iva;
+  for (auto& p : v.pagos)
+    p.monto = -p.monto;
+  v.titulo = c.args.valor("titulo", "Devolución");
+  v.clasificacion = kDevolucion;
+  const std::int32_t sesionVenta = sesionDeVenta(c);
+  exigirTasa(c);
+  frmVarelta dialogo;
+  const auto mov = cobrarEn(dialogo, c, v, nullptr);
+  if (!mov)
+    throw Rechazo("Devolución no completada: nada se guardó");
+  if (!mov->Vuelto.isZero())
+    throw Rechazo("Lo entregado debe sumar exactamente el monto de la devolución: nada se guardó");
+  guardar(c, v, sesionVenta, *mov, nullptr, [&] { exigirSaldo(c, sesionVenta, *mov); });
+  return mostrarGuardado(c, mov->TransID);
+}
+
+// Cash put into the till or taken out of it without a sale: a movement of
+// its own kind, with one line per method, that moves the drawer.
+int moverEfectivo(Contexto& c, const char* clasificacion) {
+  const bool sale = clasificacion == std::string(kSalida);
+  Venta v;
+  v.clasificacion = clasificacion;
+  v.operador = c.args.valor("operador", "CAJERO");
+  const auto motivo = c.args.valor("motivo");
+  if (sale && (!motivo || motivo->empty()))
+    throw ErrorUso("Falta --motivo: diga por qué sale el dinero");
+  v.titulo = motivo.value_or("Entrada de efectivo");
+  v.pagos = pagos(c);
+  if (v.pagos.empty())
+    throw ErrorUso("Indique lo que se mueve con --pago CODIGO=MONTO");
+  const std::int32_t sesionVenta = sesionDeVenta(c);
+  exigirTasa(c);
+  CVarelta mov;
+  Currency suma;
+  for (const auto& [codigo, monto] : v.pagos) {
+    const auto linea = lineaDe(codigo, sale ? -monto : monto);
+    suma += linea->Monto;
+    mov.colDetalles->Add(linea);
+  }
+  if (suma < Currency{})
+    mov.Creditos = -suma;
+  else
+    mov.Debitos = suma;
+  guardar(c, v, sesionVenta, mov, nullptr, [&] {
+    if (sale)
+      exigirSaldo(c, sesionVenta, mov);
+  });
+  return mostrarGuardado(c, mov.TransID);
+}
+
+int entrada(Contexto& c) {
+  return moverEfectivo(c, kEntrada);
+}
+
+int salidaDeCaja(Contexto& c) {
+  return moverEfectivo(c, kSalida);
 }
 
 const std::string& clave(Contexto& c) {
@@ -351,14 +454,8 @@ int aparcar(Contexto& c) {
     throw Rechazo("La clave " + clave(c) + " ya está en uso: retómela, o descártela con caja " +
                   "revertir " + clave(c));
   CVarelta mov;
-  for (auto [codigo, monto] : lista) {
-    const auto medio = ObtenerMedioPago(codigo);
-    auto linea = std::make_shared<CDetalleIngreso>();
-    linea->medio = codigo;
-    linea->montoNominal = monto;
-    linea->Monto = medio ? CCur(monto.toDouble() * medio->FactorCambio()) : monto;
-    mov.colDetalles->Add(linea);
-  }
+  for (const auto& [codigo, monto] : lista)
+    mov.colDetalles->Add(lineaDe(codigo, monto));
   c.db->EnTransaccion([&] { TempVarelta().Save(clave(c), mov); });
   salida(c).lineas(clave(c), *mov.colDetalles);
   return kExito;
@@ -391,12 +488,30 @@ using Ejecutor = int (*)(Contexto&);
 const Opcion kOperador{"operador", "O", "quién lo hace (por omisión CAJERO)"};
 const Opcion kMaquina{"maquina", "N", "la máquina de la caja (por omisión 1)"};
 
+const Opcion kSesion{"sesion", "S", "sesión de la caja (por omisión la única abierta)"};
+const Opcion kForzar{"forzar", nullptr, "aunque deje la caja con saldo negativo"};
+const Opcion kPagoMovido{"pago", "CODIGO=MONTO", "lo que se mueve de ese medio, en su moneda",
+                         true};
+
+const std::vector<Opcion> kOpcionesDevolucion = {
+    {"monto", "M", "monto devuelto sin impuesto"},
+    {"iva", "I", "impuesto devuelto (por omisión 0)"},
+    {"titulo", "T", "título de la ventana y descripción del movimiento"},
+    kSesion,
+    kOperador,
+    {"documento", "TIPO:NUMERO", "el documento que se devuelve"},
+    {"entidad", "TIPO:CODIGO", "cliente (por omisión CLI:C0001)"},
+    {"pago", "CODIGO=MONTO", "lo entregado en ese medio (EFE: efectivo)", true},
+    {"aceptar", nullptr, "teclear lo entregado en el diálogo sin mostrarlo y aceptar"},
+    kForzar,
+};
+
 const std::vector<Opcion> kOpcionesCobro = {
     {"venta", "V", "monto de la venta sin impuesto"},
     {"iva", "I", "impuesto de la venta (por omisión 0)"},
     {"credito", "C", "crédito que se descuenta (por omisión 0)"},
     {"titulo", "T", "título de la ventana y descripción del movimiento"},
-    {"sesion", "S", "sesión de la caja (por omisión la única abierta)"},
+    kSesion,
     kOperador,
     {"documento", "TIPO:NUMERO", "documento que se cobra; uno ya cobrado se rechaza"},
     {"repetir", nullptr, "cobrar un documento ya cobrado"},
@@ -431,6 +546,19 @@ const std::vector<Comando>& comandos() {
        sesion},
       {{"cobrar", "--venta V [opciones]", "cobra una venta y guarda el movimiento", kOpcionesCobro},
        cobrar},
+      {{"devolver", "--monto M [opciones]",
+        "devuelve una venta: lo entregado por medio sale de la caja", kOpcionesDevolucion},
+       devolver},
+      {{"entrada",
+        "--pago CODIGO=MONTO ... [--motivo T]",
+        "entrada de efectivo sin venta (el fondo de apertura, por ejemplo)",
+        {kPagoMovido, {"motivo", "T", "por qué entra"}, kOperador, kSesion}},
+       entrada},
+      {{"salida",
+        "--pago CODIGO=MONTO ... --motivo T",
+        "salida de efectivo sin venta (a la caja fuerte, un pago a un proveedor)",
+        {kPagoMovido, {"motivo", "T", "por qué sale"}, kOperador, kSesion, kForzar}},
+       salidaDeCaja},
       {{"aparcar",
         "CLAVE --pago CODIGO=MONTO ...",
         "aparca líneas de pago bajo CLAVE",
@@ -498,6 +626,13 @@ const std::vector<Comando>& comandos() {
 }
 
 }  // namespace
+
+std::string tipoDe(const std::string& clasificacion) {
+  for (const char* tipo : {kDevolucion, kEntrada, kSalida})
+    if (equalsIgnoreCase(clasificacion, tipo))
+      return lowerAscii(tipo);
+  return "venta";
+}
 
 const std::vector<DefinicionComando>& definicionesComandos() {
   static const std::vector<DefinicionComando> lista = [] {

@@ -29,6 +29,14 @@ struct Contexto {
   bool conPantalla;
 };
 
+// The kind of a movement, kept in its Clasificacion: sales keep it empty, as
+// movements always had; refunds, cash put in and cash taken out are named.
+inline constexpr const char* kDevolucion = "DEVOLUCION";
+inline constexpr const char* kEntrada = "ENTRADA";
+inline constexpr const char* kSalida = "SALIDA";
+// The kind as listings show it: "venta", "devolucion", "entrada" or "salida".
+std::string tipoDe(const std::string& clasificacion);
+
 // The commands, with their options and help.
 const std::vector<DefinicionComando>& definicionesComandos();
 // Runs the command the line names on the open database.

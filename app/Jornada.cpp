@@ -134,46 +134,56 @@ Filtro filtroDe(Contexto& c) {
   return f;
 }
 
+// "TIPO:NUMERO", or nothing for a movement without a document (cash in and out).
+std::string documentoDe(const std::string& tipo, std::int32_t numero) {
+  return tipo.empty() ? "" : tipo + ":" + std::to_string(numero);
+}
+
 std::vector<FilaMovimiento> filasDe(Contexto& c, const Filtro& f) {
   std::vector<FilaMovimiento> filas;
   auto rs = c.db->openrecordset(
       "SELECT M.TransID, M.Fecha, M.Hora, M.Sesion, M.Operador, M.TipoDocumento, "
-      "M.NumeroDocumento, M.Debitos, M.Creditos, M.MontoIGTF, A.TransID AS Anulado "
+      "M.NumeroDocumento, M.Debitos, M.Creditos, M.MontoIGTF, M.Clasificacion, "
+      "A.TransID AS Anulado "
       "FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID "
       "WHERE 1 = 1" +
           f.condiciones + " ORDER BY M.TransID",
       f.args);
   for (; !rs->Eof(); rs->MoveNext())
-    filas.push_back({NzLong(rs->Fields("TransID")), NzFecha(rs->Fields("Fecha")),
-                     NzFecha(rs->Fields("Hora")), NzLong(rs->Fields("Sesion")),
-                     NzTexto(rs->Fields("Operador")),
-                     NzTexto(rs->Fields("TipoDocumento")) + ":" +
-                         std::to_string(NzLong(rs->Fields("NumeroDocumento"))),
-                     NzMoneda(rs->Fields("Debitos")), NzMoneda(rs->Fields("Creditos")),
-                     NzMoneda(rs->Fields("MontoIGTF")), !rs->Fields("Anulado").isNull()});
+    filas.push_back(
+        {NzLong(rs->Fields("TransID")), NzFecha(rs->Fields("Fecha")), NzFecha(rs->Fields("Hora")),
+         NzLong(rs->Fields("Sesion")), NzTexto(rs->Fields("Operador")),
+         documentoDe(NzTexto(rs->Fields("TipoDocumento")), NzLong(rs->Fields("NumeroDocumento"))),
+         NzMoneda(rs->Fields("Debitos")), NzMoneda(rs->Fields("Creditos")),
+         NzMoneda(rs->Fields("MontoIGTF")), !rs->Fields("Anulado").isNull(),
+         tipoDe(NzTexto(rs->Fields("Clasificacion")))});
   return filas;
 }
 
-// Totals of the movements that stand (voided ones left out), added here
-// rather than by the database so that no sum ever leaves Currency.
-std::vector<MontoMedio> totalesDe(Contexto& c, const Filtro& f) {
-  std::map<std::string, MontoMedio> porMedio;
+// Totals of the movements that stand (voided ones left out), per method, or
+// per kind of movement and method; added here rather than by the database so
+// that no sum ever leaves Currency.
+std::vector<MontoMedio> totalesDe(Contexto& c, const Filtro& f, bool porTipo) {
+  std::map<std::pair<std::string, std::string>, MontoMedio> grupos;
   auto rs = c.db->openrecordset(
-      "SELECT D.Medio, D.Monto, D.MontoNominal FROM DetallesVarelta D "
+      "SELECT D.Medio, D.Monto, D.MontoNominal, M.Clasificacion FROM DetallesVarelta D "
       "INNER JOIN MovimientosCaja M ON M.TransID = D.TransID "
       "LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE A.TransID IS NULL" +
           f.condiciones,
       f.args);
   for (; !rs->Eof(); rs->MoveNext()) {
     const std::string medio = NzTexto(rs->Fields("Medio"));
-    auto& t = porMedio[upperAscii(medio)];
-    if (t.medio.empty())
+    const std::string tipo = porTipo ? tipoDe(NzTexto(rs->Fields("Clasificacion"))) : "";
+    auto& t = grupos[{tipo, upperAscii(medio)}];
+    if (t.medio.empty()) {
       t.medio = medio;
+      t.tipo = tipo;
+    }
     t.montoMN += NzMoneda(rs->Fields("Monto"));
     t.montoNominal += NzMoneda(rs->Fields("MontoNominal"));
   }
   std::vector<MontoMedio> totales;
-  for (const auto& [clave, t] : porMedio)
+  for (const auto& [clave, t] : grupos)
     totales.push_back(t);
   return totales;
 }
@@ -269,7 +279,8 @@ int movimientos(Contexto& c) {
   for (const auto& fila : filas)
     if (!fila.anulado)
       igtf += fila.igtf;
-  salida(c).movimientos(filas, totalesDe(c, f), igtf, c.args.bandera("csv"));
+  salida(c).movimientos(filas, totalesDe(c, f, false), totalesDe(c, f, true), igtf,
+                        c.args.bandera("csv"));
   return kExito;
 }
 
@@ -299,7 +310,14 @@ int anular(Contexto& c) {
 
 int cierre(Contexto& c) {
   const std::int32_t m = maquina(c);
-  Cierre registro{0, m, Fecha::now(), operador(c), lineasDeCierre(m, contados(c))};
+  // What made up the expected amounts: every standing movement of the till.
+  const Filtro deLaMaquina{" AND M.machineID = ?", {m}};
+  Cierre registro{0,
+                  m,
+                  Fecha::now(),
+                  operador(c),
+                  lineasDeCierre(m, contados(c)),
+                  totalesDe(c, deLaMaquina, true)};
   c.db->EnTransaccion([&] {
     c.db->ExecuteSQL("INSERT INTO hostCierres (MachineID, Fecha, Operador) VALUES (?, ?, ?)",
                      {m, registro.fecha, registro.operador});

@@ -51,6 +51,25 @@ void lineasTexto(std::ostream& out, Collection<CDetalleIngreso>& lineas) {
         << monto(d->Monto) << std::setw(24) << monto(d->montoNominal) << '\n';
 }
 
+// Totals per method, with their kind when they have one.
+std::string totalesJson(const std::vector<MontoMedio>& totales) {
+  std::string s = "[";
+  for (const auto& t : totales) {
+    if (s.size() > 1)
+      s += ",";
+    s += "{" + (t.tipo.empty() ? "" : "\"tipo\":" + json(t.tipo) + ",") +
+         "\"medio\":" + json(t.medio) + ",\"montoMN\":" + numero(t.montoMN) +
+         ",\"montoNominal\":" + numero(t.montoNominal) + "}";
+  }
+  return s + "]";
+}
+
+void totalesTexto(std::ostream& out, const std::vector<MontoMedio>& totales) {
+  for (const auto& t : totales)
+    out << "  " << (t.tipo.empty() ? "" : columna(t.tipo, 12)) << columna(t.medio, 6) << std::right
+        << std::setw(24) << monto(t.montoMN) << std::setw(24) << monto(t.montoNominal) << '\n';
+}
+
 }  // namespace
 
 std::string json(const std::string& texto) {
@@ -226,12 +245,13 @@ void Salida::tasa(double valor) {
 }
 
 void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
-                         const std::vector<MontoMedio>& totales, Currency igtf, bool conCsv) {
+                         const std::vector<MontoMedio>& totales,
+                         const std::vector<MontoMedio>& porTipo, Currency igtf, bool conCsv) {
   if (json_) {
     out_ << "{\"movimientos\":[";
     for (std::size_t i = 0; i < filas.size(); ++i) {
       const auto& f = filas[i];
-      out_ << (i ? "," : "") << "{\"numero\":" << f.numero
+      out_ << (i ? "," : "") << "{\"numero\":" << f.numero << ",\"tipo\":" << json(f.tipo)
            << ",\"fecha\":" << json(f.fecha.date().toString())
            << ",\"hora\":" << json(f.hora.timeOfDay().toString()) << ",\"sesion\":" << f.sesion
            << ",\"operador\":" << json(f.operador) << ",\"documento\":" << json(f.documento)
@@ -239,40 +259,40 @@ void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
            << ",\"igtf\":" << numero(f.igtf) << ",\"anulado\":" << (f.anulado ? "true" : "false")
            << "}";
     }
-    out_ << "],\"totales\":[";
-    for (std::size_t i = 0; i < totales.size(); ++i)
-      out_ << (i ? "," : "") << "{\"medio\":" << json(totales[i].medio)
-           << ",\"montoMN\":" << numero(totales[i].montoMN)
-           << ",\"montoNominal\":" << numero(totales[i].montoNominal) << "}";
-    out_ << "],\"igtf\":" << numero(igtf) << "}\n";
+    out_ << "],\"totales\":" << totalesJson(totales) << ",\"porTipo\":" << totalesJson(porTipo)
+         << ",\"igtf\":" << numero(igtf) << "}\n";
     return;
   }
   if (conCsv) {
-    out_ << "numero,fecha,hora,sesion,operador,documento,debitos,creditos,igtf,anulado\r\n";
+    out_ << "numero,fecha,hora,sesion,operador,documento,debitos,creditos,igtf,anulado,tipo\r\n";
     for (const auto& f : filas)
       out_ << f.numero << ',' << f.fecha.date().toString() << ',' << f.hora.timeOfDay().toString()
            << ',' << f.sesion << ',' << csv(f.operador) << ',' << csv(f.documento) << ','
            << numero(f.debitos) << ',' << numero(f.creditos) << ',' << numero(f.igtf) << ','
-           << (f.anulado ? "si" : "no") << "\r\n";
+           << (f.anulado ? "si" : "no") << ',' << f.tipo << "\r\n";
     out_ << "\r\nmedio,montoMN,montoNominal\r\n";
     for (const auto& t : totales)
       out_ << csv(t.medio) << ',' << numero(t.montoMN) << ',' << numero(t.montoNominal) << "\r\n";
     out_ << "IGTF," << numero(igtf) << ",\r\n";
+    out_ << "\r\ntipo,medio,montoMN,montoNominal\r\n";
+    for (const auto& t : porTipo)
+      out_ << t.tipo << ',' << csv(t.medio) << ',' << numero(t.montoMN) << ','
+           << numero(t.montoNominal) << "\r\n";
     return;
   }
-  out_ << "Número  Fecha       Hora      Sesión  Operador    Documento         Débitos        "
-          "Créditos     IGTF\n";
+  out_ << "Número  Tipo        Fecha       Hora      Sesión  Operador    Documento         Débitos"
+          "        Créditos     IGTF\n";
   for (const auto& f : filas)
-    out_ << std::left << std::setw(8) << f.numero << f.fecha.date().toString() << "  "
-         << f.hora.timeOfDay().toString() << "  " << std::setw(8) << f.sesion
-         << columna(f.operador, 12) << columna(f.documento, 12) << std::right << std::setw(14)
-         << monto(f.debitos) << std::setw(16) << monto(f.creditos) << std::setw(9) << monto(f.igtf)
-         << (f.anulado ? "  ANULADO" : "") << '\n';
+    out_ << std::left << std::setw(8) << f.numero << columna(f.tipo, 12)
+         << f.fecha.date().toString() << "  " << f.hora.timeOfDay().toString() << "  "
+         << std::setw(8) << f.sesion << columna(f.operador, 12) << columna(f.documento, 12)
+         << std::right << std::setw(14) << monto(f.debitos) << std::setw(16) << monto(f.creditos)
+         << std::setw(9) << monto(f.igtf) << (f.anulado ? "  ANULADO" : "") << '\n';
   out_ << "Totales por medio (moneda nacional, nominal), sin los anulados:\n";
-  for (const auto& t : totales)
-    out_ << "  " << columna(t.medio, 6) << std::right << std::setw(24) << monto(t.montoMN)
-         << std::setw(24) << monto(t.montoNominal) << '\n';
+  totalesTexto(out_, totales);
   out_ << "  " << columna("IGTF", 6) << std::setw(24) << monto(igtf) << '\n';
+  out_ << "Por tipo de movimiento y medio:\n";
+  totalesTexto(out_, porTipo);
 }
 
 void Salida::cierres(const std::vector<Cierre>& lista) {
@@ -291,7 +311,10 @@ void Salida::cierres(const std::vector<Cierre>& lista) {
              << ",\"tipoCambio\":" << numero(l.tipoCambio) << ",\"contado\":" << numero(l.contado)
              << ",\"diferencia\":" << numero(l.diferencia) << "}";
       }
-      out_ << "]}";
+      out_ << "]";
+      if (!c.porTipo.empty())
+        out_ << ",\"porTipo\":" << totalesJson(c.porTipo);
+      out_ << "}";
     }
     out_ << "]\n";
     return;
@@ -308,6 +331,10 @@ void Salida::cierres(const std::vector<Cierre>& lista) {
            << std::setw(21) << monto(l.esperadoNominal) << std::setw(10)
            << Format(Variant(l.tipoCambio), "#,##0.0000") << std::setw(16) << monto(l.contado)
            << std::setw(16) << monto(l.diferencia) << '\n';
+    if (!c.porTipo.empty()) {
+      out_ << "  Lo esperado por tipo de movimiento y medio, sin los anulados:\n";
+      totalesTexto(out_, c.porTipo);
+    }
   }
 }
 

@@ -17,11 +17,13 @@ struct FilaMovimiento {
   std::string operador, documento;
   Currency debitos, creditos, igtf;
   bool anulado;
+  std::string tipo;  // "venta", "devolucion", "entrada" or "salida"
 };
 
 struct MontoMedio {
   std::string medio;
   Currency montoMN, montoNominal;
+  std::string tipo = {};  // the kind of movement, in totals per kind
 };
 
 struct SesionAbierta {
@@ -42,6 +44,9 @@ struct Cierre {
   Fecha fecha;
   std::string operador;
   std::vector<LineaCierre> lineas;
+  // The expected amounts' make-up per kind of movement; empty for closings
+  // read back from the database, which keep the count alone.
+  std::vector<MontoMedio> porTipo = {};
 };
 
 // Prints what the commands show, as text for people or as JSON for scripts.
@@ -58,9 +63,10 @@ class Salida {
   void sesion(std::int32_t numero, std::int32_t maquina);
   void sesiones(const std::vector<SesionAbierta>& lista);
   void tasa(double valor);
-  // One row per movement, then the totals per method and the IGTF.
+  // One row per movement, then the totals per method, per kind and method,
+  // and the IGTF.
   void movimientos(const std::vector<FilaMovimiento>& filas, const std::vector<MontoMedio>& totales,
-                   Currency igtf, bool csv);
+                   const std::vector<MontoMedio>& porTipo, Currency igtf, bool csv);
   void cierres(const std::vector<Cierre>& lista);
 
  private:

@@ -213,6 +213,10 @@ TEST_P(CajaProceso, FaultyCommandLinesAreRefusedInOneSpanishLineAndWriteNothing)
       {"cierre --contado EFE=5 --contado efe=6", 2, "se contó más de una vez"},
       {"cierre --denominaciones EFE:20", 2, "Denominación no válida: 20"},
       {"anular 99", 1, "Movimiento 99 no encontrado"},
+      {"devolver --pago EFE=5 --aceptar", 2, "Falta --monto"},
+      {"entrada --motivo Fondo", 2, "Indique lo que se mueve con --pago"},
+      {"salida --pago EFE=5", 2, "Falta --motivo"},
+      {"salida --pago EFE=5 --motivo Banco", 1, "En la caja hay 0.00 de EFE"},
   };
   const std::string antes = huella(*db);
   for (const Caso& c : casos) {
@@ -260,6 +264,46 @@ TEST_P(CajaProceso, SplitChangeMovesTheDrawerByExactlyWhatLeftIt) {
   EXPECT_EQ(monto("SELECT Debitos FROM MovimientosCaja WHERE TransID = 2"), cur("652"));
 }
 
+// A day: a float of 200 Bs. and 10 USD; 116.00 paid with 120 Bs. (4 back);
+// 70.00 paid with 2 USD (73.00; IGTF 3% of 73.00 capped at 3% of the sale,
+// 2.10; 0.90 Bs. back); 58.00 refunded in cash; 100 Bs. and 5 USD taken out.
+// The drawer ends with 157.10 Bs. and 7 USD, and the closing shows each
+// kind's part.
+TEST_P(CajaProceso, ARefundAFloatAndWithdrawalsCloseWithTheAmountsCountedByHand) {
+  const std::vector<std::string> dia = {
+      "entrada --pago EFE=200 --pago usd=10 --motivo Fondo",
+      "cobrar --venta 100 --iva 16 --pago EFE=120 --documento FAC:1 --aceptar",
+      "cobrar --venta 70 --pago USD=2 --aceptar",
+      "devolver --monto 50 --iva 8 --pago EFE=58 --documento FAC:1 --aceptar",
+      "salida --pago EFE=100 --motivo \"Caja fuerte\"",
+      "salida --pago USD=5 --motivo Proveedor",
+  };
+  for (const auto& paso : dia)
+    ASSERT_EQ(correr(paso).estado, 0) << paso;
+  espera("salida --pago USD=7.01 --motivo Banco", 1, "En la caja hay 7.00 de USD");
+  espera("devolver --monto 200 --pago EFE=200 --aceptar", 1, "no alcanza para entregar 200.00");
+  espera("devolver --monto 5 --pago EFE=4 --aceptar", 1, "sumar exactamente");
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja"), 6);
+  EXPECT_EQ(monto("SELECT Creditos FROM MovimientosCaja WHERE TransID = 4 AND TipoDocumento = "
+                  "'FAC' AND NumeroDocumento = 1"),
+            cur("58"));
+  espera("movimiento 4", 0, "Conceptos:  FAC 1 (0.00 / 58.00)");
+
+  espera("movimientos --csv", 0, ",0,58,0,no,devolucion\r\n");
+  espera("cierre --contado EFE=157.1 --contado USD=7 --json", 0,
+         "\"medio\":\"EFE\",\"esperadoMN\":157.1,\"esperadoNominal\":157.1,\"tipoCambio\":1,"
+         "\"contado\":157.1,\"diferencia\":0}");
+  const Resultado cierre = correr("cierre --contado EFE=157.1 --contado USD=7 --json");
+  for (const char* parte :
+       {"\"medio\":\"USD\",\"esperadoMN\":255.5,\"esperadoNominal\":7,",
+        "{\"tipo\":\"devolucion\",\"medio\":\"EFE\",\"montoMN\":-58,\"montoNominal\":-58}",
+        "{\"tipo\":\"entrada\",\"medio\":\"USD\",\"montoMN\":365,\"montoNominal\":10}",
+        "{\"tipo\":\"salida\",\"medio\":\"EFE\",\"montoMN\":-100,\"montoNominal\":-100}",
+        "{\"tipo\":\"venta\",\"medio\":\"EFE\",\"montoMN\":115.1,\"montoNominal\":115.1}",
+        "{\"tipo\":\"venta\",\"medio\":\"USD\",\"montoMN\":73,\"montoNominal\":2}"})
+    EXPECT_NE(cierre.salida.find(parte), std::string::npos) << parte << "\n" << cierre.salida;
+}
+
 CAJA_EN_CADA_MOTOR(CajaProceso);
 
 // A till's day from a database made without --demo.
@@ -284,7 +328,7 @@ TEST_P(JornadaCaja, OpenSellListVoidAndCloseExactly) {
   espera("cobrar --venta 50 --pago EFE=50 --documento FAC:2" + venta, 1,
          "ya se cobró en el movimiento 2");
   EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("166"));
-  espera("movimientos --csv", 0, ",1,ANA,FAC:1,116,0,0,no\r\n");
+  espera("movimientos --csv", 0, ",1,ANA,FAC:1,116,0,0,no,venta\r\n");
   espera("movimientos --csv", 0, "\r\nEFE,166,166\r\nIGTF,0,\r\n");
 
   ASSERT_EQ(correr("anular 1 --motivo \"cliente \\\"arrepentido\\\"\"").estado, 0);
