@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "app/Demo.h"
+#include "app/Diario.h"
 #include "app/Salida.h"
 #include "app/Supervisores.h"
 #include "caja/base/Conversiones.h"
@@ -231,10 +232,11 @@ std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId) {
 }
 
 // Saves and commits in one host transaction, after `antes` (which may refuse)
-// and with the change: a failed save leaves nothing, and a save that collided
-// with another till's runs again.
-void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, const Vuelto* cambio,
-             const std::function<void()>& antes) {
+// and with the change and the movement's key: a failed save leaves nothing,
+// and a save that collided with another till's runs again.
+void guardarEn(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
+               const Vuelto* cambio, const std::function<void()>& antes) {
+  const std::string clave = nuevaClave();
   c.db->EnTransaccion(
       [&] {
         antes();
@@ -242,8 +244,31 @@ void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, co
                  Fecha::today(), Variant(), v.clasificacion);
         mov.commitTransEf();
         anotarVuelto(c, mov, cambio);
+        c.db->ExecuteSQL("INSERT INTO hostClaves (Clave, TransID) VALUES (?, ?)",
+                         {clave, mov.TransID});
       },
       [&] { olvidarGuardado(mov); });
+}
+
+// A server lost in the middle of the save leaves nothing there (its
+// transaction never committed): the sale goes whole to the till's journal.
+void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, const Vuelto* cambio,
+             const std::function<void()>& antes) {
+  try {
+    guardarEn(c, v, sesion, mov, cambio, antes);
+  } catch (const CajaError& e) {
+    const auto diario = c.conServidor && !c.sinConexion && e.number() == kErrorConexion
+                            ? abrirDiario(false)
+                            : nullptr;
+    if (!diario)
+      throw;
+    c.db = diario;
+    c.sinConexion = true;
+    InicializarEntorno(diario);
+    guardarEn(c, v, sesion, mov, cambio, antes);
+  }
+  if (c.sinConexion)
+    std::cerr << "guardado sin conexión; se enviará al volver el servidor" << std::endl;
 }
 
 // A line of `monto` in the method's own currency, valued at the catalogue's rate.
@@ -405,6 +430,8 @@ int saldo(Contexto& c) {
   return kExito;
 }
 
+// A movement by its number, by the document it charged, or by the number it
+// had in the till's journal (the server's once sent, the journal's before).
 int movimiento(Contexto& c) {
   CVarelta mov;
   bool hallado = false;
@@ -413,15 +440,47 @@ int movimiento(Contexto& c) {
     hallado = mov.LoadFromDocumento(
                   tipo, static_cast<std::int32_t>(enteroDe(numero, "--documento", 0, kMaximo32))) &&
               mov.load(mov.TransID);
+  } else if (const auto local = c.args.entero("local", 1, kMaximo32)) {
+    const auto diario = c.sinConexion ? c.db : abrirDiario(false);
+    const std::int32_t enServidor =
+        diario ? numeroEnServidor(*diario, static_cast<std::int32_t>(*local)) : -1;
+    if (enServidor == 0 && !c.sinConexion) {
+      c.db = diario;
+      InicializarEntorno(diario);
+      c.out << "Pendiente de envío: el movimiento del diario de esta caja\n";
+    }
+    hallado =
+        enServidor >= 0 &&
+        mov.load(enServidor > 0 && !c.sinConexion ? enServidor : static_cast<std::int32_t>(*local));
   } else if (!c.args.posicionales().empty()) {
     hallado = mov.load(
         static_cast<std::int32_t>(enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32)));
   } else {
-    throw ErrorUso("Indique NUMERO o --documento TIPO:NUMERO");
+    throw ErrorUso("Indique NUMERO, --documento TIPO:NUMERO o --local NUMERO");
   }
   if (!hallado)
     throw Rechazo("Movimiento no encontrado");
   salida(c).movimiento(mov, vueltoDe(c, mov.TransID));
+  return kExito;
+}
+
+int sincronizar(Contexto& c) {
+  const auto diario = abrirDiario(false);
+  const Envio envio = diario ? app::sincronizar(c.db, diario) : Envio{};
+  for (const auto& [local, servidor] : envio.enviados)
+    c.out << "Movimiento local " << local << " enviado: " << servidor << " en el servidor\n";
+  c.out << envio.enviados.size() << " movimientos enviados\n";
+  for (const auto& conflicto : envio.conflictos)
+    std::cerr << conflicto << '\n';
+  return envio.conflictos.empty() ? kExito : kRechazado;
+}
+
+int pendientesDeEnvio(Contexto& c) {
+  const auto lista = pendientes(*c.db);
+  for (const Pendiente& p : lista)
+    c.out << p.numeroLocal << "  " << p.clave << "  " << p.fecha << "  " << p.documento << "  "
+          << p.debitos.toMachineText() << "  " << p.creditos.toMachineText() << '\n';
+  c.out << lista.size() << " movimientos pendientes de envío\n";
   return kExito;
 }
 
@@ -573,9 +632,10 @@ const std::vector<Comando>& comandos() {
        retomar},
       {{"revertir", "CLAVE", "descarta lo aparcado bajo CLAVE", {}, 1, 1}, revertir},
       {{"movimiento",
-        "NUMERO | --documento TIPO:NUMERO",
+        "NUMERO | --documento TIPO:NUMERO | --local NUMERO",
         "un movimiento guardado con sus líneas, totales y conceptos",
-        {{"documento", "TIPO:NUMERO", "el movimiento que cobró ese documento"}},
+        {{"documento", "TIPO:NUMERO", "el movimiento que cobró ese documento"},
+         {"local", "NUMERO", "el movimiento con ese número en el diario de esta caja"}},
         0,
         1},
        movimiento},
@@ -595,6 +655,14 @@ const std::vector<Comando>& comandos() {
         1,
         1},
        anular},
+      {{"sincronizar",
+        "",
+        "envía al servidor lo guardado sin conexión, del más antiguo al más nuevo; sale con 1 "
+        "si un documento quedó cobrado en más de una caja",
+        {}},
+       sincronizar},
+      {{"pendientes", "", "lo guardado sin conexión que espera su envío al servidor", {}},
+       pendientesDeEnvio},
       {{"saldo", "[--maquina N]", "el saldo de la caja por medio, con su tasa", {kMaquina}}, saldo},
       {{"cierre",
         "[--maquina N] [--contado CODIGO=MONTO ...] [--denominaciones CODIGO:VxC,...]",

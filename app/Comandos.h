@@ -27,6 +27,8 @@ struct Contexto {
   std::shared_ptr<HostSql> db;
   std::ostream& out;
   bool conPantalla;
+  bool conServidor = false;  // --db names a server
+  bool sinConexion = false;  // ...which could not be reached: `db` is the till's journal
 };
 
 // The kind of a movement, kept in its Clasificacion: sales keep it empty, as

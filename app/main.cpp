@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "app/Comandos.h"
+#include "app/Diario.h"
 #include "app/Supervisores.h"
 #include "caja/host/IniSettingsStore.h"
 #include "caja/host/PostgresFactoria.h"
@@ -70,13 +71,62 @@ void instalarPausaDePrueba(HostSql& db) {
   });
 }
 
+bool esUno(const std::string& comando, std::initializer_list<const char*> lista) {
+  for (const char* c : lista)
+    if (comando == c)
+      return true;
+  return false;
+}
+
+// Commands that save a movement: on a server they keep the journal's copy of
+// what a sale reads fresh and send what waits first; without the server they
+// save in the journal.
+bool guardaMovimiento(const std::string& comando) {
+  return esUno(comando, {"cobrar", "devolver", "entrada", "salida"});
+}
+
+// Opens what the command works on. A server that cannot be reached leaves
+// the commands that save or read a till's figures on the till's journal.
+void abrir(Contexto& c) {
+  const auto uri = c.args.valor("db");
+  c.conServidor = uri && PostgresFactoria::EsUri(*uri);
+  const std::string& comando = c.args.comando();
+  if (comando == "pendientes") {
+    c.db = abrirDiario(false);
+    if (!c.db)
+      c.db = abrirDiario(true);
+    return;
+  }
+  try {
+    c.db = abrirBaseDeDatos(c.args);
+  } catch (const CajaError& e) {
+    const bool local =
+        guardaMovimiento(comando) || esUno(comando, {"saldo", "movimientos", "movimiento"});
+    c.db = c.conServidor && e.number() == kErrorConexion && local ? abrirDiario(false) : nullptr;
+    if (!c.db)
+      throw;
+    c.sinConexion = true;
+    if (!guardaMovimiento(comando))
+      std::cerr << "Sin conexión con el servidor: cifras locales de esta caja" << std::endl;
+    return;
+  }
+  if (c.conServidor && guardaMovimiento(comando)) {
+    const auto diario = abrirDiario(true);
+    InicializarEntorno(c.db);
+    copiarReferencias(*c.db, *diario);
+    for (const auto& conflicto : sincronizar(c.db, diario).conflictos)
+      std::cerr << conflicto << std::endl;
+  }
+}
+
 int ejecutar(const LineaComandos& args, bool conPantalla) {
-  const auto db = abrirBaseDeDatos(args);
+  Contexto contexto{args, nullptr, std::cout, conPantalla};
+  abrir(contexto);
+  const auto& db = contexto.db;
   InicializarEntorno(db);
   db->SetCarpetaIconos(QCoreApplication::applicationDirPath().toStdString() + "/iconos");
   instalarVerificador(*db, conPantalla);
   instalarPausaDePrueba(*db);
-  Contexto contexto{args, db, std::cout, conPantalla};
   return ejecutarComando(contexto);
 }
 

@@ -180,6 +180,14 @@ const std::vector<Tabla> kTablas = {
       {"contado", T::Dinero, "NOT NULL DEFAULT 0"},
       {"diferencia", T::Dinero, "NOT NULL DEFAULT 0"}},
      "PRIMARY KEY (idCierre, codigoMedio)"},
+    // Each movement's key made at the till, for sending a till's journal to
+    // the server exactly once; in the journal, the number the server gave
+    // it once sent. Last, so that a server schema without it is completed.
+    {"hostClaves",
+     {{"Clave", T::TextoExacto, "PRIMARY KEY"},
+      {"TransID", T::Entero, "NOT NULL REFERENCES MovimientosCaja (TransID)"},
+      {"TransIDServidor", T::Entero, ""}},
+     {}},
 };
 
 const std::vector<Indice> kIndices = {

@@ -31,7 +31,7 @@ namespace caja {
 class SqliteFactoria : public HostSql {
  public:
   // Schema version kept in PRAGMA user_version.
-  static constexpr int kVersionEsquema = 3;
+  static constexpr int kVersionEsquema = 4;
 
   // Opens or creates the file; raises kErrorBaseDatos when it cannot.
   static std::shared_ptr<SqliteFactoria> Abrir(const std::string& archivo);

@@ -1,0 +1,199 @@
+#include "app/Diario.h"
+
+#include <QUuid>
+#include <cstdlib>
+#include <filesystem>
+
+#include "caja/base/Conversiones.h"
+#include "caja/host/DialectoSql.h"
+#include "caja/host/SqliteFactoria.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
+
+namespace caja::app {
+
+namespace {
+
+// What a sale reads besides the movements: copied whole from the server.
+constexpr const char* kReferencias[] = {"MediosPago",        "SesionesPOS",    "SesionesCerradas",
+                                        "parametrosEmpresa", "hostEmpresa",    "hostEntidades",
+                                        "hostSupervisores",  "generalEmisores"};
+
+const Tabla& tablaDe(const std::string& nombre) {
+  for (const Tabla& t : tablasEsquema())
+    if (t.nombre == nombre)
+      return t;
+  throw CajaError(kErrorBaseDatos, "caja", "Tabla desconocida: " + nombre);
+}
+
+void copiarTabla(HostSql& servidor, HostSql& diario, const Tabla& t) {
+  std::string columnas, marcas;
+  for (const Columna& c : t.columnas) {
+    columnas += (columnas.empty() ? "" : ", ") + std::string(c.nombre);
+    marcas += marcas.empty() ? "?" : ", ?";
+  }
+  const std::string tabla(t.nombre);
+  diario.ExecuteSQL("DELETE FROM " + tabla);
+  auto rs = servidor.openrecordset("SELECT " + columnas + " FROM " + tabla);
+  const std::string insertar =
+      "INSERT INTO " + tabla + " (" + columnas + ") VALUES (" + marcas + ")";
+  for (; !rs->Eof(); rs->MoveNext()) {
+    Argumentos fila;
+    for (int i = 0; i < rs->FieldCount(); ++i)
+      fila.push_back(rs->Fields(i));
+    diario.ExecuteSQL(insertar, fila);
+  }
+}
+
+// The movement of the journal as saved there, with how its change went back.
+struct Guardado {
+  CVarelta mov;
+  std::vector<Argumentos> vueltos;  // Medio, Monto, MontoNominal
+};
+
+Guardado leerDelDiario(HostSql& diario, std::int32_t local) {
+  Guardado g;
+  g.mov.load(local);
+  auto rs = diario.openrecordset(
+      "SELECT Medio, Monto, MontoNominal FROM hostVueltos WHERE TransID = ?", {local});
+  for (; !rs->Eof(); rs->MoveNext())
+    g.vueltos.push_back({rs->Fields(0), rs->Fields(1), rs->Fields(2)});
+  return g;
+}
+
+// A sale of a document the server already holds as charged (not voided):
+// both are kept, and the conflict is named.
+std::string conflictoDe(HostSql& servidor, const CVarelta& mov) {
+  if (mov.TipoDocRel.empty() || !mov.Clasificacion.empty())
+    return "";
+  auto rs = servidor.openrecordset(
+      "SELECT M.TransID FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON A.TransID = "
+      "M.TransID WHERE M.TipoDocumento = ? AND M.NumeroDocumento = ? AND A.TransID IS NULL "
+      "AND COALESCE(M.Clasificacion, '') = '' ORDER BY M.TransID",
+      {mov.TipoDocRel, mov.NumeroDocRel});
+  std::string previos;
+  for (; !rs->Eof(); rs->MoveNext())
+    previos += (previos.empty() ? "" : ", ") + std::to_string(CLng(rs->Fields(0)));
+  if (previos.empty())
+    return "";
+  return "El documento " + mov.TipoDocRel + " " + std::to_string(mov.NumeroDocRel) +
+         " se cobró en más de una caja: movimientos " + previos + " y ";
+}
+
+// The movement as before its first save: no number, lines without ids.
+void olvidarNumeros(CVarelta& mov) {
+  mov.TransID = 0;
+  for (const auto& d : *mov.colDetalles)
+    d->Id = 0;
+}
+
+// One movement to the server in one transaction, unless the server has its
+// key already; the server's number either way.
+std::int32_t enviar(HostSql& servidor, Guardado& g, const std::string& clave,
+                    std::string& conflicto) {
+  std::int32_t numero = 0;
+  servidor.EnTransaccion(
+      [&] {
+        const Variant previo =
+            servidor.ReadScalar("SELECT TransID FROM hostClaves WHERE Clave = ?", {clave});
+        if (!previo.isEmpty()) {
+          numero = CLng(previo);
+          return;
+        }
+        conflicto = conflictoDe(servidor, g.mov);
+        CVarelta& m = g.mov;
+        olvidarNumeros(m);
+        m.Save(m.Sesion, m.Operador, m.TipoDocRel, m.NumeroDocRel, m.TipoEntidad, m.CodigoEntidad,
+               m.Descripcion, m.fecha, Variant(), m.Clasificacion, m.Beneficiario, m.montoIGTF,
+               m.tipoCambio);
+        m.commitTransEf();
+        for (auto v : g.vueltos) {
+          v.insert(v.begin(), m.TransID);
+          servidor.ExecuteSQL(
+              "INSERT INTO hostVueltos (TransID, Medio, Monto, MontoNominal) VALUES (?, ?, ?, ?)",
+              v);
+        }
+        servidor.ExecuteSQL("INSERT INTO hostClaves (Clave, TransID) VALUES (?, ?)",
+                            {clave, m.TransID});
+        numero = m.TransID;
+      },
+      [&] { olvidarNumeros(g.mov); });
+  return numero;
+}
+
+}  // namespace
+
+std::string rutaDiario(bool crearCarpeta) {
+  const char* xdg = std::getenv("XDG_DATA_HOME");
+  const char* home = std::getenv("HOME");
+  const std::filesystem::path raiz =
+      xdg && *xdg ? std::filesystem::path(xdg)
+                  : std::filesystem::path(home ? home : ".") / ".local" / "share";
+  if (crearCarpeta)
+    std::filesystem::create_directories(raiz / "caja");
+  return (raiz / "caja" / "diario.db").string();
+}
+
+std::shared_ptr<HostSql> abrirDiario(bool crear) {
+  const std::string ruta = rutaDiario(crear);
+  if (!crear && !std::filesystem::exists(ruta))
+    return nullptr;
+  return SqliteFactoria::Abrir(ruta);
+}
+
+void copiarReferencias(HostSql& servidor, HostSql& diario) {
+  diario.EnTransaccion([&] {
+    for (const char* tabla : kReferencias)
+      copiarTabla(servidor, diario, tablaDe(tabla));
+  });
+}
+
+std::vector<Pendiente> pendientes(HostSql& diario) {
+  std::vector<Pendiente> lista;
+  auto rs = diario.openrecordset(
+      "SELECT K.Clave, K.TransID, M.Fecha, M.TipoDocumento, M.NumeroDocumento, M.Debitos, "
+      "M.Creditos FROM hostClaves K INNER JOIN MovimientosCaja M ON M.TransID = K.TransID "
+      "WHERE K.TransIDServidor IS NULL ORDER BY K.TransID");
+  for (; !rs->Eof(); rs->MoveNext()) {
+    const std::string tipo = NzTexto(rs->Fields(3));
+    lista.push_back({NzTexto(rs->Fields(0)), NzLong(rs->Fields(1)),
+                     NzFecha(rs->Fields(2)).date().toString(),
+                     tipo.empty() ? "" : tipo + ":" + std::to_string(NzLong(rs->Fields(4))),
+                     NzMoneda(rs->Fields(5)), NzMoneda(rs->Fields(6))});
+  }
+  return lista;
+}
+
+Envio sincronizar(const std::shared_ptr<HostSql>& servidor,
+                  const std::shared_ptr<HostSql>& diario) {
+  Envio envio;
+  for (const Pendiente& p : pendientes(*diario)) {
+    InicializarEntorno(diario);
+    Guardado g = leerDelDiario(*diario, p.numeroLocal);
+    InicializarEntorno(servidor);
+    std::string conflicto;
+    const std::int32_t numero = enviar(*servidor, g, p.clave, conflicto);
+    diario->ExecuteSQL("UPDATE hostClaves SET TransIDServidor = ? WHERE Clave = ?",
+                       {numero, p.clave});
+    envio.enviados.emplace_back(p.numeroLocal, numero);
+    if (!conflicto.empty())
+      envio.conflictos.push_back(conflicto + std::to_string(numero));
+  }
+  InicializarEntorno(servidor);
+  return envio;
+}
+
+std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local) {
+  auto rs =
+      diario.openrecordset("SELECT TransIDServidor FROM hostClaves WHERE TransID = ?", {local});
+  if (rs->Eof())
+    return -1;
+  return NzLong(rs->Fields(0));
+}
+
+std::string nuevaClave() {
+  return QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString();
+}
+
+}  // namespace caja::app

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "caja/host/HostSql.h"
+
+namespace caja::app {
+
+// A till configured for a server keeps a journal: an SQLite file in its data
+// folder with the server's schema, a copy of what a sale reads (catalogue,
+// sessions, rate, company) and the movements saved while the server could
+// not be reached, each under the key made for it at the till (hostClaves).
+// Sending a movement is idempotent: the server keeps the key with the
+// movement, and a key it already has is only marked as sent.
+
+// The journal file: <data folder>/caja/diario.db.
+std::string rutaDiario(bool crearCarpeta);
+// The journal, created when `crear`; nullptr when it is not there.
+std::shared_ptr<HostSql> abrirDiario(bool crear);
+// Replaces the journal's copy of what a sale reads with the server's.
+void copiarReferencias(HostSql& servidor, HostSql& diario);
+
+// A movement waiting in the journal.
+struct Pendiente {
+  std::string clave;
+  std::int32_t numeroLocal;
+  std::string fecha, documento;
+  Currency debitos, creditos;
+};
+std::vector<Pendiente> pendientes(HostSql& diario);
+
+// What one run of sending did: the movements sent, with their local and
+// server numbers, and the documents that ended up charged more than once.
+struct Envio {
+  std::vector<std::pair<std::int32_t, std::int32_t>> enviados;
+  std::vector<std::string> conflictos;
+};
+// Sends the pending movements, oldest first, each in one server transaction;
+// the component's host is the server afterwards.
+Envio sincronizar(const std::shared_ptr<HostSql>& servidor, const std::shared_ptr<HostSql>& diario);
+
+// The server's number of a movement saved in the journal as `local`: 0 while
+// it waits to be sent, -1 when the journal has no such movement.
+std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local);
+// A new key for a movement: a random UUID.
+std::string nuevaClave();
+
+}  // namespace caja::app

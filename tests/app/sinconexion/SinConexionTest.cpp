@@ -1,0 +1,128 @@
+// Tills on a server that goes away and comes back. The tests stop and start
+// the test server itself (pg_ctlcluster, as scripts/test runs them under
+// pg_virtualenv), so ctest runs this program alone.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <random>
+#include <thread>
+
+#include "caja/base/Conversiones.h"
+#include "tests/support/HostPrueba.h"
+
+namespace caja {
+namespace {
+
+using test::cur;
+
+class SinConexion : public ::testing::Test, protected test::ConBase {
+ protected:
+  SinConexion() : ConBase(test::Motor::Postgres) {}
+
+  void SetUp() override {
+    if (!db || !std::getenv("PGVERSION"))
+      GTEST_SKIP() << "sin servidor PostgreSQL de prueba bajo pg_virtualenv";
+    ASSERT_EQ(caja(1, "init --demo"), 0);
+    for (int maquina = 2; maquina <= 4; ++maquina)
+      ASSERT_EQ(caja(maquina, "sesion abrir --maquina " + std::to_string(maquina)), 0);
+  }
+
+  // The test server, stopped or started.
+  static void servidor(const char* accion) {
+    const std::string cmd =
+        std::string("pg_ctlcluster \"$PGVERSION\" regress ") + accion + " -m fast >/dev/null 2>&1";
+    ASSERT_EQ(std::system(cmd.c_str()), 0) << accion;
+  }
+
+  // The command line of till `maquina` (session `maquina`), each with its
+  // own data folder and so its own journal.
+  std::string linea(int maquina, const std::string& argumentos) const {
+    const auto datos = carpeta.ruta() / ("caja" + std::to_string(maquina));
+    return "env -u DISPLAY XDG_DATA_HOME=" + datos.string() + " XDG_CONFIG_HOME=" + datos.string() +
+           " " + CAJA_BIN + " " + argumentos + " --db '" + destino() + "'";
+  }
+
+  int caja(int maquina, const std::string& argumentos) const {
+    const std::string cmd = linea(maquina, argumentos) + " >/dev/null 2>&1 </dev/null";
+    return WEXITSTATUS(std::system(cmd.c_str()));
+  }
+
+  std::string salida(int maquina, const std::string& argumentos) const {
+    std::string texto;
+    FILE* p = popen((linea(maquina, argumentos) + " 2>/dev/null").c_str(), "r");
+    char buf[256];
+    while (p && fgets(buf, sizeof buf, p))
+      texto += buf;
+    if (p)
+      pclose(p);
+    return texto;
+  }
+
+  static std::string venta(int maquina, int i) {
+    return "cobrar --venta " + std::to_string(i) + " --pago EFE=" + std::to_string(i) +
+           " --sesion " + std::to_string(maquina) + " --aceptar";
+  }
+};
+
+// Four tills, 50 sales each of 1 to 50 Bs.; the server is away for sales 16
+// to 35. The first sale after it returns sends what waited.
+TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
+  for (int i = 1; i <= 50; ++i) {
+    if (i == 16)
+      servidor("stop");
+    if (i == 36)
+      servidor("start");
+    for (int maquina = 1; maquina <= 4; ++maquina)
+      ASSERT_EQ(caja(maquina, venta(maquina, i)), 0) << maquina << " " << i;
+  }
+  const auto db = otraConexion();
+  for (int maquina = 1; maquina <= 4; ++maquina) {
+    EXPECT_EQ(caja(maquina, "sincronizar"), 0);
+    EXPECT_NE(salida(maquina, "pendientes").find("0 movimientos pendientes"), std::string::npos);
+    // 1 + 2 + ... + 50.
+    EXPECT_EQ(CCur(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = ?", {maquina})),
+              cur("1275"));
+  }
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 200);
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(DISTINCT Clave) FROM hostClaves")), 200);
+}
+
+// A till killed at random points while it sends its journal: after a last
+// sincronizar every movement is on the server once. CAJA_MATANZAS sets how
+// many kills (5 by default, 50 or more for the long run).
+TEST_F(SinConexion, KilledWhileSendingNeitherLosesNorRepeatsAMovement) {
+  const char* veces = std::getenv("CAJA_MATANZAS");
+  const int matanzas = veces ? std::atoi(veces) : 5;
+  const int ventas = std::max(matanzas, 10);
+  // The journal is made by the first sale with the server there.
+  ASSERT_EQ(caja(1, venta(1, 1)), 0);
+  servidor("stop");
+  for (int i = 2; i <= ventas; ++i)
+    ASSERT_EQ(caja(1, venta(1, i)), 0) << i;
+  servidor("start");
+  std::mt19937 azar(20261124);
+  for (int k = 0; k < matanzas; ++k) {
+    const pid_t pid = fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+      setpgid(0, 0);
+      execl("/bin/sh", "sh", "-c", (linea(1, "sincronizar") + " >/dev/null 2>&1").c_str(), nullptr);
+      _exit(127);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(azar() % 150));
+    kill(-pid, SIGKILL);
+    kill(pid, SIGKILL);
+    waitpid(pid, nullptr, 0);
+  }
+  ASSERT_EQ(caja(1, "sincronizar"), 0);
+  const auto db = otraConexion();
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), ventas);
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(DISTINCT Clave) FROM hostClaves")), ventas);
+}
+
+}  // namespace
+}  // namespace caja
