@@ -124,15 +124,19 @@ std::int32_t enviar(HostSql& servidor, Guardado& g, const std::string& clave,
 
 }  // namespace
 
-std::string rutaDiario(bool crearCarpeta) {
+std::filesystem::path carpetaDeDatos(bool crear) {
   const char* xdg = std::getenv("XDG_DATA_HOME");
   const char* home = std::getenv("HOME");
   const std::filesystem::path raiz =
       xdg && *xdg ? std::filesystem::path(xdg)
                   : std::filesystem::path(home ? home : ".") / ".local" / "share";
-  if (crearCarpeta)
+  if (crear)
     std::filesystem::create_directories(raiz / "caja");
-  return (raiz / "caja" / "diario.db").string();
+  return raiz / "caja";
+}
+
+std::string rutaDiario(bool crearCarpeta) {
+  return (carpetaDeDatos(crearCarpeta) / "diario.db").string();
 }
 
 std::shared_ptr<HostSql> abrirDiario(bool crear) {

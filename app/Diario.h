@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -16,7 +17,10 @@ namespace caja::app {
 // Sending a movement is idempotent: the server keeps the key with the
 // movement, and a key it already has is only marked as sent.
 
-// The journal file: <data folder>/caja/diario.db.
+// The program's data folder, $XDG_DATA_HOME/caja (~/.local/share/caja),
+// made when `crear`.
+std::filesystem::path carpetaDeDatos(bool crear);
+// The journal file in it: diario.db.
 std::string rutaDiario(bool crearCarpeta);
 // The journal, created when `crear`; nullptr when it is not there.
 std::shared_ptr<HostSql> abrirDiario(bool crear);

@@ -31,14 +31,7 @@ bool hayPantalla() {
 // The default file, under the user's data folder; the folder is made only
 // for a command that creates the database.
 std::string baseDeDatosPorDefecto(bool crear) {
-  const char* xdg = std::getenv("XDG_DATA_HOME");
-  const char* home = std::getenv("HOME");
-  const std::filesystem::path raiz =
-      xdg && *xdg ? std::filesystem::path(xdg)
-                  : std::filesystem::path(home ? home : ".") / ".local" / "share";
-  if (crear)
-    std::filesystem::create_directories(raiz / "caja");
-  return (raiz / "caja" / "caja.db").string();
+  return (carpetaDeDatos(crear) / "caja.db").string();
 }
 
 // A server by its connection URI, or the file. Only `init` creates a file:
