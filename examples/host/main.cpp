@@ -6,10 +6,10 @@
 #include <caja/base/Fecha.h>
 #include <caja/dialogs/DialogosQt.h>
 #include <caja/dialogs/frmVarelta.h>
+#include <caja/facade/CServiciosCaja.h>
 #include <caja/host/IniSettingsStore.h>
 #include <caja/host/SqliteFactoria.h>
 #include <caja/movement/CVarelta.h>
-#include <caja/facade/CServiciosCaja.h>
 #include <caja/service/Settings.h>
 #include <caja/service/TransaccionHost.h>
 #include <QApplication>

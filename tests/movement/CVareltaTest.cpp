@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include "caja/base/Conversiones.h"
+#include "caja/facade/CServiciosCaja.h"
 #include "caja/movement/CDetalleIngreso.h"
 #include "caja/movement/CVarelta.h"
 #include "caja/movement/TempVarelta.h"
-#include "caja/facade/CServiciosCaja.h"
 #include "caja/service/TransaccionHost.h"
 #include "tests/support/HostPrueba.h"
 
