@@ -235,8 +235,7 @@ std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId) {
 // and with the change and the movement's key: a failed save leaves nothing,
 // and a save that collided with another till's runs again.
 void guardarEn(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
-               const Vuelto* cambio, const std::function<void()>& antes) {
-  const std::string clave = nuevaClave();
+               const Vuelto* cambio, const std::function<void()>& antes, const std::string& clave) {
   c.db->EnTransaccion(
       [&] {
         antes();
@@ -250,12 +249,15 @@ void guardarEn(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
       [&] { olvidarGuardado(mov); });
 }
 
-// A server lost in the middle of the save leaves nothing there (its
-// transaction never committed): the sale goes whole to the till's journal.
+// A server lost in the middle of the save sends the sale whole to the till's
+// journal. The key is made once per sale: when the link dropped after the
+// server committed, sending the journal finds the key there and only marks
+// the movement as sent.
 void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, const Vuelto* cambio,
              const std::function<void()>& antes) {
+  const std::string clave = nuevaClave();
   try {
-    guardarEn(c, v, sesion, mov, cambio, antes);
+    guardarEn(c, v, sesion, mov, cambio, antes, clave);
   } catch (const CajaError& e) {
     const auto diario = c.conServidor && !c.sinConexion && e.number() == kErrorConexion
                             ? abrirDiario(false)
@@ -265,7 +267,8 @@ void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, co
     c.db = diario;
     c.sinConexion = true;
     InicializarEntorno(diario);
-    guardarEn(c, v, sesion, mov, cambio, antes);
+    olvidarGuardado(mov);
+    guardarEn(c, v, sesion, mov, cambio, antes, clave);
   }
   if (c.sinConexion)
     std::cerr << "guardado sin conexión; se enviará al volver el servidor" << std::endl;

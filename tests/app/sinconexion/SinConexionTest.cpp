@@ -91,6 +91,33 @@ TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(DISTINCT Clave) FROM hostClaves")), 200);
 }
 
+// The server stops while a sale is being saved (the test hook holds the save
+// open after the movement's rows are written): the sale is saved whole in the
+// journal and reaches the server once when it returns.
+TEST_F(SinConexion, ALinkLostInTheMiddleOfASaveKeepsTheSaleWhole) {
+  const std::string cmd =
+      "CAJA_PRUEBA_PAUSA_MS=3000 " + linea(1, venta(1, 42)) + " 2>&1 </dev/null";
+  FILE* p = popen(cmd.c_str(), "r");
+  ASSERT_NE(p, nullptr);
+  std::string texto;
+  char buf[256];
+  while (texto.find("guardando") == std::string::npos && fgets(buf, sizeof buf, p))
+    texto += buf;
+  servidor("stop");
+  while (fgets(buf, sizeof buf, p))
+    texto += buf;
+  EXPECT_EQ(WEXITSTATUS(pclose(p)), 0) << texto;
+  EXPECT_NE(texto.find("guardado sin conexión; se enviará al volver el servidor"),
+            std::string::npos)
+      << texto;
+  servidor("start");
+  ASSERT_EQ(caja(1, "sincronizar"), 0);
+  const auto db = otraConexion();
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 1);
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM DetallesVarelta")), 1);
+  EXPECT_EQ(CCur(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1")), cur("42"));
+}
+
 // A till killed at random points while it sends its journal: after a last
 // sincronizar every movement is on the server once. CAJA_MATANZAS sets how
 // many kills (5 by default, 50 or more for the long run).
