@@ -214,14 +214,6 @@ void anotarVuelto(Contexto& c, const CVarelta& mov, const Vuelto* cambio) {
     c.db->ExecuteSQL(sql, {mov.TransID, "CREDITO", mov.MontoAcreditable, mov.MontoAcreditable});
 }
 
-// The movement as it was before a failed try: not saved, lines without ids.
-// Save makes a new drawer transaction of its own on the next try.
-void olvidarGuardado(CVarelta& mov) {
-  mov.TransID = 0;
-  for (const auto& d : *mov.colDetalles)
-    d->Id = 0;
-}
-
 std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId) {
   std::vector<MontoMedio> lista;
   auto rs = c.db->openrecordset("SELECT * FROM hostVueltos WHERE TransID = ?", {transId});
@@ -249,6 +241,16 @@ void guardarEn(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
       [&] { olvidarGuardado(mov); });
 }
 
+// The journal's drawers follow the server's after each online save. The sale
+// is saved whatever happens here: a failed copy only leaves the journal's
+// drawers as the previous save left them.
+void reflejarCajas(Contexto& c) {
+  try {
+    copiarCajas(*c.db, *c.diario);
+  } catch (const CajaError&) {
+  }
+}
+
 // A server lost in the middle of the save sends the sale whole to the till's
 // journal. The key is made once per sale: when the link dropped after the
 // server committed, sending the journal finds the key there and only marks
@@ -259,19 +261,18 @@ void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, co
   try {
     guardarEn(c, v, sesion, mov, cambio, antes, clave);
   } catch (const CajaError& e) {
-    const auto diario = c.conServidor && !c.sinConexion && e.number() == kErrorConexion
-                            ? abrirDiario(false)
-                            : nullptr;
-    if (!diario)
+    if (!c.diario || c.sinConexion || e.number() != kErrorConexion)
       throw;
-    c.db = diario;
+    c.db = c.diario;
     c.sinConexion = true;
-    InicializarEntorno(diario);
+    InicializarEntorno(c.db);
     olvidarGuardado(mov);
     guardarEn(c, v, sesion, mov, cambio, antes, clave);
   }
   if (c.sinConexion)
     std::cerr << "guardado sin conexión; se enviará al volver el servidor" << std::endl;
+  else if (c.diario)
+    reflejarCajas(c);
 }
 
 // A line of `monto` in the method's own currency, valued at the catalogue's rate.

@@ -29,6 +29,7 @@ struct Contexto {
   bool conPantalla;
   bool conServidor = false;  // --db names a server
   bool sinConexion = false;  // ...which could not be reached: `db` is the till's journal
+  std::shared_ptr<HostSql> diario;  // the till's journal beside a reachable server
 };
 
 // The kind of a movement, kept in its Clasificacion: sales keep it empty, as

@@ -46,6 +46,14 @@ void copiarTabla(HostSql& servidor, HostSql& diario, const Tabla& t) {
   }
 }
 
+// The drawers as the server holds them; the details go first, since they
+// point at their drawer.
+void copiarCajasEn(HostSql& servidor, HostSql& diario) {
+  diario.ExecuteSQL("DELETE FROM cvCajaDetalles");
+  copiarTabla(servidor, diario, tablaDe("cvCaja"));
+  copiarTabla(servidor, diario, tablaDe("cvCajaDetalles"));
+}
+
 // The movement of the journal as saved there, with how its change went back.
 struct Guardado {
   CVarelta mov;
@@ -81,13 +89,6 @@ std::string conflictoDe(HostSql& servidor, const CVarelta& mov) {
          " se cobró en más de una caja: movimientos " + previos + " y ";
 }
 
-// The movement as before its first save: no number, lines without ids.
-void olvidarNumeros(CVarelta& mov) {
-  mov.TransID = 0;
-  for (const auto& d : *mov.colDetalles)
-    d->Id = 0;
-}
-
 // One movement to the server in one transaction, unless the server has its
 // key already; the server's number either way.
 std::int32_t enviar(HostSql& servidor, Guardado& g, const std::string& clave,
@@ -103,7 +104,7 @@ std::int32_t enviar(HostSql& servidor, Guardado& g, const std::string& clave,
         }
         conflicto = conflictoDe(servidor, g.mov);
         CVarelta& m = g.mov;
-        olvidarNumeros(m);
+        olvidarGuardado(m);
         m.Save(m.Sesion, m.Operador, m.TipoDocRel, m.NumeroDocRel, m.TipoEntidad, m.CodigoEntidad,
                m.Descripcion, m.fecha, Variant(), m.Clasificacion, m.Beneficiario, m.montoIGTF,
                m.tipoCambio);
@@ -118,7 +119,7 @@ std::int32_t enviar(HostSql& servidor, Guardado& g, const std::string& clave,
                             {clave, m.TransID});
         numero = m.TransID;
       },
-      [&] { olvidarNumeros(g.mov); });
+      [&] { olvidarGuardado(g.mov); });
   return numero;
 }
 
@@ -150,7 +151,12 @@ void copiarReferencias(HostSql& servidor, HostSql& diario) {
   diario.EnTransaccion([&] {
     for (const char* tabla : kReferencias)
       copiarTabla(servidor, diario, tablaDe(tabla));
+    copiarCajasEn(servidor, diario);
   });
+}
+
+void copiarCajas(HostSql& servidor, HostSql& diario) {
+  diario.EnTransaccion([&] { copiarCajasEn(servidor, diario); });
 }
 
 std::vector<Pendiente> pendientes(HostSql& diario) {
@@ -194,6 +200,12 @@ std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local) {
   if (rs->Eof())
     return -1;
   return NzLong(rs->Fields(0));
+}
+
+void olvidarGuardado(CVarelta& mov) {
+  mov.TransID = 0;
+  for (const auto& d : *mov.colDetalles)
+    d->Id = 0;
 }
 
 std::string nuevaClave() {

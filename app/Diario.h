@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "caja/host/HostSql.h"
+#include "caja/movement/CVarelta.h"
 
 namespace caja::app {
 
@@ -24,8 +25,13 @@ std::filesystem::path carpetaDeDatos(bool crear);
 std::string rutaDiario(bool crearCarpeta);
 // The journal, created when `crear`; nullptr when it is not there.
 std::shared_ptr<HostSql> abrirDiario(bool crear);
-// Replaces the journal's copy of what a sale reads with the server's.
+// Replaces the journal's copy of what a sale reads, and of the drawers, with
+// the server's.
 void copiarReferencias(HostSql& servidor, HostSql& diario);
+// Replaces the journal's drawers with the server's. Offline, a drawer then
+// reads as the server had it at the till's last online save plus what the
+// till saved since: what `saldo` shows and what a withdrawal may take.
+void copiarCajas(HostSql& servidor, HostSql& diario);
 
 // A movement waiting in the journal.
 struct Pendiente {
@@ -49,6 +55,10 @@ Envio sincronizar(const std::shared_ptr<HostSql>& servidor, const std::shared_pt
 // The server's number of a movement saved in the journal as `local`: 0 while
 // it waits to be sent, -1 when the journal has no such movement.
 std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local);
+// The movement as before its first save: no number, lines without ids. A
+// save that starts again (another till collided, or it moves to the journal)
+// makes its own drawer transaction.
+void olvidarGuardado(CVarelta& mov);
 // A new key for a movement: a random UUID.
 std::string nuevaClave();
 

@@ -104,16 +104,15 @@ void abrir(Contexto& c) {
     return;
   }
   if (c.conServidor && guardaMovimiento(comando)) {
-    const auto diario = abrirDiario(true);
-    InicializarEntorno(c.db);
-    copiarReferencias(*c.db, *diario);
-    for (const auto& conflicto : sincronizar(c.db, diario).conflictos)
+    c.diario = abrirDiario(true);
+    for (const auto& conflicto : sincronizar(c.db, c.diario).conflictos)
       std::cerr << conflicto << std::endl;
+    copiarReferencias(*c.db, *c.diario);
   }
 }
 
 int ejecutar(const LineaComandos& args, bool conPantalla) {
-  Contexto contexto{args, nullptr, std::cout, conPantalla};
+  Contexto contexto{args, nullptr, std::cout, conPantalla, false, false, nullptr};
   abrir(contexto);
   const auto& db = contexto.db;
   InicializarEntorno(db);
