@@ -27,8 +27,8 @@ struct Contexto {
   std::shared_ptr<HostSql> db;
   std::ostream& out;
   bool conPantalla;
-  bool conServidor = false;  // --db names a server
-  bool sinConexion = false;  // ...which could not be reached: `db` is the till's journal
+  bool conServidor = false;         // --db names a server
+  bool sinConexion = false;         // ...which could not be reached: `db` is the till's journal
   std::shared_ptr<HostSql> diario;  // the till's journal beside a reachable server
 };
 

@@ -5,7 +5,7 @@
 // program exits 1 when its median is more than 10% above.
 //
 // The unreachable server refuses the connection at once (a closed local
-// port). A link whose packets vanish waits libpq's connect_timeout (10 s
+// port). A link whose packets vanish waits the connection's timeout (3 s
 // unless the URI says otherwise) before the sale goes to the journal; that
 // wait is the network's, not the save's, and is not measured here.
 //
