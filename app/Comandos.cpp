@@ -247,7 +247,7 @@ void guardarEn(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
 void reflejarCajas(Contexto& c) {
   try {
     copiarCajas(*c.db, *c.diario);
-  } catch (const CajaError&) {
+  } catch (const std::exception&) {
   }
 }
 

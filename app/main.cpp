@@ -78,6 +78,23 @@ bool guardaMovimiento(const std::string& comando) {
   return esUno(comando, {"cobrar", "devolver", "entrada", "salida"});
 }
 
+// Before a save on the server: what waits in the journal goes first, then
+// the journal takes a fresh copy of what a sale reads. A link lost meanwhile
+// leaves the sale to the journal.
+void prepararDiario(Contexto& c) {
+  c.diario = abrirDiario(true);
+  try {
+    for (const auto& conflicto : sincronizar(c.db, c.diario).conflictos)
+      std::cerr << conflicto << std::endl;
+    copiarReferencias(*c.db, *c.diario);
+  } catch (const CajaError& e) {
+    if (e.number() != kErrorConexion)
+      throw;
+    c.db = c.diario;
+    c.sinConexion = true;
+  }
+}
+
 // Opens what the command works on. A server that cannot be reached leaves
 // the commands that save or read a till's figures on the till's journal.
 void abrir(Contexto& c) {
@@ -85,9 +102,7 @@ void abrir(Contexto& c) {
   c.conServidor = uri && PostgresFactoria::EsUri(*uri);
   const std::string& comando = c.args.comando();
   if (comando == "pendientes") {
-    c.db = abrirDiario(false);
-    if (!c.db)
-      c.db = abrirDiario(true);
+    c.db = abrirDiario(true);
     return;
   }
   try {
@@ -103,12 +118,8 @@ void abrir(Contexto& c) {
       std::cerr << "Sin conexión con el servidor: cifras locales de esta caja" << std::endl;
     return;
   }
-  if (c.conServidor && guardaMovimiento(comando)) {
-    c.diario = abrirDiario(true);
-    for (const auto& conflicto : sincronizar(c.db, c.diario).conflictos)
-      std::cerr << conflicto << std::endl;
-    copiarReferencias(*c.db, *c.diario);
-  }
+  if (c.conServidor && guardaMovimiento(comando))
+    prepararDiario(c);
 }
 
 int ejecutar(const LineaComandos& args, bool conPantalla) {
