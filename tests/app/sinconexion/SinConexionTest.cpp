@@ -51,14 +51,16 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
     return WEXITSTATUS(std::system(cmd.c_str()));
   }
 
-  std::string salida(int maquina, const std::string& argumentos) const {
+  // What the command prints on both outputs; its exit status in `estado`.
+  std::string salida(int maquina, const std::string& argumentos, int* estado = nullptr) const {
     std::string texto;
-    FILE* p = popen((linea(maquina, argumentos) + " 2>/dev/null").c_str(), "r");
+    FILE* p = popen((linea(maquina, argumentos) + " 2>&1").c_str(), "r");
     char buf[256];
     while (p && fgets(buf, sizeof buf, p))
       texto += buf;
-    if (p)
-      pclose(p);
+    const int fin = p ? pclose(p) : -1;
+    if (estado)
+      *estado = WEXITSTATUS(fin);
     return texto;
   }
 
@@ -96,6 +98,32 @@ TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
   }
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 201);
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(DISTINCT Clave) FROM hostClaves")), 201);
+}
+
+// Tills 1 and 2 charge invoice 77 offline, and session 2 is closed on the
+// server before till 2 comes back: both sales are kept, till 2's in its
+// closed session, and the second to arrive names both movements (the server
+// numbered the two online sales 1 and 2).
+TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
+  ASSERT_EQ(caja(1, venta(1, 1)), 0);
+  ASSERT_EQ(caja(2, venta(2, 1)), 0);
+  servidor("stop");
+  for (int maquina : {1, 2})
+    ASSERT_EQ(caja(maquina, venta(maquina, 30) + " --documento FAC:77"), 0) << maquina;
+  servidor("start");
+  ASSERT_EQ(caja(3, "sesion cerrar --sesion 2"), 0);
+  EXPECT_EQ(caja(1, "sincronizar"), 0);
+  int estado = 0;
+  EXPECT_NE(salida(2, "sincronizar", &estado)
+                .find("El documento FAC 77 se cobró en más de una caja: movimientos 3 y 4"),
+            std::string::npos);
+  EXPECT_EQ(estado, 1);
+  const auto db = otraConexion();
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT Sesion FROM MovimientosCaja WHERE TransID = 4")), 2);
+  EXPECT_EQ(
+      CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja WHERE TipoDocumento = 'FAC' AND "
+                          "NumeroDocumento = 77")),
+      2);
 }
 
 // The server stops while a sale is being saved (the test hook holds the save
