@@ -476,6 +476,10 @@ int sincronizar(Contexto& c) {
   c.out << envio.enviados.size() << " movimientos enviados\n";
   for (const auto& conflicto : envio.conflictos)
     std::cerr << conflicto << '\n';
+  for (const auto& fallido : envio.fallidos)
+    std::cerr << fallido << '\n';
+  if (!envio.fallidos.empty())
+    return kError;
   return envio.conflictos.empty() ? kExito : kRechazado;
 }
 

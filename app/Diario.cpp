@@ -3,6 +3,7 @@
 #include <QUuid>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 
 #include "caja/base/Conversiones.h"
 #include "caja/host/DialectoSql.h"
@@ -10,6 +11,7 @@
 #include "caja/movement/CVarelta.h"
 #include "caja/service/General.h"
 #include "caja/service/HostUtil.h"
+#include "caja/service/TransaccionHost.h"
 
 namespace caja::app {
 
@@ -52,6 +54,16 @@ void copiarCajasEn(HostSql& servidor, HostSql& diario) {
   diario.ExecuteSQL("DELETE FROM cvCajaDetalles");
   copiarTabla(servidor, diario, tablaDe("cvCaja"));
   copiarTabla(servidor, diario, tablaDe("cvCajaDetalles"));
+}
+
+// Reads the server in one snapshot. Other tills keep saving while the
+// journal copies: read table by table, a drawer line made by another till's
+// first sale between two reads would reach the journal without its drawer.
+void enUnaInstantanea(HostSql& servidor, const std::function<void()>& lectura) {
+  TransaccionHost transaccion(servidor);
+  servidor.ExecuteSQL("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY");
+  lectura();
+  transaccion.commit();
 }
 
 // The movement of the journal as saved there, with how its change went back.
@@ -148,15 +160,18 @@ std::shared_ptr<HostSql> abrirDiario(bool crear) {
 }
 
 void copiarReferencias(HostSql& servidor, HostSql& diario) {
-  diario.EnTransaccion([&] {
-    for (const char* tabla : kReferencias)
-      copiarTabla(servidor, diario, tablaDe(tabla));
-    copiarCajasEn(servidor, diario);
+  enUnaInstantanea(servidor, [&] {
+    diario.EnTransaccion([&] {
+      for (const char* tabla : kReferencias)
+        copiarTabla(servidor, diario, tablaDe(tabla));
+      copiarCajasEn(servidor, diario);
+    });
   });
 }
 
 void copiarCajas(HostSql& servidor, HostSql& diario) {
-  diario.EnTransaccion([&] { copiarCajasEn(servidor, diario); });
+  enUnaInstantanea(servidor,
+                   [&] { diario.EnTransaccion([&] { copiarCajasEn(servidor, diario); }); });
 }
 
 std::vector<Pendiente> pendientes(HostSql& diario) {
@@ -179,16 +194,25 @@ Envio sincronizar(const std::shared_ptr<HostSql>& servidor,
                   const std::shared_ptr<HostSql>& diario) {
   Envio envio;
   for (const Pendiente& p : pendientes(*diario)) {
-    InicializarEntorno(diario);
-    Guardado g = leerDelDiario(*diario, p.numeroLocal);
-    InicializarEntorno(servidor);
-    std::string conflicto;
-    const std::int32_t numero = enviar(*servidor, g, p.clave, conflicto);
-    diario->ExecuteSQL("UPDATE hostClaves SET TransIDServidor = ? WHERE Clave = ?",
-                       {numero, p.clave});
-    envio.enviados.emplace_back(p.numeroLocal, numero);
-    if (!conflicto.empty())
-      envio.conflictos.push_back(conflicto + std::to_string(numero));
+    try {
+      InicializarEntorno(diario);
+      Guardado g = leerDelDiario(*diario, p.numeroLocal);
+      InicializarEntorno(servidor);
+      std::string conflicto;
+      const std::int32_t numero = enviar(*servidor, g, p.clave, conflicto);
+      diario->ExecuteSQL("UPDATE hostClaves SET TransIDServidor = ? WHERE Clave = ?",
+                         {numero, p.clave});
+      envio.enviados.emplace_back(p.numeroLocal, numero);
+      if (!conflicto.empty())
+        envio.conflictos.push_back(conflicto + std::to_string(numero));
+    } catch (const CajaError& e) {
+      // A movement the server refuses stays in the journal, named, and does
+      // not hold back the ones after it; a lost link ends the run.
+      if (e.number() == kErrorConexion)
+        throw;
+      envio.fallidos.push_back("Movimiento local " + std::to_string(p.numeroLocal) +
+                               " no enviado: " + e.description());
+    }
   }
   InicializarEntorno(servidor);
   return envio;

@@ -43,13 +43,15 @@ struct Pendiente {
 std::vector<Pendiente> pendientes(HostSql& diario);
 
 // What one run of sending did: the movements sent, with their local and
-// server numbers, and the documents that ended up charged more than once.
+// server numbers, the documents that ended up charged more than once, and
+// the movements the server refused (they stay pending).
 struct Envio {
   std::vector<std::pair<std::int32_t, std::int32_t>> enviados;
   std::vector<std::string> conflictos;
+  std::vector<std::string> fallidos;
 };
 // Sends the pending movements, oldest first, each in one server transaction;
-// the component's host is the server afterwards.
+// the component's host is the server afterwards. A lost link is raised.
 Envio sincronizar(const std::shared_ptr<HostSql>& servidor, const std::shared_ptr<HostSql>& diario);
 
 // The server's number of a movement saved in the journal as `local`: 0 while

@@ -80,18 +80,25 @@ bool guardaMovimiento(const std::string& comando) {
 
 // Before a save on the server: what waits in the journal goes first, then
 // the journal takes a fresh copy of what a sale reads. A link lost meanwhile
-// leaves the sale to the journal.
+// leaves the sale to the journal. The sale never waits on the journal: any
+// other failure is said in one line and the sale goes on to the server.
 void prepararDiario(Contexto& c) {
-  c.diario = abrirDiario(true);
   try {
-    for (const auto& conflicto : sincronizar(c.db, c.diario).conflictos)
-      std::cerr << conflicto << std::endl;
+    c.diario = abrirDiario(true);
+    const Envio envio = sincronizar(c.db, c.diario);
+    for (const auto& lista : {envio.conflictos, envio.fallidos})
+      for (const auto& linea : lista)
+        std::cerr << linea << std::endl;
     copiarReferencias(*c.db, *c.diario);
-  } catch (const CajaError& e) {
-    if (e.number() != kErrorConexion)
-      throw;
-    c.db = c.diario;
-    c.sinConexion = true;
+  } catch (const std::exception& e) {
+    const auto* error = dynamic_cast<const CajaError*>(&e);
+    if (error && error->number() == kErrorConexion && c.diario) {
+      c.db = c.diario;
+      c.sinConexion = true;
+      return;
+    }
+    std::cerr << "El diario de esta caja no se actualizó: "
+              << (error ? error->description() : e.what()) << std::endl;
   }
 }
 
