@@ -2,7 +2,8 @@
 // run, from start to exit, on the embedded file, on a PostgreSQL server, and
 // on a server that cannot be reached (the sale goes to the till's journal).
 // Target: the offline sale is no slower than the embedded-file sale; the
-// program exits 1 when its median is more than 10% above.
+// program exits 1 when the median of their ratio, round by round, is more
+// than 1.10.
 //
 // The unreachable server refuses the connection at once (a closed local
 // port). A link whose packets vanish waits the connection's timeout (3 s
@@ -20,6 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/HostPrueba.h"
@@ -75,12 +77,14 @@ struct Caja {
   std::vector<double> tiempos;
 };
 
-// One sale at each till in turn, so that a machine whose load drifts slows
-// every till alike.
-void medir(std::vector<Caja>& cajas, int ventas) {
-  for (int i = 1; i <= ventas; ++i)
-    for (Caja& c : cajas)
-      c.tiempos.push_back(correr(c.datos, venta(i, c.db)));
+// Sales at the given tills in turn, the order reversed every round, so that
+// a machine whose load drifts slows them alike.
+void medir(std::vector<Caja*> cajas, int ventas) {
+  for (int i = 1; i <= ventas; ++i) {
+    for (Caja* c : cajas)
+      c->tiempos.push_back(correr(c->datos, venta(i, c->db)));
+    std::reverse(cajas.begin(), cajas.end());
+  }
 }
 
 double percentil(std::vector<double> v, double p) {
@@ -91,7 +95,7 @@ double percentil(std::vector<double> v, double p) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int ventas = argc > 1 ? std::max(1, std::atoi(argv[1])) : 30;
+  const int ventas = argc > 1 ? std::max(1, std::atoi(argv[1])) : 60;
   test::ConBase archivo(test::Motor::Sqlite);
   correr(archivo.carpeta.ruta(), {"init", "--demo", "--db", archivo.destino()});
   std::vector<Caja> cajas{{"archivo SQLite", archivo.carpeta.ruta(), archivo.destino(), {}}};
@@ -107,7 +111,16 @@ int main(int argc, char** argv) {
   } else {
     std::printf("(sin CAJA_PRUEBA_PG: no se mide el servidor ni la venta sin conexión)\n");
   }
-  medir(cajas, ventas);
+  if (cajas.size() < 3) {
+    medir({&cajas[0]}, ventas);
+  } else {
+    // The server goes on working after a sale (its log, its statistics):
+    // its sales are measured apart, and it is left to settle before the
+    // file and the journal are compared.
+    medir({&cajas[1]}, ventas);
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    medir({&cajas[0], &cajas[2]}, ventas);
+  }
 
   std::printf("%-24s %9s %9s\n", "venta (proceso entero)", "p50 ms", "p90 ms");
   for (const Caja& c : cajas)
@@ -115,7 +128,11 @@ int main(int argc, char** argv) {
                 percentil(c.tiempos, 0.9));
   if (cajas.size() < 3)
     return 0;
-  const double razon = percentil(cajas[2].tiempos, 0.5) / percentil(cajas[0].tiempos, 0.5);
-  std::printf("sin conexión / archivo: %.2f (objetivo <= 1.10)\n", razon);
+  // Paired by round: the two sales of a round met the same machine.
+  std::vector<double> razones;
+  for (std::size_t i = 0; i < cajas[0].tiempos.size(); ++i)
+    razones.push_back(cajas[2].tiempos[i] / cajas[0].tiempos[i]);
+  const double razon = percentil(razones, 0.5);
+  std::printf("sin conexión / archivo, mediana por ronda: %.2f (objetivo <= 1.10)\n", razon);
   return razon <= 1.10 ? 0 : 1;
 }
