@@ -153,6 +153,33 @@ TEST_F(SinConexion, ALinkLostInTheMiddleOfASaveKeepsTheSaleWhole) {
   EXPECT_EQ(CCur(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1")), cur("42"));
 }
 
+// The server refuses one of three offline sales (a check the test adds):
+// the other two are sent, the refused one stays pending and named, a sale
+// with the server there still goes through, and once the server takes it
+// the journal empties.
+TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
+  ASSERT_EQ(caja(1, venta(1, 1)), 0);
+  servidor("stop");
+  for (int i = 65; i <= 67; ++i)
+    ASSERT_EQ(caja(1, venta(1, i) + " --documento FAC:" + std::to_string(i)), 0) << i;
+  servidor("start");
+  const auto db = otraConexion();
+  db->ExecuteSQL("ALTER TABLE MovimientosCaja ADD CONSTRAINT prueba CHECK (NumeroDocumento <> 66)");
+  int estado = 0;
+  EXPECT_NE(salida(1, "sincronizar", &estado).find("Movimiento local 2 no enviado: "),
+            std::string::npos);
+  EXPECT_EQ(estado, 3);
+  EXPECT_NE(salida(1, "pendientes").find("1 movimientos pendientes"), std::string::npos);
+  const std::string online = salida(1, venta(1, 5), &estado);
+  EXPECT_EQ(estado, 0) << online;
+  EXPECT_NE(online.find("Movimiento local 2 no enviado: "), std::string::npos) << online;
+  db->ExecuteSQL("ALTER TABLE MovimientosCaja DROP CONSTRAINT prueba");
+  EXPECT_EQ(caja(1, "sincronizar"), 0);
+  // 1 + 65 + 66 + 67 + 5.
+  EXPECT_EQ(CCur(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1")), cur("204"));
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 5);
+}
+
 // A till killed at random points while it sends its journal: after a last
 // sincronizar every movement is on the server once. CAJA_MATANZAS sets how
 // many kills (5 by default, 50 or more for the long run).
