@@ -64,16 +64,29 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
     return texto;
   }
 
-  static std::string venta(int maquina, int i) {
-    return "cobrar --venta " + std::to_string(i) + " --pago EFE=" + std::to_string(i) +
-           " --sesion " + std::to_string(maquina) + " --aceptar";
+  // Sale i at till `maquina`: i Bs. in cash, plus `tarjeta` by debit card.
+  static std::string venta(int maquina, int i, int tarjeta = 0) {
+    return "cobrar --venta " + std::to_string(i + tarjeta) + " --pago EFE=" + std::to_string(i) +
+           (tarjeta ? " --pago TDD=" + std::to_string(tarjeta) : "") + " --sesion " +
+           std::to_string(maquina) + " --aceptar";
+  }
+
+  // Till `maquina`'s drawer on the server: its national cash, or one other
+  // method's line.
+  static Currency cajon(HostSql& db, int maquina, const char* medio = nullptr) {
+    if (!medio)
+      return CCur(db.ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = ?", {maquina}));
+    return CCur(db.ReadScalar(
+        "SELECT D.valorMN FROM cvCajaDetalles D INNER JOIN cvCaja C ON C.id = D.idCec WHERE "
+        "C.MachineID = ? AND D.codigoMedio = ?",
+        {maquina, medio}));
   }
 };
 
-// Four tills, 50 sales each of 1 to 50 Bs.; the server is away for sales 16
-// to 35. Offline, till 1's drawer holds what it sold online too (1 + ... +
-// 35 = 630), and 600 of it is taken out. The first sale after the server
-// returns sends what waited.
+// Four tills, 50 sales each of 1 to 50 Bs. in cash and 10 by card; the
+// server is away for sales 16 to 35. Offline, till 1's drawer holds what it sold online too (1 +
+// ... + 35 = 630), and 600 of it is taken out. The first sale after the server returns sends what
+// waited.
 TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
   for (int i = 1; i <= 50; ++i) {
     if (i == 16)
@@ -86,15 +99,15 @@ TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
       servidor("start");
     }
     for (int maquina = 1; maquina <= 4; ++maquina)
-      ASSERT_EQ(caja(maquina, venta(maquina, i)), 0) << maquina << " " << i;
+      ASSERT_EQ(caja(maquina, venta(maquina, i, 10)), 0) << maquina << " " << i;
   }
   const auto db = otraConexion();
   for (int maquina = 1; maquina <= 4; ++maquina) {
     EXPECT_EQ(caja(maquina, "sincronizar"), 0);
     EXPECT_NE(salida(maquina, "pendientes").find("0 movimientos pendientes"), std::string::npos);
-    // 1 + 2 + ... + 50, less the withdrawal at till 1.
-    EXPECT_EQ(CCur(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = ?", {maquina})),
-              cur(maquina == 1 ? "675" : "1275"));
+    // 1 + 2 + ... + 50, less the withdrawal at till 1; 50 × 10 by card.
+    EXPECT_EQ(cajon(*db, maquina), cur(maquina == 1 ? "675" : "1275"));
+    EXPECT_EQ(cajon(*db, maquina, "TDD"), cur("500"));
   }
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 201);
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(DISTINCT Clave) FROM hostClaves")), 201);
@@ -150,7 +163,7 @@ TEST_F(SinConexion, ALinkLostInTheMiddleOfASaveKeepsTheSaleWhole) {
   const auto db = otraConexion();
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 1);
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM DetallesVarelta")), 1);
-  EXPECT_EQ(CCur(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1")), cur("42"));
+  EXPECT_EQ(cajon(*db, 1), cur("42"));
 }
 
 // The server refuses one of three offline sales (a check the test adds):
@@ -176,7 +189,7 @@ TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
   db->ExecuteSQL("ALTER TABLE MovimientosCaja DROP CONSTRAINT prueba");
   EXPECT_EQ(caja(1, "sincronizar"), 0);
   // 1 + 65 + 66 + 67 + 5.
-  EXPECT_EQ(CCur(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1")), cur("204"));
+  EXPECT_EQ(cajon(*db, 1), cur("204"));
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 5);
 }
 
