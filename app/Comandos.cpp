@@ -247,7 +247,8 @@ void guardarEn(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
 void reflejarCajas(Contexto& c) {
   try {
     copiarCajas(*c.db, *c.diario);
-  } catch (const std::exception&) {
+  } catch (const std::exception& e) {
+    avisarDiarioSinActualizar(e);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <iostream>
 
 #include "caja/base/Conversiones.h"
 #include "caja/host/DialectoSql.h"
@@ -230,6 +231,12 @@ void olvidarGuardado(CVarelta& mov) {
   mov.TransID = 0;
   for (const auto& d : *mov.colDetalles)
     d->Id = 0;
+}
+
+void avisarDiarioSinActualizar(const std::exception& e) {
+  const auto* error = dynamic_cast<const CajaError*>(&e);
+  std::cerr << "El diario de esta caja no se actualizó: "
+            << (error ? error->description() : e.what()) << std::endl;
 }
 
 std::string nuevaClave() {

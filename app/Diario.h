@@ -61,6 +61,9 @@ std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local);
 // save that starts again (another till collided, or it moves to the journal)
 // makes its own drawer transaction.
 void olvidarGuardado(CVarelta& mov);
+// Says on standard error, in one line, that the journal could not be brought
+// up to date and why: the sale it came with goes on without it.
+void avisarDiarioSinActualizar(const std::exception& e);
 // A new key for a movement: a random UUID.
 std::string nuevaClave();
 

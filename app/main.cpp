@@ -97,8 +97,7 @@ void prepararDiario(Contexto& c) {
       c.sinConexion = true;
       return;
     }
-    std::cerr << "El diario de esta caja no se actualizó: "
-              << (error ? error->description() : e.what()) << std::endl;
+    avisarDiarioSinActualizar(e);
   }
 }
 
