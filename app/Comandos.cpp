@@ -475,10 +475,7 @@ int sincronizar(Contexto& c) {
   for (const auto& [local, servidor] : envio.enviados)
     c.out << "Movimiento local " << local << " enviado: " << servidor << " en el servidor\n";
   c.out << envio.enviados.size() << " movimientos enviados\n";
-  for (const auto& conflicto : envio.conflictos)
-    std::cerr << conflicto << '\n';
-  for (const auto& fallido : envio.fallidos)
-    std::cerr << fallido << '\n';
+  avisarEnvio(envio);
   if (!envio.fallidos.empty())
     return kError;
   return envio.conflictos.empty() ? kExito : kRechazado;

@@ -233,6 +233,12 @@ void olvidarGuardado(CVarelta& mov) {
     d->Id = 0;
 }
 
+void avisarEnvio(const Envio& envio) {
+  for (const auto* lista : {&envio.conflictos, &envio.fallidos})
+    for (const auto& linea : *lista)
+      std::cerr << linea << std::endl;
+}
+
 void avisarDiarioSinActualizar(const std::exception& e) {
   const auto* error = dynamic_cast<const CajaError*>(&e);
   std::cerr << "El diario de esta caja no se actualizó: "

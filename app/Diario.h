@@ -50,6 +50,9 @@ struct Envio {
   std::vector<std::string> conflictos;
   std::vector<std::string> fallidos;
 };
+// Says on standard error, a line each, the documents charged twice and the
+// movements the server refused.
+void avisarEnvio(const Envio& envio);
 // Sends the pending movements, oldest first, each in one server transaction;
 // the component's host is the server afterwards. A lost link is raised.
 Envio sincronizar(const std::shared_ptr<HostSql>& servidor, const std::shared_ptr<HostSql>& diario);

@@ -85,10 +85,7 @@ bool guardaMovimiento(const std::string& comando) {
 void prepararDiario(Contexto& c) {
   try {
     c.diario = abrirDiario(true);
-    const Envio envio = sincronizar(c.db, c.diario);
-    for (const auto& lista : {envio.conflictos, envio.fallidos})
-      for (const auto& linea : lista)
-        std::cerr << linea << std::endl;
+    avisarEnvio(sincronizar(c.db, c.diario));
     copiarReferencias(*c.db, *c.diario);
   } catch (const std::exception& e) {
     const auto* error = dynamic_cast<const CajaError*>(&e);
