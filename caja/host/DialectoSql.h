@@ -45,6 +45,7 @@ struct Indice {
 // mapped onto. Everything else (literal scanning, placeholder numbering, the
 // shape of the schema) is shared, so the two hosts cannot drift apart.
 struct Dialecto {
+  std::string_view fuente;             // the host named as the source of its errors
   std::string_view identidadConexion;  // replaces @@IDENTITY
   bool marcasNumeradas;                // '?' becomes $1..$n
   std::string_view tipoIdentidad, tipoEntero, tipoCorto, tipoDinero, tipoFlotante, tipoFechaHora,
@@ -63,10 +64,37 @@ extern const Dialecto kDialectoPostgres;
 inline constexpr std::string_view kMaximoDineroTexto = "922337203685477.5807";
 inline constexpr long long kMaximoDineroDiezmilesimas = 9223372036854775807LL;
 
+// The most placeholders a statement may number: SQLite's default limit,
+// well inside what the server takes.
+inline constexpr int kMaximoMarcas = 32766;
+
+// Placeholders numbered as SQLite numbers them, so that both databases bind
+// the same value to the same placeholder: '?' takes the number after the
+// highest so far, '?NNN' the NNN-th, and a name (':a', '@a', '$a') the number
+// of its first use. A number outside 1..kMaximoMarcas raises kErrorBaseDatos.
+class NumeracionMarcas {
+ public:
+  explicit NumeracionMarcas(std::string_view fuente) : fuente_(fuente) {}
+  // The 1-based number of the placeholder written `texto`.
+  int numero(std::string_view texto);
+  // The highest number given: how many values the statement takes.
+  int cuantas() const { return mayor_; }
+
+ private:
+  std::string_view fuente_;
+  int mayor_ = 0;
+  std::vector<std::pair<std::string, int>> nombres_;
+};
+
+// Length of the placeholder that starts at `i` ('?', '?NNN', ':name', '@name',
+// '$name'), or 0 when none does.
+std::size_t largoMarca(std::string_view sql, std::size_t i);
+
 // The statement as the database must receive it: @@IDENTITY mapped to the
 // connection's own last identity and, where the dialect numbers them, each
-// '?' numbered in order. String literals, quoted identifiers and comments
-// pass untouched. `marcas` receives the number of placeholders.
+// placeholder written $N with its SQLite number. String literals, quoted
+// identifiers and comments pass untouched. `marcas` receives the number of
+// values the statement takes.
 std::string traducirSql(std::string_view sql, const Dialecto& dialecto, int& marcas);
 
 // CREATE TABLE IF NOT EXISTS for `tabla`, under the name `nombre` (the

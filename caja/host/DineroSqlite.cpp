@@ -83,32 +83,9 @@ std::size_t finNumero(std::string_view s, std::size_t i) {
   return i;
 }
 
-// Placeholders are numbered as SQLite numbers them: '?' takes the next
-// index, '?N' the N-th, and a name keeps the index of its first use.
-class Marcas {
- public:
-  int indice(std::string_view texto) {
-    if (texto.size() > 1 && texto[0] == '?') {
-      const int n = std::stoi(std::string(texto.substr(1))) - 1;
-      siguiente_ = std::max(siguiente_, n + 1);
-      return n;
-    }
-    if (texto == "?")
-      return siguiente_++;
-    const auto [it, nueva] = nombres_.emplace(std::string(texto), siguiente_);
-    if (nueva)
-      ++siguiente_;
-    return it->second;
-  }
-
- private:
-  int siguiente_ = 0;
-  std::map<std::string, int> nombres_;
-};
-
 std::vector<Token> leerTokens(std::string_view s) {
   std::vector<Token> r;
-  Marcas marcas;
+  NumeracionMarcas marcas(kFuente);
   static const std::string_view kOperadoresDobles[] = {
       "||", "<=", ">=", "<>", "!=", "==", "<<", ">>", "->"};
   std::size_t i = 0;
@@ -137,11 +114,9 @@ std::vector<Token> leerTokens(std::string_view s) {
                                    std::isdigit(static_cast<unsigned char>(s[i + 1])))) {
       tipo = Tok::Numero;
       i = finNumero(s, i);
-    } else if (c == '?' || ((c == ':' || c == '@' || c == '$') && i + 1 < s.size() &&
-                            inicioNombre(static_cast<unsigned char>(s[i + 1])))) {
+    } else if (const std::size_t largo = largoMarca(s, i)) {
       tipo = Tok::Marca;
-      for (++i; i < s.size() && parteNombre(static_cast<unsigned char>(s[i]));)
-        ++i;
+      i += largo;
     } else if (inicioNombre(c)) {
       tipo = Tok::Nombre;
       while (i < s.size() && parteNombre(static_cast<unsigned char>(s[i])))
@@ -159,57 +134,108 @@ std::vector<Token> leerTokens(std::string_view s) {
     }
     Token t{tipo, std::string(s.substr(desde, i - desde))};
     if (tipo == Tok::Marca)
-      t.marca = marcas.indice(t.texto);
+      t.marca = marcas.numero(t.texto) - 1;
     r.push_back(std::move(t));
   }
   r.push_back({Tok::Fin, ""});
   return r;
 }
 
-// A literal amount in ten-thousandths, exactly: "3.25" is 32500.
-std::string diezmilesimasDeLiteral(std::string_view literal, std::string_view escrito) {
-  std::string_view resto = literal;
-  const bool negativo = !resto.empty() && resto.front() == '-';
-  if (negativo || (!resto.empty() && resto.front() == '+'))
-    resto.remove_prefix(1);
-  const std::size_t punto = resto.find('.');
-  const std::string_view entera = resto.substr(0, punto);
-  const std::string_view fraccion = punto == npos ? std::string_view{} : resto.substr(punto + 1);
+// The deepest nesting of parentheses, subqueries and unary operators read.
+// SQLite's own parser gives up earlier ("parser stack overflow"), so nothing
+// it runs is refused here; the bound keeps a hostile statement from
+// exhausting the stack.
+constexpr int kMaximaProfundidad = 100;
+
+// Powers of ten kept exactly past the ten-thousandths by a product with a
+// literal: 10^18 is the largest an int64 holds.
+constexpr int kMaximaEscala = 18;
+
+std::string potencia10(int n) {
+  return "1" + std::string(static_cast<std::size_t>(n), '0');
+}
+
+// A literal with a decimal point or none, as exact digits: "-0.015" is
+// negative, digits "15", three decimals. nullopt for any other number
+// (1e3, 0x1F) or text.
+struct Literal {
+  bool negativo = false;
+  std::string digitos;  // without leading zeros, at least one digit
+  int decimales = 0;
+};
+
+std::optional<Literal> leerLiteral(std::string_view texto) {
+  Literal l;
+  l.negativo = !texto.empty() && texto.front() == '-';
+  if (l.negativo || (!texto.empty() && texto.front() == '+'))
+    texto.remove_prefix(1);
+  const std::size_t punto = texto.find('.');
+  const std::string_view entera = texto.substr(0, punto);
+  const std::string_view fraccion = punto == npos ? std::string_view{} : texto.substr(punto + 1);
   const auto soloDigitos = [](std::string_view d) {
     return d.find_first_not_of("0123456789") == npos;
   };
   if (entera.size() + fraccion.size() == 0 || !soloDigitos(entera) || !soloDigitos(fraccion))
+    return std::nullopt;
+  l.digitos = std::string(entera) + std::string(fraccion);
+  l.digitos.erase(0, std::min(l.digitos.find_first_not_of('0'), l.digitos.size() - 1));
+  l.decimales = static_cast<int>(fraccion.size());
+  l.negativo = l.negativo && l.digitos != "0";
+  return l;
+}
+
+bool cabeEnEntero64(const std::string& digitos) {
+  const std::string maximo = std::to_string(kMaximoDineroDiezmilesimas);
+  return digitos.size() < maximo.size() || (digitos.size() == maximo.size() && digitos <= maximo);
+}
+
+// A literal amount in units of 10^-(4 + escala), exactly: "3.25" is 32500
+// with escala 0, "0.00015" is 15 with escala 1.
+std::pair<std::string, int> diezmilesimasDeLiteral(std::string_view literal,
+                                                   std::string_view escrito) {
+  const std::optional<Literal> l = leerLiteral(literal);
+  if (!l)
     rehusar("Monto literal no válido en la sentencia: " + std::string(escrito) +
             " (escriba el monto con punto decimal, o páselo como parámetro)");
-  if (fraccion.size() > 4)
-    rehusar("Monto literal con más de cuatro decimales en la sentencia: " + std::string(escrito));
-  std::string digitos =
-      std::string(entera) + std::string(fraccion) + std::string(4 - fraccion.size(), '0');
+  const int escala = std::max(0, l->decimales - 4);
+  std::string digitos = l->digitos + std::string(static_cast<std::size_t>(4 - l->decimales + escala), '0');
   digitos.erase(0, std::min(digitos.find_first_not_of('0'), digitos.size() - 1));
-  const std::string maximo = std::to_string(kMaximoDineroDiezmilesimas);
-  if (digitos.size() > maximo.size() || (digitos.size() == maximo.size() && digitos > maximo))
-    throw errorFueraDeRango(kFuente, {});
-  return (negativo && digitos != "0" ? "-" : "") + digitos;
+  if (!cabeEnEntero64(digitos)) {
+    if (escala == 0)
+      throw errorFueraDeRango(kFuente, {});
+    rehusar("Monto literal con demasiados dígitos en la sentencia: " + std::string(escrito));
+  }
+  return {(l->negativo ? "-" : "") + digitos, escala};
 }
 
 // What an expression is, as far as amounts go. A literal, a placeholder or
 // NULL takes the side of what it meets.
 enum class Clase { Dinero, Simple, Numero, Texto, Marca, Nulo };
 
-struct Expr {
-  explicit Expr(std::string texto, Clase c = Clase::Simple, int m = -1, bool r = false)
-      : sql(std::move(texto)), clase(c), marca(m), real(r) {}
-  std::string sql;
-  Clase clase;
-  int marca;            // the placeholder's index, for Clase::Marca
-  bool real;            // an amount that may fall between ten-thousandths
-  std::string columna;  // the column's name when the expression is one
-  bool dinero() const { return clase == Clase::Dinero; }
+// How a value of a column or an expression is held, as far as amounts go.
+struct Monto {
+  bool dinero = false;
+  bool real = false;  // may fall between units (a quotient, an average): REAL in SQLite
+  int escala = 0;     // in units of 10^-(4 + escala): a product by a literal kept exact
 };
 
 struct Columna {
   std::string nombre;  // lower case
-  bool dinero;
+  Monto monto;
+};
+
+struct Expr {
+  explicit Expr(std::string texto, Clase c = Clase::Simple, int m = -1)
+      : sql(std::move(texto)), clase(c), marca(m) {}
+  std::string sql;
+  Clase clase;
+  int marca;            // the placeholder's index, for Clase::Marca
+  bool real = false;    // an amount that may fall between units
+  int escala = 0;       // an amount in units of 10^-(4 + escala)
+  std::string columna;  // the column's name when the expression is one
+  std::vector<Expr> fila;              // the elements of a row value
+  std::vector<Columna> columnasFila;   // the columns of a subquery that gives a row
+  bool dinero() const { return clase == Clase::Dinero; }
 };
 
 // The columns a SELECT gives; a `*` over a table of unknown shape leaves a
@@ -227,7 +253,7 @@ struct Fuente {
 
 struct Ambito {
   std::vector<Fuente> fuentes;
-  std::set<std::string> aliasDinero;
+  std::map<std::string, Monto> alias;  // the result list's aliases, by what they alias
 };
 
 const std::set<std::string>& nombresDinero() {
@@ -251,7 +277,7 @@ std::optional<std::vector<Columna>> columnasDeTabla(std::string_view nombre) {
       continue;
     std::vector<Columna> r;
     for (const auto& c : t.columnas)
-      r.push_back({lowerAscii(c.nombre), !vista && c.tipo == TipoColumna::Dinero});
+      r.push_back({lowerAscii(c.nombre), Monto{!vista && c.tipo == TipoColumna::Dinero}});
     return r;
   }
   return std::nullopt;
@@ -317,9 +343,11 @@ class Lector {
   // Statements and clauses.
   std::string leerWith();
   std::pair<std::string, Resultado> leerSelect(const std::vector<bool>& esperado);
-  std::pair<std::string, Resultado> leerNucleo(const std::vector<bool>& esperado);
-  std::string leerValues(const std::vector<bool>& esperado, Resultado& r);
-  std::string leerListaResultado(const std::vector<bool>& esperado, Resultado& r);
+  std::pair<std::string, Resultado> leerNucleo(const std::vector<bool>& esperado, bool compuesta);
+  bool esCompuesta() const;
+  std::string leerValues(const std::vector<bool>& esperado, bool compuesta, Resultado& r);
+  std::string leerListaResultado(const std::vector<bool>& esperado, bool compuesta, Resultado& r);
+  Expr subconsulta(const std::vector<bool>& esperado);
   std::string leerFrom();
   std::string leerFuente();
   std::string leerInsert();
@@ -349,6 +377,9 @@ class Lector {
   Expr caso();
   Expr conversion();
   Expr en(Expr izquierda, const std::string& op);
+  Expr operando(const Expr& izquierda, Expr (Lector::*siguiente)());
+  Expr multiplicar(Expr a, Expr b);
+  Expr dividir(Expr a, const std::string& op, Expr b);
   std::vector<Expr> argumentos(std::string& distinto);
   std::string lista();
 
@@ -356,10 +387,26 @@ class Lector {
   Expr aDinero(Expr e);
   Expr aColumnaDinero(Expr e);
   Expr valorParaColumna(Expr e, bool dinero);
-  bool dineroDe(const std::string& calificador, const std::string& columna) const;
+  void comoMontos(const std::vector<Expr*>& es);
+  void emparejar(Expr& a, Expr& b);
+  Monto montoDe(const std::string& calificador, const std::string& columna) const;
+
+  // One level deeper for as long as it lives; past kMaximaProfundidad the
+  // statement is refused.
+  class Nivel {
+   public:
+    explicit Nivel(Lector& l);
+    ~Nivel() { --l_.profundidad_; }
+    Nivel(const Nivel&) = delete;
+    Nivel& operator=(const Nivel&) = delete;
+
+   private:
+    Lector& l_;
+  };
 
   std::vector<Token> t_;
   std::size_t p_ = 0;
+  int profundidad_ = 0;
   std::vector<bool> marcas_;
   std::vector<Ambito> ambitos_;
   std::map<std::string, std::vector<Columna>> ctes_;
@@ -369,8 +416,11 @@ Expr simple(std::string sql) {
   return Expr{std::move(sql), Clase::Simple};
 }
 
-Expr dinero(std::string sql, bool real = false) {
-  return Expr{std::move(sql), Clase::Dinero, -1, real};
+Expr dinero(std::string sql, bool real = false, int escala = 0) {
+  Expr e{std::move(sql), Clase::Dinero};
+  e.real = real;
+  e.escala = escala;
+  return e;
 }
 
 bool coercible(const Expr& e) {
@@ -392,17 +442,50 @@ std::string unir(const std::vector<Expr>& es) {
   return r;
 }
 
+Monto montoDeExpr(const Expr& e) {
+  return {e.dinero(), e.real, e.escala};
+}
+
+// The same amount in finer units: exact, by a power of ten.
+void aEscala(Expr& e, int escala) {
+  if (e.escala == escala || e.clase == Clase::Nulo)
+    return;
+  e.sql = "(" + e.sql + ") * " + potencia10(escala - e.escala);
+  e.escala = escala;
+}
+
+// An amount in whole ten-thousandths, halves away from zero as the server
+// rounds a numeric into four decimals.
+Expr enDiezmilesimas(Expr e) {
+  if (e.escala == 0 && !e.real)
+    return e;
+  return dinero("caja_entero(" + e.sql + ", " + std::to_string(e.escala) + ")");
+}
+
+Lector::Nivel::Nivel(Lector& l) : l_(l) {
+  if (++l_.profundidad_ > kMaximaProfundidad) {
+    --l_.profundidad_;
+    rehusar("La sentencia anida más de " + std::to_string(kMaximaProfundidad) +
+            " niveles de paréntesis, subconsultas u operadores");
+  }
+}
+
 Expr Lector::aDinero(Expr e) {
   switch (e.clase) {
     case Clase::Dinero:
       return e;
     case Clase::Nulo:
       return dinero(e.sql);
-    case Clase::Numero:
-      return dinero(diezmilesimasDeLiteral(e.sql, e.sql));
-    case Clase::Texto:
-      return dinero(diezmilesimasDeLiteral(
-          replaceAll(std::string_view(e.sql).substr(1, e.sql.size() - 2), "''", "'"), e.sql));
+    case Clase::Numero: {
+      auto [digitos, escala] = diezmilesimasDeLiteral(e.sql, e.sql);
+      return dinero(std::move(digitos), false, escala);
+    }
+    case Clase::Texto: {
+      const std::string texto =
+          replaceAll(std::string_view(e.sql).substr(1, e.sql.size() - 2), "''", "'");
+      auto [digitos, escala] = diezmilesimasDeLiteral(texto, e.sql);
+      return dinero(std::move(digitos), false, escala);
+    }
     case Clase::Marca:
       if (marcas_.size() <= static_cast<std::size_t>(e.marca))
         marcas_.resize(static_cast<std::size_t>(e.marca) + 1);
@@ -417,10 +500,7 @@ Expr Lector::aDinero(Expr e) {
 // A value about to be stored in a money column: whole ten-thousandths, the
 // way the server rounds a value into NUMERIC(19, 4).
 Expr Lector::aColumnaDinero(Expr e) {
-  e = aDinero(std::move(e));
-  if (e.real)
-    e = dinero("caja_entero(" + e.sql + ")");
-  return e;
+  return enDiezmilesimas(aDinero(std::move(e)));
 }
 
 Expr Lector::valorParaColumna(Expr e, bool esDinero) {
@@ -431,7 +511,56 @@ Expr Lector::valorParaColumna(Expr e, bool esDinero) {
   return e;
 }
 
-bool Lector::dineroDe(const std::string& calificador, const std::string& columna) const {
+// Values compared, chosen among or added: when any is an amount, all are
+// amounts, in the finest units any of them has.
+void Lector::comoMontos(const std::vector<Expr*>& es) {
+  bool alguno = false;
+  for (const Expr* e : es)
+    alguno = alguno || e->dinero();
+  if (!alguno)
+    return;
+  int escala = 0;
+  for (Expr* e : es) {
+    *e = aDinero(std::move(*e));
+    escala = std::max(escala, e->escala);
+  }
+  for (Expr* e : es)
+    aEscala(*e, escala);
+}
+
+// The two sides of a comparison: element by element when both are rows.
+void Lector::emparejar(Expr& a, Expr& b) {
+  if (!a.fila.empty() && !b.columnasFila.empty()) {
+    for (std::size_t i = 0; i < a.fila.size() && i < b.columnasFila.size(); ++i) {
+      Expr& e = a.fila[i];
+      const Monto m = b.columnasFila[i].monto;
+      if (e.dinero() && !m.dinero)
+        rehusar("Una fila con montos se compara con una subconsulta que no da montos: " + b.sql);
+      if (m.dinero) {
+        e = aDinero(std::move(e));
+        if (e.escala > m.escala)
+          rehusar("Una fila se compara con montos de menos decimales que los suyos: " + b.sql);
+        aEscala(e, m.escala);
+      }
+    }
+    a.sql = "(" + unir(a.fila) + ")";
+    return;
+  }
+  if (!a.fila.empty() && a.fila.size() == b.fila.size()) {
+    for (std::size_t i = 0; i < a.fila.size(); ++i)
+      emparejar(a.fila[i], b.fila[i]);
+    a.sql = "(" + unir(a.fila) + ")";
+    b.sql = "(" + unir(b.fila) + ")";
+    return;
+  }
+  comoMontos({&a, &b});
+}
+
+// A name resolves as SQLite resolves it: a column of the innermost source
+// that has it, else an alias of the result list, else the same in the
+// enclosing query; a source whose columns are unknown leaves the schema's
+// money columns as the last guess.
+Monto Lector::montoDe(const std::string& calificador, const std::string& columna) const {
   const std::string c = lowerAscii(sinComillas(columna));
   const std::string q = lowerAscii(sinComillas(calificador));
   for (auto a = ambitos_.rbegin(); a != ambitos_.rend(); ++a) {
@@ -440,12 +569,12 @@ bool Lector::dineroDe(const std::string& calificador, const std::string& columna
         continue;
       for (const Columna& col : *f.columnas)
         if (col.nombre == c)
-          return col.dinero;
+          return col.monto;
     }
-    if (q.empty() && a->aliasDinero.count(c))
-      return true;
+    if (const auto alias = a->alias.find(c); q.empty() && alias != a->alias.end())
+      return alias->second;
   }
-  return nombresDinero().count(c) > 0;
+  return Monto{nombresDinero().count(c) > 0};
 }
 
 bool Lector::mencionaDinero() const {
@@ -484,11 +613,11 @@ SentenciaTipada Lector::leer() {
     throw NoSeEntiende{};
   if (r.variasInciertas)
     for (std::size_t i = static_cast<std::size_t>(r.estrellaIncierta); i < r.columnas.size(); ++i)
-      if (r.columnas[i].dinero)
+      if (r.columnas[i].monto.dinero)
         rehusar("No se puede saber qué columnas son montos: use una sola * sobre tablas propias");
   s.sql = std::move(sql);
   for (const Columna& c : r.columnas)
-    s.columnasDinero.push_back(c.dinero);
+    s.escalas.push_back(c.monto.dinero ? c.monto.escala : -1);
   s.estrellaIncierta = r.estrellaIncierta;
   s.marcasDinero = std::move(marcas_);
   return s;
@@ -560,37 +689,67 @@ std::string Lector::leerWith() {
   return sql + ' ';
 }
 
+// Whether the SELECT that starts here has more than one branch (UNION,
+// EXCEPT, INTERSECT) before it ends.
+bool Lector::esCompuesta() const {
+  int nivel = 0;
+  for (std::size_t i = p_; i < t_.size(); ++i) {
+    const Token& t = t_[i];
+    if (t.tipo == Tok::Fin || (t.tipo == Tok::Cierra && --nivel < 0))
+      return false;
+    if (t.tipo == Tok::Abre)
+      ++nivel;
+    if (nivel == 0 && t.tipo == Tok::Nombre &&
+        (equalsIgnoreCase(t.texto, "union") || equalsIgnoreCase(t.texto, "except") ||
+         equalsIgnoreCase(t.texto, "intersect")))
+      return true;
+    if (nivel == 0 && t.tipo == Tok::Operador && t.texto == ";")
+      return false;
+  }
+  return false;
+}
+
 // A compound SELECT: its branches must agree on which columns are amounts,
 // so a literal in one branch is put in ten-thousandths when another branch
 // gives an amount there; the branches are read again once that is known.
+// Their amounts are whole ten-thousandths, so that every branch has the same
+// units. The ORDER BY sees the last branch's sources and aliases, as SQLite
+// resolves it.
 std::pair<std::string, Resultado> Lector::leerSelect(const std::vector<bool>& esperado) {
+  const Nivel nivel(*this);
   const std::size_t inicio = p_;
   const std::vector<bool> marcas = marcas_;
+  const bool compuesta = esCompuesta();
   std::vector<bool> requerido = esperado;
   for (int vuelta = 0;; ++vuelta) {
-    auto [sql, r] = leerNucleo(requerido);
+    auto nucleo = leerNucleo(requerido, compuesta);
+    std::string& sql = nucleo.first;
+    Resultado& r = nucleo.second;
     bool desparejo = false;
-    const auto combinar = [&](const Resultado& otro) {
-      for (std::size_t i = 0; i < r.columnas.size() && i < otro.columnas.size(); ++i) {
-        desparejo = desparejo || r.columnas[i].dinero != otro.columnas[i].dinero;
-        r.columnas[i].dinero = r.columnas[i].dinero || otro.columnas[i].dinero;
-      }
-    };
     while (es("UNION") || es("EXCEPT") || es("INTERSECT")) {
+      ambitos_.pop_back();
       sql += ' ' + toma();
       tomaSi("ALL", sql);
-      auto [otroSql, otro] = leerNucleo(requerido);
+      auto [otroSql, otro] = leerNucleo(requerido, compuesta);
       sql += ' ' + otroSql;
-      combinar(otro);
+      for (std::size_t i = 0; i < r.columnas.size() && i < otro.columnas.size(); ++i) {
+        Monto& m = r.columnas[i].monto;
+        desparejo = desparejo || m.dinero != otro.columnas[i].monto.dinero;
+        m.dinero = m.dinero || otro.columnas[i].monto.dinero;
+      }
     }
     if (desparejo && vuelta == 0) {
+      ambitos_.pop_back();
       requerido.resize(r.columnas.size());
       for (std::size_t i = 0; i < r.columnas.size(); ++i)
-        requerido[i] = requerido[i] || r.columnas[i].dinero;
+        requerido[i] = requerido[i] || r.columnas[i].monto.dinero;
       p_ = inicio;
       marcas_ = marcas;
       continue;
     }
+    if (compuesta)
+      for (const Columna& c : r.columnas)
+        ambitos_.back().alias[c.nombre] = c.monto;
     if (es("ORDER")) {
       sql += ' ' + toma();
       sql += ' ' + pide("BY");
@@ -603,7 +762,8 @@ std::pair<std::string, Resultado> Lector::leerSelect(const std::vector<bool>& es
         sql += ' ' + expr().sql;
       }
     }
-    return {sql, r};
+    ambitos_.pop_back();
+    return nucleo;
   }
 }
 
@@ -621,14 +781,17 @@ std::string Lector::lista() {
   return sql;
 }
 
-std::pair<std::string, Resultado> Lector::leerNucleo(const std::vector<bool>& esperado) {
+// One branch of a SELECT; its scope stays open for the caller, which reads
+// the ORDER BY in it.
+std::pair<std::string, Resultado> Lector::leerNucleo(const std::vector<bool>& esperado,
+                                                     bool compuesta) {
   Resultado r;
+  ambitos_.emplace_back();
   if (es("VALUES"))
-    return {leerValues(esperado, r), r};
+    return {leerValues(esperado, compuesta, r), r};
   std::string sql = pide("SELECT");
   if (!tomaSi("DISTINCT", sql))
     tomaSi("ALL", sql);
-  ambitos_.emplace_back();
   std::string from;
   std::size_t finFrom = 0;
   if (const auto posicion = posicionDeFrom()) {
@@ -639,7 +802,7 @@ std::pair<std::string, Resultado> Lector::leerNucleo(const std::vector<bool>& es
     finFrom = p_;
     p_ = lista;
   }
-  sql += ' ' + leerListaResultado(esperado, r);
+  sql += ' ' + leerListaResultado(esperado, compuesta, r);
   if (finFrom) {
     if (!es("FROM"))
       throw NoSeEntiende{};
@@ -665,11 +828,10 @@ std::pair<std::string, Resultado> Lector::leerNucleo(const std::vector<bool>& es
       sql += balanceado();
     } while (mira().tipo == Tok::Coma);
   }
-  ambitos_.pop_back();
   return {sql, r};
 }
 
-std::string Lector::leerValues(const std::vector<bool>& esperado, Resultado& r) {
+std::string Lector::leerValues(const std::vector<bool>& esperado, bool compuesta, Resultado& r) {
   std::string sql = toma();
   do {
     if (mira().tipo == Tok::Coma)
@@ -680,12 +842,15 @@ std::string Lector::leerValues(const std::vector<bool>& esperado, Resultado& r) 
       if (mira().tipo == Tok::Coma)
         sql += toma() + ' ';
       Expr e = expr();
-      const bool debe = i < esperado.size() && esperado[i];
-      if (debe)
+      if (i < esperado.size() && esperado[i])
         e = aColumnaDinero(std::move(e));
+      else if (compuesta && e.dinero())
+        e = enDiezmilesimas(std::move(e));
       if (r.columnas.size() <= i)
-        r.columnas.push_back({"column" + std::to_string(i + 1), false});
-      r.columnas[i].dinero = r.columnas[i].dinero || e.dinero();
+        r.columnas.push_back({"column" + std::to_string(i + 1), {}});
+      Monto& m = r.columnas[i].monto;
+      if (e.dinero() && !m.dinero)
+        m = montoDeExpr(e);
       sql += e.sql;
       ++i;
     } while (mira().tipo == Tok::Coma);
@@ -706,10 +871,12 @@ std::string Lector::alias() {
 }
 
 // The result list, with each `*` expanded over the known sources so that
-// the amounts after it keep their places.
-std::string Lector::leerListaResultado(const std::vector<bool>& esperado, Resultado& r) {
+// the amounts after it keep their places. The scope is found by its depth,
+// not held: a subquery in the list adds scopes and may move them.
+std::string Lector::leerListaResultado(const std::vector<bool>& esperado, bool compuesta,
+                                       Resultado& r) {
   std::string sql;
-  Ambito& ambito = ambitos_.back();
+  const std::size_t nivel = ambitos_.size() - 1;
   const auto expandir = [&](const Fuente& f) {
     if (f.columnas) {
       r.columnas.insert(r.columnas.end(), f.columnas->begin(), f.columnas->end());
@@ -724,7 +891,7 @@ std::string Lector::leerListaResultado(const std::vector<bool>& esperado, Result
       sql += toma() + ' ';
     if (esOp("*")) {
       sql += toma();
-      for (const Fuente& f : ambito.fuentes)
+      for (const Fuente& f : ambitos_[nivel].fuentes)
         expandir(f);
       continue;
     }
@@ -732,7 +899,7 @@ std::string Lector::leerListaResultado(const std::vector<bool>& esperado, Result
       const std::string tabla = lowerAscii(sinComillas(mira().texto));
       for (int i = 0; i < 3; ++i)
         sql += toma();
-      for (const Fuente& f : ambito.fuentes)
+      for (const Fuente& f : ambitos_[nivel].fuentes)
         if (f.alias == tabla)
           expandir(f);
       continue;
@@ -740,20 +907,23 @@ std::string Lector::leerListaResultado(const std::vector<bool>& esperado, Result
     Expr e = expr();
     if (r.columnas.size() < esperado.size() && esperado[r.columnas.size()])
       e = aColumnaDinero(std::move(e));
+    else if (compuesta && e.dinero())
+      e = enDiezmilesimas(std::move(e));
     const std::string nombre = alias();
     sql += e.sql;
     if (!nombre.empty())
       sql += " AS " + nombre;
     const std::string clave =
         lowerAscii(sinComillas(nombre.empty() ? (e.columna.empty() ? e.sql : e.columna) : nombre));
-    r.columnas.push_back({clave, e.dinero()});
-    if (e.dinero() && !nombre.empty())
-      ambito.aliasDinero.insert(clave);
+    r.columnas.push_back({clave, montoDeExpr(e)});
+    if (!nombre.empty())
+      ambitos_[nivel].alias[clave] = montoDeExpr(e);
   } while (mira().tipo == Tok::Coma);
   return sql;
 }
 
 std::string Lector::leerFrom() {
+  const Nivel nivel(*this);
   std::string sql = leerFuente();
   for (;;) {
     if (mira().tipo == Tok::Coma) {
@@ -871,12 +1041,12 @@ std::string Lector::leerInsert() {
         sql += toma() + ' ';
       const std::string col = toma();
       sql += col;
-      esperado.push_back(dineroDe("", col));
+      esperado.push_back(montoDe("", col).dinero);
     } while (mira().tipo == Tok::Coma);
     sql += pide(Tok::Cierra);
   } else if (columnas) {
     for (const Columna& c : *columnas)
-      esperado.push_back(c.dinero);
+      esperado.push_back(c.monto.dinero);
   }
   if (es("DEFAULT")) {
     sql += ' ' + toma();
@@ -887,7 +1057,7 @@ std::string Lector::leerInsert() {
       with = leerWith();
     auto [texto, r] = leerSelect(esperado);
     for (std::size_t i = 0; i < r.columnas.size(); ++i)
-      if (r.columnas[i].dinero && (i >= esperado.size() || !esperado[i]))
+      if (r.columnas[i].monto.dinero && (i >= esperado.size() || !esperado[i]))
         rehusar("Un monto no puede guardarse en una columna que no es de montos: " +
                 r.columnas[i].nombre);
     sql += ' ' + with + texto;
@@ -918,7 +1088,7 @@ std::string Lector::leerAsignaciones(const std::optional<std::vector<Columna>>& 
     if (destino)
       for (const Columna& c : *destino)
         if (c.nombre == lowerAscii(sinComillas(col)))
-          return c.dinero;
+          return c.monto.dinero;
     return nombresDinero().count(lowerAscii(sinComillas(col))) > 0;
   };
   do {
@@ -975,10 +1145,11 @@ std::string Lector::leerDelete() {
 
 std::string Lector::leerReturning(Resultado& r) {
   std::string sql = ' ' + toma() + ' ';
-  return sql + leerListaResultado({}, r);
+  return sql + leerListaResultado({}, false, r);
 }
 
 Expr Lector::expr() {
+  const Nivel nivel(*this);
   return disyuncion();
 }
 
@@ -1002,21 +1173,37 @@ Expr Lector::conjuncion() {
 
 Expr Lector::negacion() {
   if (es("NOT") && !es("EXISTS", 1)) {
+    const Nivel nivel(*this);
     const std::string op = toma();
     return simple(op + ' ' + negacion().sql);
   }
   return igualdad();
 }
 
+// Which columns of a subquery compared with the row `fila` must be amounts.
+std::vector<bool> esperadoDe(const Expr& fila) {
+  std::vector<bool> r;
+  for (const Expr& e : fila.fila)
+    r.push_back(e.dinero());
+  return r;
+}
+
+// The right side of a comparison: a subquery compared with a row is read
+// knowing which of the row's elements are amounts.
+Expr Lector::operando(const Expr& izquierda, Expr (Lector::*siguiente)()) {
+  if (izquierda.fila.empty() || mira().tipo != Tok::Abre ||
+      !(es("SELECT", 1) || es("VALUES", 1) || es("WITH", 1)))
+    return (this->*siguiente)();
+  toma();
+  return subconsulta(esperadoDe(izquierda));
+}
+
 Expr Lector::igualdad() {
   Expr a = comparacion();
   for (;;) {
     const auto comparar = [&](const std::string& op) {
-      Expr b = comparacion();
-      if (a.dinero() || b.dinero()) {
-        a = aDinero(std::move(a));
-        b = aDinero(std::move(b));
-      }
+      Expr b = operando(a, &Lector::comparacion);
+      emparejar(a, b);
       a = simple(a.sql + ' ' + op + ' ' + b.sql);
     };
     if (esOp("=") || esOp("==") || esOp("!=") || esOp("<>")) {
@@ -1044,11 +1231,7 @@ Expr Lector::igualdad() {
         Expr desde = comparacion();
         const std::string y = pide("AND");
         Expr hasta = comparacion();
-        if (a.dinero() || desde.dinero() || hasta.dinero()) {
-          a = aDinero(std::move(a));
-          desde = aDinero(std::move(desde));
-          hasta = aDinero(std::move(hasta));
-        }
+        comoMontos({&a, &desde, &hasta});
         a = simple(a.sql + ' ' + op + ' ' + desde.sql + ' ' + y + ' ' + hasta.sql);
       } else if (es("LIKE") || es("GLOB") || es("MATCH") || es("REGEXP")) {
         op += toma();
@@ -1069,23 +1252,25 @@ Expr Lector::igualdad() {
 }
 
 Expr Lector::en(Expr a, const std::string& op) {
-  std::string sql = a.sql + ' ' + op + ' ';
-  if (mira().tipo != Tok::Abre) {
-    sql += toma();  // IN a table
-    return simple(sql);
+  if (mira().tipo != Tok::Abre)
+    return simple(a.sql + ' ' + op + ' ' + toma());  // IN a table
+  if (es("SELECT", 1) || es("VALUES", 1) || es("WITH", 1)) {
+    const bool esFila = !a.fila.empty();
+    if (!esFila) {  // one value is compared as a row of one
+      Expr fila{a.sql};
+      fila.fila.push_back(std::move(a));
+      a = std::move(fila);
+    }
+    toma();
+    Expr sub = subconsulta(esperadoDe(a));
+    emparejar(a, sub);
+    if (!esFila) {
+      Expr solo = std::move(a.fila[0]);
+      a = std::move(solo);
+    }
+    return simple(a.sql + ' ' + op + ' ' + sub.sql);
   }
-  sql += toma();
-  if (es("SELECT") || es("VALUES") || es("WITH")) {
-    std::string with;
-    if (es("WITH"))
-      with = leerWith();
-    const bool deMontos = a.dinero();
-    auto [texto, r] = leerSelect({deMontos});
-    const bool subDinero = !r.columnas.empty() && r.columnas[0].dinero;
-    if (subDinero && !a.dinero())
-      sql = aDinero(std::move(a)).sql + ' ' + op + ' ' + "(";
-    return simple(sql + with + texto + pide(Tok::Cierra));
-  }
+  toma();
   std::vector<Expr> valores;
   while (mira().tipo != Tok::Cierra) {
     if (mira().tipo == Tok::Coma)
@@ -1093,11 +1278,10 @@ Expr Lector::en(Expr a, const std::string& op) {
     valores.push_back(expr());
   }
   toma();
-  if (a.dinero() || algunoDinero(valores)) {
-    a = aDinero(std::move(a));
-    for (Expr& v : valores)
-      v = aDinero(std::move(v));
-  }
+  std::vector<Expr*> todos{&a};
+  for (Expr& v : valores)
+    todos.push_back(&v);
+  comoMontos(todos);
   return simple(a.sql + ' ' + op + " (" + unir(valores) + ")");
 }
 
@@ -1105,11 +1289,8 @@ Expr Lector::comparacion() {
   Expr a = bits();
   while (esOp("<") || esOp("<=") || esOp(">") || esOp(">=")) {
     const std::string op = toma();
-    Expr b = bits();
-    if (a.dinero() || b.dinero()) {
-      a = aDinero(std::move(a));
-      b = aDinero(std::move(b));
-    }
+    Expr b = operando(a, &Lector::bits);
+    emparejar(a, b);
     a = simple(a.sql + ' ' + op + ' ' + b.sql);
   }
   return a;
@@ -1134,9 +1315,8 @@ Expr Lector::suma() {
     const std::string op = toma();
     Expr b = producto();
     if (a.dinero() || b.dinero()) {
-      const bool real = a.real || b.real || a.clase == Clase::Simple || b.clase == Clase::Simple;
-      const std::string izquierda = aDinero(std::move(a)).sql;
-      a = dinero(izquierda + ' ' + op + ' ' + aDinero(std::move(b)).sql, real);
+      comoMontos({&a, &b});
+      a = dinero(a.sql + ' ' + op + ' ' + b.sql, a.real || b.real, a.escala);
     } else {
       a = simple(a.sql + ' ' + op + ' ' + b.sql);
     }
@@ -1144,8 +1324,6 @@ Expr Lector::suma() {
   return a;
 }
 
-// Ten-thousandths times a number stay ten-thousandths; a quotient is taken
-// in floating point, as the server's numeric division is not an integer one.
 Expr Lector::producto() {
   Expr a = concatenacion();
   while (esOp("*") || esOp("/") || esOp("%")) {
@@ -1154,20 +1332,59 @@ Expr Lector::producto() {
     if (!a.dinero() && !b.dinero()) {
       a = simple(a.sql + ' ' + op + ' ' + b.sql);
     } else if (op == "*") {
-      if (a.dinero() && b.dinero())
-        rehusar("El producto de dos montos no es un monto: " + a.sql + " * " + b.sql);
-      a = dinero(a.sql + " * " + b.sql, true);
-    } else if (op == "%") {
-      a = dinero(aDinero(std::move(a)).sql + " % " + aDinero(std::move(b)).sql);
-    } else if (a.dinero() && b.dinero()) {
-      a = simple("CAST(" + a.sql + " AS REAL) / " + b.sql);
-    } else if (a.dinero()) {
-      a = dinero(a.sql + " / CAST(" + b.sql + " AS REAL)", true);
+      a = multiplicar(std::move(a), std::move(b));
     } else {
-      a = simple("(" + a.sql + ") * 10000.0 / " + b.sql);
+      a = dividir(std::move(a), op, std::move(b));
     }
   }
   return a;
+}
+
+// An amount times a number. By a literal or a bound value the product stays
+// exact in finer units (Monto * 0.015 is Monto's ten-thousandths times 15, in
+// units of 10^-7), as the server's numeric keeps it; by anything else it is
+// taken as SQLite computes it and may fall between units.
+Expr Lector::multiplicar(Expr a, Expr b) {
+  if (a.dinero() && b.dinero())
+    rehusar("El producto de dos montos no es un monto: " + a.sql + " * " + b.sql);
+  Expr& monto = a.dinero() ? a : b;
+  Expr& factor = a.dinero() ? b : a;
+  int escala = monto.escala;
+  if (const auto l = factor.clase == Clase::Numero ? leerLiteral(factor.sql) : std::nullopt) {
+    if (!cabeEnEntero64(l->digitos))
+      rehusar("Factor con demasiados dígitos en la sentencia: " + factor.sql);
+    factor.sql = (l->negativo ? "-" : "") + l->digitos;
+    escala += l->decimales;
+  } else if (factor.clase == Clase::Marca) {
+    factor = aDinero(std::move(factor));
+    escala += 4;
+  } else {
+    monto.real = true;
+  }
+  if (escala > kMaximaEscala)
+    rehusar("Un producto con más de " + std::to_string(kMaximaEscala + 4) +
+            " decimales no se calcula exactamente: " + a.sql + " * " + b.sql);
+  return dinero(a.sql + " * " + b.sql, monto.real, escala);
+}
+
+// A quotient with an amount in it is an amount, as the server's numeric is,
+// taken in floating point: SQLite's integer division would drop the
+// fraction. The remainder of two amounts stays exact.
+Expr Lector::dividir(Expr a, const std::string& op, Expr b) {
+  if (op == "%") {
+    comoMontos({&a, &b});
+    if (a.real || b.real)
+      rehusar("El resto de una división no es exacto sobre un cociente: " + a.sql + " % " + b.sql);
+    return dinero(a.sql + " % " + b.sql, false, a.escala);
+  }
+  if (a.dinero() && b.dinero()) {
+    comoMontos({&a, &b});
+    return dinero("CAST(" + a.sql + " AS REAL) * 10000 / " + b.sql, true);
+  }
+  if (a.dinero())
+    return dinero(a.sql + " / CAST(" + b.sql + " AS REAL)", true, a.escala);
+  b = enDiezmilesimas(std::move(b));
+  return dinero("(" + a.sql + ") * 100000000.0 / " + b.sql, true);
 }
 
 Expr Lector::concatenacion() {
@@ -1184,12 +1401,16 @@ Expr Lector::concatenacion() {
 
 Expr Lector::unaria() {
   if (esOp("-") || esOp("+") || esOp("~")) {
+    const Nivel nivel(*this);
     const std::string op = toma();
     Expr e = unaria();
     if (op == "~" && e.dinero())
       rehusar("Un monto no admite operaciones de bits (~): " + e.sql);
-    if (e.clase == Clase::Numero && op != "~")
-      return Expr{op == "-" ? "-" + e.sql : e.sql, Clase::Numero};
+    if (e.clase == Clase::Numero && op != "~") {
+      if (op == "+")
+        return e;
+      return Expr{e.sql[0] == '-' ? e.sql.substr(1) : "-" + e.sql, Clase::Numero};
+    }
     e.sql = op + e.sql;
     if (!e.dinero())
       e.clase = Clase::Simple;
@@ -1201,6 +1422,21 @@ Expr Lector::unaria() {
     e.sql += ' ' + toma();
     e.sql += ' ' + toma();
   }
+  return e;
+}
+
+// A subquery whose opening parenthesis was taken, up to its closing one.
+Expr Lector::subconsulta(const std::vector<bool>& esperado) {
+  std::string with;
+  if (es("WITH"))
+    with = leerWith();
+  auto [texto, r] = leerSelect(esperado);
+  pide(Tok::Cierra);
+  Expr e{"(" + with + texto + ")"};
+  if (!r.columnas.empty() && r.columnas[0].monto.dinero) {
+    e = dinero(e.sql, r.columnas[0].monto.real, r.columnas[0].monto.escala);
+  }
+  e.columnasFila = std::move(r.columnas);
   return e;
 }
 
@@ -1217,23 +1453,20 @@ Expr Lector::primaria() {
     }
     case Tok::Abre: {
       toma();
-      if (es("SELECT") || es("VALUES") || es("WITH")) {
-        std::string with;
-        if (es("WITH"))
-          with = leerWith();
-        auto [texto, r] = leerSelect({});
-        const bool deMontos = !r.columnas.empty() && r.columnas[0].dinero;
-        pide(Tok::Cierra);
-        return Expr{"(" + with + texto + ")", deMontos ? Clase::Dinero : Clase::Simple};
-      }
+      if (es("SELECT") || es("VALUES") || es("WITH"))
+        return subconsulta({});
       Expr e = expr();
       if (mira().tipo == Tok::Coma) {  // a row value
-        std::string sql = "(" + e.sql;
+        std::vector<Expr> fila;
+        fila.push_back(std::move(e));
         while (mira().tipo == Tok::Coma) {
           toma();
-          sql += ", " + expr().sql;
+          fila.push_back(expr());
         }
-        return simple(sql + pide(Tok::Cierra));
+        pide(Tok::Cierra);
+        Expr r{"(" + unir(fila) + ")"};
+        r.fila = std::move(fila);
+        return r;
       }
       pide(Tok::Cierra);
       if (!coercible(e))  // a literal keeps its own text, to be read as an amount
@@ -1261,9 +1494,8 @@ Expr Lector::nombre() {
       if (es("NOT"))
         sql = toma() + ' ';
       sql += toma() + ' ';
-      sql += pide(Tok::Abre);
-      auto [texto, r] = leerSelect({});
-      return simple(sql + texto + pide(Tok::Cierra));
+      pide(Tok::Abre);
+      return simple(sql + subconsulta({}).sql);
     }
     if (esPalabraDeClausula(mira().texto) && !es("LEFT") && !es("RIGHT"))
       throw NoSeEntiende{};
@@ -1278,7 +1510,8 @@ Expr Lector::nombre() {
     columna = toma();
     sql += columna;
   }
-  Expr e{sql, dineroDe(calificador, columna) ? Clase::Dinero : Clase::Simple};
+  const Monto m = montoDe(calificador, columna);
+  Expr e = m.dinero ? dinero(sql, m.real, m.escala) : simple(sql);
   e.columna = sinComillas(columna);
   return e;
 }
@@ -1300,6 +1533,15 @@ std::vector<Expr> Lector::argumentos(std::string& distinto) {
   return r;
 }
 
+// The rounding of an amount to `decimales` places, halves away from zero as
+// the server rounds; `precision` digits in all, when given, or the value is
+// refused as the server refuses it.
+Expr redondeo(const Expr& e, const std::string& decimales, const std::string& precision = "NULL") {
+  return dinero("caja_redondear(" + e.sql + ", " + decimales + ", " + std::to_string(e.escala) +
+                    ", " + precision + ")",
+                false, e.escala);
+}
+
 // Aggregates and functions whose result is an amount when their arguments
 // are; any other function is refused an amount rather than handed
 // ten-thousandths it would take for units.
@@ -1312,22 +1554,28 @@ Expr Lector::funcion(const std::string& nombreFuncion) {
   const auto llamada = [&](const std::string& nombre) {
     return nombre + "(" + distinto + unir(args) + ")";
   };
+  const auto todos = [&](std::size_t desde) {
+    std::vector<Expr*> r;
+    for (std::size_t i = desde; i < args.size(); ++i)
+      r.push_back(&args[i]);
+    return r;
+  };
   if (f == "count" || !conDinero) {
     r = simple(llamada(nombreFuncion));
   } else if (f == "sum" || f == "abs" || f == "total" || f == "avg" || f == "min" || f == "max" ||
              f == "coalesce" || f == "ifnull" || f == "nullif" || f == "likely" ||
              f == "unlikely") {
-    for (Expr& a : args)
-      a = aDinero(std::move(a));
-    r = dinero(llamada(nombreFuncion), f == "total" || f == "avg");
+    comoMontos(todos(0));
+    bool real = f == "total" || f == "avg";
+    for (const Expr& a : args)
+      real = real || a.real;
+    r = dinero(llamada(nombreFuncion), real, args[0].escala);
   } else if (f == "iif" && args.size() == 3) {
-    args[1] = aDinero(std::move(args[1]));
-    args[2] = aDinero(std::move(args[2]));
-    r = dinero(llamada(nombreFuncion));
+    comoMontos(todos(1));
+    r = dinero(llamada(nombreFuncion), args[1].real || args[2].real, args[1].escala);
   } else if (f == "round" && args.size() <= 2 && args[0].dinero() &&
              (args.size() == 1 || !args[1].dinero())) {
-    r = dinero("caja_redondear(" + args[0].sql + ", " + (args.size() == 2 ? args[1].sql : "0") +
-               ")");
+    r = redondeo(args[0], args.size() == 2 ? args[1].sql : "0");
   } else {
     rehusar("La función " + nombreFuncion +
             " no admite montos en la base de datos embebida: " + llamada(nombreFuncion));
@@ -1366,22 +1614,22 @@ Expr Lector::caso() {
     otro = expr();
   }
   pide("END");
-  if (operando && (operando->dinero() || algunoDinero(condiciones))) {
-    operando = aDinero(std::move(*operando));
+  if (operando) {
+    std::vector<Expr*> comparados{&*operando};
     for (Expr& c : condiciones)
-      c = aDinero(std::move(c));
+      comparados.push_back(&c);
+    comoMontos(comparados);
   }
-  const bool deMontos = algunoDinero(valores) || (otro && otro->dinero());
-  bool real = false;
-  if (deMontos) {
-    for (Expr& v : valores) {
-      v = aDinero(std::move(v));
-      real = real || v.real;
-    }
-    if (otro) {
-      otro = aDinero(std::move(*otro));
-      real = real || otro->real;
-    }
+  std::vector<Expr*> resultados;
+  for (Expr& v : valores)
+    resultados.push_back(&v);
+  if (otro)
+    resultados.push_back(&*otro);
+  comoMontos(resultados);
+  bool deMontos = false, real = false;
+  for (const Expr* v : resultados) {
+    deMontos = deMontos || v->dinero();
+    real = real || v->real;
   }
   if (operando)
     sql += ' ' + operando->sql;
@@ -1390,11 +1638,33 @@ Expr Lector::caso() {
   if (otro)
     sql += " ELSE " + otro->sql;
   sql += " END";
-  return deMontos ? dinero(sql, real) : simple(sql);
+  return deMontos ? dinero(sql, real, resultados.front()->escala) : simple(sql);
+}
+
+// The precision and scale written in a type: DECIMAL(19, 1) is {19, 1};
+// DECIMAL(10) has scale 0, as on the server; a bare DECIMAL has neither.
+std::optional<std::pair<std::string, std::string>> precisionYEscala(std::string_view tipo) {
+  const std::size_t abre = tipo.find('(');
+  if (abre == npos)
+    return std::nullopt;
+  std::vector<std::string> numeros;
+  std::string actual;
+  for (const char c : tipo.substr(abre + 1)) {
+    if (std::isdigit(static_cast<unsigned char>(c))) {
+      actual += c;
+    } else if (!actual.empty()) {
+      numeros.push_back(actual);
+      actual.clear();
+    }
+  }
+  if (numeros.empty() || numeros.size() > 2 || numeros[0].size() > 4 ||
+      (numeros.size() == 2 && numeros[1].size() > 4))
+    rehusar("Tipo no válido en la conversión de un monto: " + std::string(tipo));
+  return std::pair{numeros[0], numeros.size() == 2 ? numeros[1] : "0"};
 }
 
 // CAST of an amount to the types a report asks for: a decimal text, an
-// integer rounded as the server rounds, a float, or an amount again.
+// integer or a decimal rounded as the server rounds, a float.
 Expr Lector::conversion() {
   std::string sql = toma();
   sql += pide(Tok::Abre);
@@ -1418,14 +1688,20 @@ Expr Lector::conversion() {
         return true;
     return false;
   };
-  if (empieza({"TEXT", "VARCHAR", "CHAR", "NVARCHAR", "NCHAR", "CLOB"}))
-    return simple("caja_texto(" + e.sql + ")");
-  if (empieza({"NUMERIC", "DECIMAL", "MONEY"}))
-    return e;
+  const std::string unidades = potencia10(4 + e.escala);
+  if (empieza({"TEXT", "VARCHAR", "CHAR", "NVARCHAR", "NCHAR", "CLOB"})) {
+    if (e.real)
+      rehusar("Un cociente no tiene texto exacto en la base de datos embebida: " + e.sql);
+    return simple("caja_texto(" + e.sql + ", " + std::to_string(e.escala) + ")");
+  }
+  if (empieza({"NUMERIC", "DECIMAL"})) {
+    const auto ps = precisionYEscala(t);
+    return ps ? redondeo(e, ps->second, ps->first) : e;
+  }
   if (empieza({"INT", "BIGINT", "SMALLINT", "TINYINT"}))
-    return simple("(caja_redondear(" + e.sql + ", 0) / 10000)");
+    return simple("(" + redondeo(e, "0").sql + " / " + unidades + ")");
   if (empieza({"REAL", "FLOAT", "DOUBLE"}))
-    return simple("(" + e.sql + " / 10000.0)");
+    return simple("(" + e.sql + " / " + unidades + ".0)");
   rehusar("Un monto no se convierte a " + tipo + " en la base de datos embebida");
 }
 
@@ -1445,15 +1721,15 @@ SentenciaTipada tiparDinero(std::string_view sql) {
   }
 }
 
-bool esColumnaDinero(const SentenciaTipada& s, int i, int columnas) {
-  const auto conocidas = static_cast<int>(s.columnasDinero.size());
+int escalaDeColumna(const SentenciaTipada& s, int i, int columnas) {
+  const auto conocidas = static_cast<int>(s.escalas.size());
   if (s.estrellaIncierta >= 0 && i >= s.estrellaIncierta) {
     const int ancho = columnas - conocidas;
     if (i < s.estrellaIncierta + ancho)
-      return false;
+      return -1;
     i -= ancho;
   }
-  return i >= 0 && i < conocidas && s.columnasDinero[static_cast<std::size_t>(i)];
+  return i >= 0 && i < conocidas ? s.escalas[static_cast<std::size_t>(i)] : -1;
 }
 
 }  // namespace caja

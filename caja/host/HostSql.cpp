@@ -143,7 +143,7 @@ Currency monedaDeTexto(std::string_view texto) {
   }
   if (dec.digitos.empty() || dec.digitos.find_first_not_of("0123456789") != std::string::npos)
     throw errorEjecucion(err::kTiposNoCoinciden);
-  return dec.roundedHalfEven(4).toCurrency();
+  return dec.roundedHalfAway(4).toCurrency();
 }
 
 CajaError errorFueraDeRango(const std::string& fuente, const Argumentos& args) {

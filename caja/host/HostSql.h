@@ -68,7 +68,8 @@ class HostSql : public Factoria, public std::enable_shared_from_this<HostSql> {
 // A whole number read from a database: Long when it fits, Double beyond.
 Variant enteroComoVariant(long long n);
 // A database's exact decimal text ("-12.3456", "1e3" is not one) as currency,
-// rounded half to even to four places; error 6 outside the currency range.
+// rounded to four places halves away from zero, as the server rounds a
+// numeric into NUMERIC(19, 4); error 6 outside the currency range.
 Currency monedaDeTexto(std::string_view texto);
 
 // The error for a statement that would leave a money column outside the

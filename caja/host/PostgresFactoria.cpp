@@ -18,8 +18,8 @@ namespace {
 constexpr const char* kFuente = "PostgresFactoria";
 
 // Type identifiers of the built-in types the schema uses (pg_type.oid).
-constexpr Oid kBool = 16, kInt8 = 20, kInt2 = 21, kInt4 = 23, kFloat4 = 700, kFloat8 = 701,
-              kDate = 1082, kTime = 1083, kTimestamp = 1114, kNumeric = 1700;
+constexpr Oid kBool = 16, kInt8 = 20, kInt2 = 21, kInt4 = 23, kText = 25, kFloat4 = 700,
+              kFloat8 = 701, kDate = 1082, kTime = 1083, kTimestamp = 1114, kNumeric = 1700;
 
 // A key of its own so that two tills connecting to an empty database for the
 // first time do not both create the schema.
@@ -117,6 +117,57 @@ std::optional<std::string> textoParametro(const Variant& v) {
       break;
   }
   throw errorEjecucion(err::kTiposNoCoinciden);
+}
+
+// The server's type for a value bound to a placeholder. A number with a
+// fraction is always typed by its value: left to the context, `? * 2` would
+// be an integer and 0.5 refused. Any other value is typed only when the
+// context gives the placeholder no type (`-?`), `todos`, which outside a
+// transaction is tried once the server has said so; otherwise the context's
+// type (a date, a flag, a text column) reads its text.
+Oid tipoDeValor(const Variant& v, bool todos) {
+  switch (v.type()) {
+    case VarType::Currency:
+      return kNumeric;
+    case VarType::Double:
+      return kFloat8;
+    case VarType::Integer:
+    case VarType::Long:
+      return todos ? kInt4 : 0;
+    case VarType::Boolean:
+      return todos ? kBool : 0;
+    case VarType::String:
+      return todos ? kText : 0;
+    case VarType::Date:
+      return todos ? kTimestamp : 0;
+    default:
+      return 0;
+  }
+}
+
+std::vector<Oid> tiposDeValores(const Argumentos& args, int marcas, bool todos) {
+  std::vector<Oid> tipos;
+  for (int i = 0; i < marcas; ++i)
+    tipos.push_back(static_cast<std::size_t>(i) < args.size()
+                        ? tipoDeValor(args[static_cast<std::size_t>(i)], todos)
+                        : 0);
+  return tipos;
+}
+
+// The statement's text and the types its values give it: one prepared
+// statement for each.
+std::string claveDePreparada(const std::string& sql, const Argumentos& args) {
+  std::string clave = sql;
+  clave += '\0';
+  for (const Variant& v : args)
+    clave += std::to_string(tipoDeValor(v, true)) + ',';
+  return clave;
+}
+
+bool sinTipo(const PGresult* r) {
+  const char* sqlstate = PQresultErrorField(r, PG_DIAG_SQLSTATE);
+  const std::string codigo = sqlstate ? sqlstate : "";
+  return codigo == "42P18" || codigo == "42725";  // indeterminate type, ambiguous operator
 }
 
 Variant fechaDeTexto(const std::string& texto) {
@@ -231,12 +282,13 @@ PostgresFactoria::~PostgresFactoria() {
   PQfinish(conexion_);
 }
 
-// Each statement is prepared once per connection, under a name of its own, so
-// that the server parses and plans it once; past a bound the connection's
-// statements are dropped and prepared afresh.
+// Each statement is prepared once per connection and kind of values, under
+// a name of its own, so that the server parses and plans it once; past a
+// bound the connection's statements are dropped and prepared afresh.
 const PostgresFactoria::Preparada& PostgresFactoria::preparar(const std::string& sql,
                                                               const Argumentos& args) {
-  if (const auto it = preparadas_.find(sql); it != preparadas_.end())
+  const std::string clave = claveDePreparada(sql, args);
+  if (const auto it = preparadas_.find(clave); it != preparadas_.end())
     return it->second;
   if (preparadas_.size() >= kMaximoPreparadas) {
     Resultado r(PQexec(conexion_, "DEALLOCATE ALL"));
@@ -245,10 +297,16 @@ const PostgresFactoria::Preparada& PostgresFactoria::preparar(const std::string&
   Preparada p;
   const std::string texto = traducirSql(sql, kDialectoPostgres, p.marcas);
   p.nombre = "caja" + std::to_string(++nombradas_);
-  Resultado r(PQprepare(conexion_, p.nombre.c_str(), texto.c_str(), p.marcas, nullptr));
-  if (PQresultStatus(r.get()) != PGRES_COMMAND_OK)
-    fallar(r.get(), args);
-  return preparadas_.emplace(sql, std::move(p)).first->second;
+  for (const bool todos : {false, true}) {
+    const std::vector<Oid> tipos = tiposDeValores(args, p.marcas, todos);
+    Resultado r(PQprepare(conexion_, p.nombre.c_str(), texto.c_str(), p.marcas, tipos.data()));
+    if (PQresultStatus(r.get()) == PGRES_COMMAND_OK)
+      break;
+    // Inside a transaction the failed attempt has already aborted it.
+    if (todos || !sinTipo(r.get()) || PQtransactionStatus(conexion_) != PQTRANS_IDLE)
+      fallar(r.get(), args);
+  }
+  return preparadas_.emplace(clave, std::move(p)).first->second;
 }
 
 PostgresFactoria::Resultado PostgresFactoria::ejecutar(const std::string& sql,

@@ -53,7 +53,8 @@ class PostgresFactoria : public HostSql {
   [[noreturn]] void fallar(const pg_result* r, const Argumentos& args) const;
 
   pg_conn* conexion_ = nullptr;
-  // Statements prepared on this connection, by the component's text of them.
+  // Statements prepared on this connection, by the component's text of them
+  // and the types of their values.
   std::unordered_map<std::string, Preparada> preparadas_;
   long nombradas_ = 0;
 };

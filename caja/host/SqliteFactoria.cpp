@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -88,55 +89,103 @@ bool enRango(double diezmilesimas) {
          diezmilesimas < kFueraDeRango;
 }
 
+std::int64_t potencia10(long long n) {
+  std::int64_t p = 1;
+  for (long long i = 0; i < n; ++i)
+    p *= 10;
+  return p;
+}
+
+// `v` rounded to a multiple of 10^`n` (n at most 18), halves away from zero,
+// and divided by it when `dividir`.
+std::int64_t redondearEntero(std::int64_t v, long long n, bool dividir) {
+  if (n <= 0)
+    return v;
+  const std::int64_t paso = potencia10(n);
+  const std::int64_t resto = v % paso;
+  std::int64_t cociente = v / paso;
+  // |resto| < 10^18, so twice it still fits.
+  if (2 * (resto < 0 ? -resto : resto) >= paso)
+    cociente += resto < 0 ? -1 : 1;
+  if (dividir)
+    return cociente;
+  std::int64_t r = 0;
+  if (__builtin_mul_overflow(cociente, paso, &r))
+    throw errorFueraDeRango(kFuente, {});
+  return r;
+}
+
 // An amount computed in floating point (a quotient, an average, TOTAL) in
-// ten-thousandths, read as the server's numeric is: halves to even.
+// ten-thousandths, read as the server reads a numeric into four decimals:
+// halves away from zero.
 Currency monedaDeReal(double diezmilesimas) {
-  const double entero = std::nearbyint(diezmilesimas);
+  const double entero = std::round(diezmilesimas);
   if (!enRango(entero))
     throw errorFueraDeRango(kFuente, {});
   return Currency::fromRaw(static_cast<std::int64_t>(entero));
 }
 
-// caja_entero(x): an amount about to be stored, in whole ten-thousandths,
-// halves away from zero as NUMERIC(19, 4) rounds them. Out of range it stays
-// REAL and the column's check refuses it.
-void fnEntero(sqlite3_context* ctx, int, sqlite3_value** argv) {
-  const double x = sqlite3_value_double(argv[0]);
+// An amount the statement computed in units of 10^-(4 + escala), as currency.
+Currency monedaDeValor(sqlite3_value* v, long long escala) {
+  if (sqlite3_value_type(v) == SQLITE_INTEGER)
+    return Currency::fromRaw(redondearEntero(sqlite3_value_int64(v), escala, true));
+  return monedaDeReal(sqlite3_value_double(v) / static_cast<double>(potencia10(escala)));
+}
+
+long long escalaDe(int argc, sqlite3_value** argv, int i) {
+  return argc > i ? std::clamp<long long>(sqlite3_value_int64(argv[i]), 0, 18) : 0;
+}
+
+// caja_entero(x [, escala]): an amount about to be stored or compared with a
+// compound's other branches, in whole ten-thousandths, halves away from zero
+// as NUMERIC(19, 4) rounds them. Out of range a REAL stays REAL and the
+// column's check refuses it.
+void fnEntero(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
+  const long long escala = escalaDe(argc, argv, 1);
+  if (sqlite3_value_type(argv[0]) == SQLITE_INTEGER) {
+    sqlite3_result_int64(ctx, redondearEntero(sqlite3_value_int64(argv[0]), escala, true));
+    return;
+  }
+  const double x = sqlite3_value_double(argv[0]) / static_cast<double>(potencia10(escala));
   if (sqlite3_value_type(argv[0]) == SQLITE_FLOAT && enRango(std::round(x)))
     sqlite3_result_int64(ctx, std::llround(x));
   else
     sqlite3_result_value(ctx, argv[0]);
 }
 
-Currency monedaDeValor(sqlite3_value* v) {
-  if (sqlite3_value_type(v) == SQLITE_INTEGER)
-    return Currency::fromRaw(sqlite3_value_int64(v));
-  return monedaDeReal(sqlite3_value_double(v));
-}
-
-// caja_redondear(x, n): ROUND of an amount to n decimals, halves away from zero.
+// caja_redondear(x, n, escala, precision): ROUND of an amount in units of
+// 10^-(4 + escala) to n decimals, halves away from zero, in the same units;
+// with a precision (CAST to NUMERIC(p, n)), a value of more integer digits
+// than p - n is refused as the server refuses it.
 void fnRedondear(sqlite3_context* ctx, int, sqlite3_value** argv) {
   if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
     sqlite3_result_null(ctx);
     return;
   }
   try {
-    const std::int64_t raw = monedaDeValor(argv[0]).raw();
     const long long decimales = sqlite3_value_int64(argv[1]);
-    if (decimales >= 4) {
-      sqlite3_result_int64(ctx, raw);
-      return;
-    }
-    std::int64_t paso = 1;
-    for (long long d = decimales; d < 4 && paso <= std::numeric_limits<std::int64_t>::max() / 10;
-         ++d)
-      paso *= 10;
-    const std::int64_t resto = raw % paso;
-    std::int64_t r = raw - resto;
-    if (2 * (resto < 0 ? -resto : resto) >= paso) {
-      const std::int64_t hacia = resto < 0 ? -paso : paso;
-      if (__builtin_add_overflow(r, hacia, &r))
+    const long long escala = escalaDe(4, argv, 2);
+    const long long paso = 4 + escala - std::max(decimales, -20LL);
+    std::int64_t r = 0;
+    if (paso > 18) {
+      r = 0;
+    } else if (sqlite3_value_type(argv[0]) == SQLITE_INTEGER) {
+      r = redondearEntero(sqlite3_value_int64(argv[0]), paso, false);
+    } else {
+      const double unidad = static_cast<double>(potencia10(std::max(paso, 0LL)));
+      const double x = std::round(sqlite3_value_double(argv[0]) / unidad) * unidad;
+      if (!enRango(x))
         throw errorFueraDeRango(kFuente, {});
+      r = static_cast<std::int64_t>(x);
+    }
+    if (sqlite3_value_type(argv[3]) != SQLITE_NULL) {
+      const long long digitos = sqlite3_value_int64(argv[3]) - decimales + 4 + escala;
+      if (digitos <= 18 && (r >= potencia10(std::max(digitos, 0LL)) ||
+                            r <= -potencia10(std::max(digitos, 0LL))))
+        throw CajaError(kErrorBaseDatos, kFuente,
+                        "Desbordamiento del campo numérico: el monto no cabe en NUMERIC(" +
+                            std::to_string(sqlite3_value_int64(argv[3])) + ", " +
+                            std::to_string(decimales) + ")");
     }
     sqlite3_result_int64(ctx, r);
   } catch (const CajaError& e) {
@@ -144,17 +193,26 @@ void fnRedondear(sqlite3_context* ctx, int, sqlite3_value** argv) {
   }
 }
 
-// caja_texto(x): an amount as exact decimal text with four places.
-void fnTexto(sqlite3_context* ctx, int, sqlite3_value** argv) {
+// caja_texto(x, escala): an amount in units of 10^-(4 + escala) as exact
+// decimal text with 4 + escala places, as the server writes a numeric.
+void fnTexto(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
   if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
     sqlite3_result_null(ctx);
     return;
   }
   try {
-    std::string texto = monedaDeValor(argv[0]).toMachineText();
-    const auto punto = texto.find('.');
-    texto +=
-        punto == std::string::npos ? ".0000" : std::string(4 - (texto.size() - punto - 1), '0');
+    const long long escala =
+        sqlite3_value_type(argv[0]) == SQLITE_INTEGER ? escalaDe(argc, argv, 1) : 0;
+    const std::int64_t v = sqlite3_value_type(argv[0]) == SQLITE_INTEGER
+                               ? sqlite3_value_int64(argv[0])
+                               : monedaDeValor(argv[0], escalaDe(argc, argv, 1)).raw();
+    const auto decimales = static_cast<std::size_t>(4 + escala);
+    std::string digitos = std::to_string(v < 0 ? -static_cast<std::uint64_t>(v)
+                                               : static_cast<std::uint64_t>(v));
+    if (digitos.size() <= decimales)
+      digitos.insert(0, decimales + 1 - digitos.size(), '0');
+    digitos.insert(digitos.size() - decimales, 1, '.');
+    const std::string texto = (v < 0 ? "-" : "") + digitos;
     sqlite3_result_text(ctx, texto.c_str(), static_cast<int>(texto.size()), SQLITE_TRANSIENT);
   } catch (const CajaError& e) {
     sqlite3_result_error(ctx, e.description().c_str(), -1);
@@ -179,16 +237,17 @@ Variant valorSegunAlmacen(sqlite3_stmt* st, int i) {
 }
 
 // A column as the host's data layer would type it: from its declared type,
-// or as an amount where the statement computes one.
-Variant leerColumna(sqlite3_stmt* st, int i, bool esDinero) {
+// or as an amount in units of 10^-(4 + escala) where the statement computes
+// one (escala -1: none).
+Variant leerColumna(sqlite3_stmt* st, int i, int escala) {
   const int almacen = sqlite3_column_type(st, i);
   if (almacen == SQLITE_NULL)
     return Variant::Null();
   const std::string tipo = tipoDeclarado(st, i);
-  if ((esDinero || tipo == "MONEY") && almacen == SQLITE_INTEGER)
-    return Variant(Currency::fromRaw(sqlite3_column_int64(st, i)));
-  if (esDinero && almacen == SQLITE_FLOAT)
-    return Variant(monedaDeReal(sqlite3_column_double(st, i)));
+  if (tipo == "MONEY" && escala < 0)
+    escala = 0;
+  if (escala >= 0 && (almacen == SQLITE_INTEGER || almacen == SQLITE_FLOAT))
+    return Variant(monedaDeValor(sqlite3_column_value(st, i), escala));
   const Variant crudo = valorSegunAlmacen(st, i);
   if (tipo == "BIT")
     return Variant(CBool(crudo));
@@ -240,7 +299,7 @@ class SqliteFactoria::Sentencia {
   }
   sqlite3_stmt* st() const { return st_; }
   Variant columna(int i) const {
-    return leerColumna(st_, i, esColumnaDinero(p_.tipos, i, sqlite3_column_count(st_)));
+    return leerColumna(st_, i, escalaDeColumna(p_.tipos, i, sqlite3_column_count(st_)));
   }
 
  private:
@@ -373,9 +432,13 @@ void SqliteFactoria::abrir(const std::string& archivo) {
   const int puras = flags | SQLITE_DETERMINISTIC;
   sqlite3_create_function(db_, "caja_diezmilesimas", 1, puras, nullptr, fnDiezmilesimas, nullptr,
                           nullptr);
-  sqlite3_create_function(db_, "caja_entero", 1, puras, nullptr, fnEntero, nullptr, nullptr);
-  sqlite3_create_function(db_, "caja_redondear", 2, puras, nullptr, fnRedondear, nullptr, nullptr);
-  sqlite3_create_function(db_, "caja_texto", 1, puras, nullptr, fnTexto, nullptr, nullptr);
+  for (const int argumentos : {1, 2}) {
+    sqlite3_create_function(db_, "caja_entero", argumentos, puras, nullptr, fnEntero, nullptr,
+                            nullptr);
+    sqlite3_create_function(db_, "caja_texto", argumentos, puras, nullptr, fnTexto, nullptr,
+                            nullptr);
+  }
+  sqlite3_create_function(db_, "caja_redondear", 4, puras, nullptr, fnRedondear, nullptr, nullptr);
   sqlite3_update_hook(db_, anotarIdentidad, &identidades_);
   try {
     ejecutarGuion("PRAGMA journal_mode = WAL; PRAGMA foreign_keys = ON;");
