@@ -130,9 +130,9 @@ int NumeracionMarcas::numero(std::string_view texto) {
     if (nombre == texto)
       return n;
   if (mayor_ >= kMaximoMarcas)
-    throw CajaError(kErrorBaseDatos, std::string(fuente_),
-                    "Demasiados parámetros en la sentencia: el límite es " +
-                        std::to_string(kMaximoMarcas));
+    throw CajaError(
+        kErrorBaseDatos, std::string(fuente_),
+        "Demasiados parámetros en la sentencia: el límite es " + std::to_string(kMaximoMarcas));
   nombres_.emplace_back(std::string(texto), ++mayor_);
   return mayor_;
 }
@@ -150,11 +150,15 @@ std::string traducirSql(std::string_view sql, const Dialecto& dialecto, int& mar
       i += kIdentidad.size();
     } else if (const std::size_t m = largoMarca(sql, i)) {
       const int numero = numeracion.numero(sql.substr(i, m));
-      if (dialecto.marcasNumeradas)
-        r += '$' + std::to_string(numero);
-      else
-        r += sql.substr(i, m);
       i += m;
+      if (!dialecto.marcasNumeradas) {
+        r += sql.substr(i - m, m);
+        continue;
+      }
+      r += '$' + std::to_string(numero);
+      // "?abc" is a placeholder aliased abc to SQLite; "$1abc" is an error to the server.
+      if (i < sql.size() && letraDeNombre(sql[i]))
+        r += ' ';
     } else {
       r += sql[i++];
     }

@@ -198,7 +198,8 @@ std::pair<std::string, int> diezmilesimasDeLiteral(std::string_view literal,
     rehusar("Monto literal no válido en la sentencia: " + std::string(escrito) +
             " (escriba el monto con punto decimal, o páselo como parámetro)");
   const int escala = std::max(0, l->decimales - 4);
-  std::string digitos = l->digitos + std::string(static_cast<std::size_t>(4 - l->decimales + escala), '0');
+  std::string digitos =
+      l->digitos + std::string(static_cast<std::size_t>(4 - l->decimales + escala), '0');
   digitos.erase(0, std::min(digitos.find_first_not_of('0'), digitos.size() - 1));
   if (!cabeEnEntero64(digitos)) {
     if (escala == 0)
@@ -229,12 +230,13 @@ struct Expr {
       : sql(std::move(texto)), clase(c), marca(m) {}
   std::string sql;
   Clase clase;
-  int marca;            // the placeholder's index, for Clase::Marca
-  bool real = false;    // an amount that may fall between units
-  int escala = 0;       // an amount in units of 10^-(4 + escala)
-  std::string columna;  // the column's name when the expression is one
-  std::vector<Expr> fila;              // the elements of a row value
-  std::vector<Columna> columnasFila;   // the columns of a subquery that gives a row
+  int marca;               // the placeholder's index, for Clase::Marca
+  bool real = false;       // an amount that may fall between units
+  int escala = 0;          // an amount in units of 10^-(4 + escala)
+  std::string columna;     // the column's name when the expression is one
+  std::string cotejo;      // " COLLATE X" after a literal, kept when it becomes an amount
+  std::vector<Expr> fila;  // the elements of a row value
+  std::vector<Columna> columnasFila;  // the columns of a subquery that gives a row
   bool dinero() const { return clase == Clase::Dinero; }
 };
 
@@ -476,15 +478,15 @@ Expr Lector::aDinero(Expr e) {
       return e;
     case Clase::Nulo:
       return dinero(e.sql);
-    case Clase::Numero: {
-      auto [digitos, escala] = diezmilesimasDeLiteral(e.sql, e.sql);
-      return dinero(std::move(digitos), false, escala);
-    }
+    case Clase::Numero:
     case Clase::Texto: {
-      const std::string texto =
-          replaceAll(std::string_view(e.sql).substr(1, e.sql.size() - 2), "''", "'");
-      auto [digitos, escala] = diezmilesimasDeLiteral(texto, e.sql);
-      return dinero(std::move(digitos), false, escala);
+      const std::string_view escrito =
+          std::string_view(e.sql).substr(0, e.sql.size() - e.cotejo.size());
+      const std::string texto = e.clase == Clase::Numero
+                                    ? std::string(escrito)
+                                    : replaceAll(escrito.substr(1, escrito.size() - 2), "''", "'");
+      auto [digitos, escala] = diezmilesimasDeLiteral(texto, escrito);
+      return dinero(std::move(digitos) + e.cotejo, false, escala);
     }
     case Clase::Marca:
       if (marcas_.size() <= static_cast<std::size_t>(e.marca))
@@ -1419,8 +1421,10 @@ Expr Lector::unaria() {
   }
   Expr e = primaria();
   while (es("COLLATE")) {
-    e.sql += ' ' + toma();
-    e.sql += ' ' + toma();
+    std::string cotejo = ' ' + toma();
+    cotejo += ' ' + toma();
+    e.sql += cotejo;
+    e.cotejo += cotejo;
   }
   return e;
 }

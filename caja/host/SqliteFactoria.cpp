@@ -180,8 +180,8 @@ void fnRedondear(sqlite3_context* ctx, int, sqlite3_value** argv) {
     }
     if (sqlite3_value_type(argv[3]) != SQLITE_NULL) {
       const long long digitos = sqlite3_value_int64(argv[3]) - decimales + 4 + escala;
-      if (digitos <= 18 && (r >= potencia10(std::max(digitos, 0LL)) ||
-                            r <= -potencia10(std::max(digitos, 0LL))))
+      if (digitos <= 18 &&
+          (r >= potencia10(std::max(digitos, 0LL)) || r <= -potencia10(std::max(digitos, 0LL))))
         throw CajaError(kErrorBaseDatos, kFuente,
                         "Desbordamiento del campo numérico: el monto no cabe en NUMERIC(" +
                             std::to_string(sqlite3_value_int64(argv[3])) + ", " +
@@ -207,8 +207,8 @@ void fnTexto(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
                                ? sqlite3_value_int64(argv[0])
                                : monedaDeValor(argv[0], escalaDe(argc, argv, 1)).raw();
     const auto decimales = static_cast<std::size_t>(4 + escala);
-    std::string digitos = std::to_string(v < 0 ? -static_cast<std::uint64_t>(v)
-                                               : static_cast<std::uint64_t>(v));
+    std::string digitos =
+        std::to_string(v < 0 ? -static_cast<std::uint64_t>(v) : static_cast<std::uint64_t>(v));
     if (digitos.size() <= decimales)
       digitos.insert(0, decimales + 1 - digitos.size(), '0');
     digitos.insert(digitos.size() - decimales, 1, '.');

@@ -295,6 +295,38 @@ TEST_P(Host, HandWrittenReportsReadAmountsAsOnTheServer) {
        "116.5"},
       {"SELECT AVG(Monto) FROM DetallesVarelta", {}, "41.6425"},
       {"SELECT ROUND(Monto, 1) FROM DetallesVarelta WHERE Medio = 'TDD'", {}, "0.1"},
+      // A subquery in the result list, over sources of its own.
+      {"SELECT TransID, (SELECT SUM(Monto) FROM DetallesVarelta d WHERE d.TransID = m.TransID) "
+       "AS lineas FROM MovimientosCaja m ORDER BY TransID",
+       {},
+       "116.5;50.07"},
+      // Row values, element by element, also against a subquery's row.
+      {"SELECT SUM(Monto) FROM DetallesVarelta WHERE (Monto, MontoNominal) = (50, 0)", {}, "50"},
+      {"SELECT SUM(Monto) FROM DetallesVarelta WHERE (TransID, Monto) IN "
+       "(SELECT TransID, Debitos - 16.5 FROM MovimientosCaja)",
+       {},
+       "100"},
+      // The scale of a CAST, and halves away from zero at the fourth decimal:
+      // 166.57 is 166.6; 0.07 * 0.015 = 0.00105 and 0.0701 / 2 = 0.03505
+      // round up, alone, rounded, or in a compound's branch.
+      {"SELECT CAST(SUM(Monto) AS DECIMAL(19,1)) FROM DetallesVarelta", {}, "166.6"},
+      {"SELECT Monto * 0.015 FROM DetallesVarelta WHERE Medio = 'TDD'", {}, "0.0011"},
+      {"SELECT ROUND(Monto * 0.015, 4) FROM DetallesVarelta WHERE Medio = 'TDD'", {}, "0.0011"},
+      {"SELECT (Monto + 0.0001) / 2 FROM DetallesVarelta WHERE Medio = 'TDD'", {}, "0.0351"},
+      {"SELECT (Monto + 0.0001) / 2 FROM DetallesVarelta WHERE Medio = 'TDD' "
+       "UNION ALL SELECT 0 FROM DetallesVarelta WHERE 1 = 0",
+       {},
+       "0.0351"},
+      // Placeholders as SQLite numbers them, typed by their values where the
+      // server would type them otherwise.
+      {"SELECT SUM(Monto) FROM DetallesVarelta WHERE Monto > ? * 2", {cur("0.5")}, "166.5"},
+      {"SELECT SUM(Monto) FROM DetallesVarelta WHERE Monto > -?", {cur("1")}, "166.57"},
+      {"SELECT SUM(Monto) FROM DetallesVarelta WHERE Monto >= ?1 AND Monto <= ?1 + 50",
+       {cur("50")},
+       "150"},
+      {"SELECT SUM(Monto) FROM DetallesVarelta WHERE Monto = :m OR MontoNominal = :m + 1",
+       {cur("16.5")},
+       "16.5"},
   };
   for (const auto& c : casos) {
     SCOPED_TRACE(c.sql);
@@ -306,8 +338,29 @@ TEST_P(Host, HandWrittenReportsReadAmountsAsOnTheServer) {
     }
     EXPECT_EQ(montos, c.montos);
   }
+  EXPECT_EQ(db->ExecuteSQL("DELETE FROM DetallesVarelta WHERE (Monto, MontoNominal) = (0.07, 0)"),
+            1);
+  EXPECT_EQ(db->ReadScalar("SELECT -?", {Variant(5)}), Variant(-5));
   db->ExecuteSQL("UPDATE cvCaja SET efectivoMN = 500000000000000");
   EXPECT_EQ(numeroError([&] { db->ReadScalar("SELECT SUM(efectivoMN) FROM cvCaja"); }), 6);
+}
+
+// A statement no database can run is an error of the host, never a crash:
+// placeholders out of SQLite's range, a name glued to a placeholder.
+TEST_P(Host, MalformedStatementsAreTheHostsErrors) {
+  const struct {
+    std::string sql, texto;
+  } casos[] = {
+      {"SELECT Monto FROM DetallesVarelta WHERE Monto > ?0", "debe estar entre ?1 y ?32766"},
+      {"SELECT Monto FROM DetallesVarelta WHERE Monto > ?99999999999", "entre ?1 y ?32766"},
+      {"SELECT Monto FROM DetallesVarelta WHERE Monto = ?MontoIGTF", ""},
+  };
+  for (const auto& c : casos) {
+    SCOPED_TRACE(c.sql.substr(0, 60));
+    const std::string error = test::errorCompleto([&] { db->ReadScalar(c.sql, {cur("1")}); });
+    EXPECT_EQ(error.rfind(std::to_string(kErrorBaseDatos) + "|", 0), 0u) << error;
+    EXPECT_NE(error.find(c.texto), std::string::npos) << error;
+  }
 }
 
 TEST_P(Host, HostObjects) {
@@ -379,6 +432,22 @@ TEST_F(SoloSqlite, AmountsItCannotComputeAreRefusedAndOutsideReadersGetDecimals)
   }
   EXPECT_EQ(db->ReadScalar("SELECT CAST(SUM(efectivoMN) AS TEXT) FROM cvCaja"),
             Variant("-116.4300"));
+  // What only SQLite takes: aliases in HAVING and inside an ORDER BY term,
+  // typed by what they alias, and a collation on a literal amount; and what
+  // it refuses, a nesting deeper than its parser takes, refused before it
+  // exhausts the stack.
+  for (const char* sql : {
+           "SELECT COUNT(*) AS Debitos FROM cvCaja HAVING Debitos > 1",
+           "SELECT MachineID, SUM(efectivoMN) AS s FROM cvCaja GROUP BY MachineID "
+           "ORDER BY s > 0.05 DESC",
+           "SELECT MachineID FROM cvCaja WHERE efectivoMN = 0.07 COLLATE NOCASE",
+       })
+    EXPECT_EQ(CStr(db->ReadScalar(sql)), "2") << sql;
+  EXPECT_EQ(test::errorCompleto([&] {
+              db->ReadScalar("SELECT " + std::string(5000, '(') + "1" + std::string(5000, ')'));
+            }),
+            "-2147217900|SqliteFactoria|La sentencia anida más de 100 niveles de paréntesis, "
+            "subconsultas u operadores");
 
   sqlite3* lector = nullptr;
   ASSERT_EQ(sqlite3_open(destino().c_str(), &lector), SQLITE_OK);
