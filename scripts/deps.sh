@@ -3,7 +3,7 @@
 # Sourced by scripts/test and scripts/demo.
 
 CAJA_PAQUETES=(cmake ninja-build g++ pkg-config qt6-base-dev libsqlite3-dev libpq-dev libgtest-dev
-  libgmock-dev libbenchmark-dev xvfb xauth clang-format fonts-dejavu-core qt6-translations-l10n)
+  libgmock-dev libbenchmark-dev clang libclang-rt-dev xvfb xauth clang-format fonts-dejavu-core qt6-translations-l10n)
 
 caja_instalar_dependencias() {
   local faltan=()

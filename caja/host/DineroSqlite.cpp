@@ -184,6 +184,74 @@ std::optional<Literal> leerLiteral(std::string_view texto) {
   return l;
 }
 
+// A decimal literal as an exact fraction mantissa / 10^decimales.
+struct Exacto {
+  __int128 mantisa = 0;
+  int decimales = 0;
+};
+
+std::optional<Exacto> exactoDe(std::string_view texto) {
+  const std::optional<Literal> l = leerLiteral(texto);
+  if (!l || l->digitos.size() > 18)
+    return std::nullopt;
+  Exacto e{std::stoll(l->digitos), l->decimales};
+  if (l->negativo)
+    e.mantisa = -e.mantisa;
+  return e;
+}
+
+std::string textoDeExacto(Exacto e) {
+  const bool negativo = e.mantisa < 0;
+  std::string digitos;
+  for (__int128 m = negativo ? -e.mantisa : e.mantisa; m > 0 || digitos.empty(); m /= 10)
+    digitos.insert(digitos.begin(), static_cast<char>('0' + static_cast<int>(m % 10)));
+  const auto decimales = static_cast<std::size_t>(e.decimales);
+  if (digitos.size() <= decimales)
+    digitos.insert(0, decimales + 1 - digitos.size(), '0');
+  if (decimales > 0)
+    digitos.insert(digitos.size() - decimales, 1, '.');
+  return (negativo ? "-" : "") + digitos;
+}
+
+// Arithmetic of two literals with a decimal point done exactly, as the
+// server's numeric does it, so that 198.13035 * 3 or 25.6213 / 2 meets an
+// amount as the exact literal it is. nullopt where it cannot be (a
+// quotient without an end, more digits than 36), and for two integers,
+// whose arithmetic SQLite and the server already share.
+std::optional<std::string> plegar(const std::string& a, const std::string& op,
+                                  const std::string& b) {
+  std::optional<Exacto> x = exactoDe(a), y = exactoDe(b);
+  if (!x || !y || (x->decimales == 0 && y->decimales == 0))
+    return std::nullopt;
+  const auto alinear = [&] {
+    for (; x->decimales < y->decimales; ++x->decimales)
+      x->mantisa *= 10;
+    for (; y->decimales < x->decimales; ++y->decimales)
+      y->mantisa *= 10;
+  };
+  if (op == "+" || op == "-") {
+    alinear();
+    return textoDeExacto(
+        {op == "+" ? x->mantisa + y->mantisa : x->mantisa - y->mantisa, x->decimales});
+  }
+  if (op == "*")
+    return textoDeExacto({x->mantisa * y->mantisa, x->decimales + y->decimales});
+  if (op != "/" || y->mantisa == 0)
+    return std::nullopt;
+  alinear();
+  Exacto q{0, 0};
+  __int128 resto = x->mantisa;
+  for (; q.decimales <= 18; ++q.decimales, resto *= 10) {
+    if (resto % y->mantisa == 0) {
+      q.mantisa = q.mantisa * 10 + resto / y->mantisa;
+      return textoDeExacto({q.mantisa, q.decimales});
+    }
+    q.mantisa = q.mantisa * 10 + resto / y->mantisa;
+    resto %= y->mantisa;
+  }
+  return std::nullopt;
+}
+
 bool cabeEnEntero64(const std::string& digitos) {
   const std::string maximo = std::to_string(kMaximoDineroDiezmilesimas);
   return digitos.size() < maximo.size() || (digitos.size() == maximo.size() && digitos <= maximo);
@@ -230,12 +298,13 @@ struct Expr {
       : sql(std::move(texto)), clase(c), marca(m) {}
   std::string sql;
   Clase clase;
-  int marca;               // the placeholder's index, for Clase::Marca
-  bool real = false;       // an amount that may fall between units
-  int escala = 0;          // an amount in units of 10^-(4 + escala)
-  std::string columna;     // the column's name when the expression is one
-  std::string cotejo;      // " COLLATE X" after a literal, kept when it becomes an amount
-  std::vector<Expr> fila;  // the elements of a row value
+  int marca;                   // the placeholder's index, for Clase::Marca
+  bool real = false;           // an amount that may fall between units
+  int escala = 0;              // an amount in units of 10^-(4 + escala)
+  std::string columna;         // the column's name when the expression is one
+  std::string cotejo;          // " COLLATE X" after a literal, kept when it becomes an amount
+  std::vector<Expr> fila;      // the elements of a row value
+  std::vector<Expr> factores;  // of a literal times a placeholder, the two
   std::vector<Columna> columnasFila;  // the columns of a subquery that gives a row
   bool dinero() const { return clase == Clase::Dinero; }
 };
@@ -380,7 +449,7 @@ class Lector {
   Expr conversion();
   Expr en(Expr izquierda, const std::string& op);
   Expr operando(const Expr& izquierda, Expr (Lector::*siguiente)());
-  Expr multiplicar(Expr a, Expr b);
+  Expr multiplicar(Expr a, Expr b, bool marcaEsMonto = false);
   Expr dividir(Expr a, const std::string& op, Expr b);
   std::vector<Expr> argumentos(std::string& distinto);
   std::string lista();
@@ -452,7 +521,7 @@ Monto montoDeExpr(const Expr& e) {
 void aEscala(Expr& e, int escala) {
   if (e.escala == escala || e.clase == Clase::Nulo)
     return;
-  e.sql = "(" + e.sql + ") * " + potencia10(escala - e.escala);
+  e.sql = "((" + e.sql + ") * " + potencia10(escala - e.escala) + ")";
   e.escala = escala;
 }
 
@@ -496,7 +565,9 @@ Expr Lector::aDinero(Expr e) {
     case Clase::Simple:
       break;
   }
-  return dinero("(" + e.sql + ") * 10000", true);
+  if (!e.factores.empty())
+    return multiplicar(std::move(e.factores[0]), std::move(e.factores[1]), true);
+  return dinero("((" + e.sql + ") * 10000)", true);
 }
 
 // A value about to be stored in a money column: whole ten-thousandths, the
@@ -1311,6 +1382,20 @@ Expr Lector::bits() {
   return a;
 }
 
+// Two literals folded into the exact one, or the expression as written;
+// a literal times a placeholder remembers its factors, to be kept exact if
+// it meets an amount.
+Expr literalesOSimple(Expr a, const std::string& op, Expr b) {
+  if (a.clase == Clase::Numero && b.clase == Clase::Numero && a.cotejo.empty() && b.cotejo.empty())
+    if (std::optional<std::string> plegado = plegar(a.sql, op, b.sql))
+      return Expr{std::move(*plegado), Clase::Numero};
+  Expr r = simple(a.sql + ' ' + op + ' ' + b.sql);
+  if (op == "*" && ((a.clase == Clase::Numero && b.clase == Clase::Marca) ||
+                    (a.clase == Clase::Marca && b.clase == Clase::Numero)))
+    r.factores = {std::move(a), std::move(b)};
+  return r;
+}
+
 Expr Lector::suma() {
   Expr a = producto();
   while (esOp("+") || esOp("-")) {
@@ -1320,7 +1405,7 @@ Expr Lector::suma() {
       comoMontos({&a, &b});
       a = dinero(a.sql + ' ' + op + ' ' + b.sql, a.real || b.real, a.escala);
     } else {
-      a = simple(a.sql + ' ' + op + ' ' + b.sql);
+      a = literalesOSimple(std::move(a), op, std::move(b));
     }
   }
   return a;
@@ -1332,7 +1417,7 @@ Expr Lector::producto() {
     const std::string op = toma();
     Expr b = concatenacion();
     if (!a.dinero() && !b.dinero()) {
-      a = simple(a.sql + ' ' + op + ' ' + b.sql);
+      a = literalesOSimple(std::move(a), op, std::move(b));
     } else if (op == "*") {
       a = multiplicar(std::move(a), std::move(b));
     } else {
@@ -1346,9 +1431,13 @@ Expr Lector::producto() {
 // exact in finer units (Monto * 0.015 is Monto's ten-thousandths times 15, in
 // units of 10^-7), as the server's numeric keeps it; by anything else it is
 // taken as SQLite computes it and may fall between units.
-Expr Lector::multiplicar(Expr a, Expr b) {
+Expr Lector::multiplicar(Expr a, Expr b, bool marcaEsMonto) {
   if (a.dinero() && b.dinero())
     rehusar("El producto de dos montos no es un monto: " + a.sql + " * " + b.sql);
+  if (marcaEsMonto) {  // a literal times a placeholder that meets an amount
+    Expr& marca = a.clase == Clase::Marca ? a : b;
+    marca = aDinero(std::move(marca));
+  }
   Expr& monto = a.dinero() ? a : b;
   Expr& factor = a.dinero() ? b : a;
   int escala = monto.escala;
@@ -1383,8 +1472,15 @@ Expr Lector::dividir(Expr a, const std::string& op, Expr b) {
     comoMontos({&a, &b});
     return dinero("CAST(" + a.sql + " AS REAL) * 10000 / " + b.sql, true);
   }
-  if (a.dinero())
+  if (a.dinero()) {
+    // By a literal, as its exact fraction: a / 0.07 is a * 100 / 7, so that a
+    // quotient that falls on a half stays one.
+    if (const auto l = b.clase == Clase::Numero ? leerLiteral(b.sql) : std::nullopt)
+      return dinero("CAST(" + a.sql + " AS REAL) * " + potencia10(l->decimales) + " / " +
+                        (l->negativo ? "-" : "") + l->digitos,
+                    true, a.escala);
     return dinero(a.sql + " / CAST(" + b.sql + " AS REAL)", true, a.escala);
+  }
   b = enDiezmilesimas(std::move(b));
   return dinero("(" + a.sql + ") * 100000000.0 / " + b.sql, true);
 }
@@ -1573,6 +1669,11 @@ Expr Lector::funcion(const std::string& nombreFuncion) {
     bool real = f == "total" || f == "avg";
     for (const Expr& a : args)
       real = real || a.real;
+    // Each quotient the server adds up is rounded at its own precision, so
+    // a sum of quotients can only agree by chance.
+    if ((f == "sum" || f == "total" || f == "avg") && args[0].real)
+      rehusar("La base de datos embebida no suma cocientes exactamente (" + nombreFuncion +
+              "): divida el total, como en SUM(Monto) / 3");
     r = dinero(llamada(nombreFuncion), real, args[0].escala);
   } else if (f == "iif" && args.size() == 3) {
     comoMontos(todos(1));

@@ -1,0 +1,1 @@
+SELECT Medio, COUNT(*) AS Debitos, SUM(Monto) AS s FROM DetallesVarelta GROUP BY Medio HAVING Debitos > 1 ORDER BY s > 100, Medio

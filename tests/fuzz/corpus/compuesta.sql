@@ -1,0 +1,1 @@
+SELECT Monto / 3 FROM DetallesVarelta UNION ALL SELECT 0.5 UNION SELECT Debitos - ?1 FROM MovimientosCaja WHERE Debitos > ? * 2 AND Creditos = -:c ORDER BY 1 LIMIT 5

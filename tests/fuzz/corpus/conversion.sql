@@ -1,0 +1,1 @@
+SELECT CAST(SUM(Monto) AS DECIMAL(19,1)), ROUND(AVG(Monto * 0.015), 4), CAST(MAX(Monto) AS TEXT), CAST(MIN(Monto) AS INTEGER) FROM DetallesVarelta

@@ -1,0 +1,1 @@
+WITH t(x) AS (SELECT Monto FROM DetallesVarelta) SELECT CASE WHEN x BETWEEN 1 AND 2.5 THEN x ELSE COALESCE(NULL, 0) END, x % 2, IIF(x > 0, x, -x) FROM t

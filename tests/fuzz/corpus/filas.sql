@@ -1,0 +1,1 @@
+SELECT SUM(Monto) FROM DetallesVarelta WHERE (Monto, MontoNominal) = (50, 50) OR (TransID, Monto) IN (SELECT TransID, Debitos FROM MovimientosCaja)

@@ -1,0 +1,1 @@
+INSERT INTO DetallesVarelta (TransID, Medio, Monto, MontoNominal) VALUES (1, 'EFE', 116.50, '3.25') ON CONFLICT DO NOTHING RETURNING Monto

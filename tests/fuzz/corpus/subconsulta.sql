@@ -1,0 +1,1 @@
+SELECT TransID, (SELECT SUM(Monto) FROM DetallesVarelta d WHERE d.TransID = m.TransID) AS lineas FROM MovimientosCaja m

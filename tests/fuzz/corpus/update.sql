@@ -1,0 +1,1 @@
+UPDATE cvCaja SET efectivoMN = efectivoMN + ? WHERE MachineID = ? AND efectivoMN >= 0.0001

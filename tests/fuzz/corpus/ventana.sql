@@ -1,0 +1,1 @@
+SELECT SUM(D.Monto) OVER (PARTITION BY D.Medio ORDER BY D.Id), M.* FROM DetallesVarelta D JOIN MovimientosCaja M ON M.TransID = D.TransID LEFT JOIN otra o USING (TransID)
