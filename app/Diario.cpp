@@ -84,9 +84,10 @@ Guardado leerDelDiario(HostSql& diario, std::int32_t local) {
 }
 
 // A sale of a document the server already holds as charged (not voided):
-// both are kept, and the conflict is named.
+// both are kept, and the conflict is named. A sale without a document
+// (number 0, what `cobrar` records when none is given) is never one.
 std::string conflictoDe(HostSql& servidor, const CVarelta& mov) {
-  if (mov.TipoDocRel.empty() || !mov.Clasificacion.empty())
+  if (mov.TipoDocRel.empty() || mov.NumeroDocRel == 0 || !mov.Clasificacion.empty())
     return "";
   auto rs = servidor.openrecordset(
       "SELECT M.TransID FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON A.TransID = "
