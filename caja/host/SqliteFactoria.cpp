@@ -157,21 +157,19 @@ void fnEntero(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
 // 10^-(4 + escala) to n decimals, halves away from zero, in the same units;
 // with a precision (CAST to NUMERIC(p, n)), a value of more integer digits
 // than p - n is refused as the server refuses it.
-void fnRedondear(sqlite3_context* ctx, int, sqlite3_value** argv) {
+void fnRedondear(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
   if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
     sqlite3_result_null(ctx);
     return;
   }
   try {
     const long long decimales = sqlite3_value_int64(argv[1]);
-    const long long escala = escalaDe(4, argv, 2);
+    const long long escala = escalaDe(argc, argv, 2);
     const long long paso = 4 + escala - std::max(decimales, -20LL);
-    std::int64_t r = 0;
-    if (paso > 18) {
-      r = 0;
-    } else if (sqlite3_value_type(argv[0]) == SQLITE_INTEGER) {
+    std::int64_t r = 0;  // a step past 10^18 rounds any amount to zero
+    if (paso <= 18 && sqlite3_value_type(argv[0]) == SQLITE_INTEGER) {
       r = redondearEntero(sqlite3_value_int64(argv[0]), paso, false);
-    } else {
+    } else if (paso <= 18) {
       const double unidad = static_cast<double>(potencia10(std::max(paso, 0LL)));
       const double x = std::round(sqlite3_value_double(argv[0]) / unidad) * unidad;
       if (!enRango(x))
