@@ -40,4 +40,9 @@ CajaError errorEjecucion(long number) {
   return CajaError(number, "caja", textoError(number));
 }
 
+std::string descripcionDe(const std::exception& e) {
+  const auto* propio = dynamic_cast<const CajaError*>(&e);
+  return propio ? propio->description() : e.what();
+}
+
 }  // namespace caja

@@ -41,4 +41,7 @@ class CajaError : public std::exception {
 // The run-time error `number` with the standard Spanish text of that number.
 CajaError errorEjecucion(long number);
 
+// The description of any error: a CajaError's own, otherwise what() says.
+std::string descripcionDe(const std::exception& e);
+
 }  // namespace caja

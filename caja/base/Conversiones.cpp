@@ -218,20 +218,21 @@ std::int16_t CInt(double d) {
   return static_cast<std::int16_t>(r);
 }
 
-double Val(std::string_view texto) {
-  Decimal valor;
-  valor.digitos.clear();
+Decimal ValExacto(std::string_view texto) {
+  bool negativo = false;
+  std::string digitos;
+  int escala = 0;
   bool enFraccion = false;
   bool empezado = false;
   for (char c : texto) {
     if (c == ' ' || c == '\t' || c == '\n' || c == '\r')
       continue;
     if ((c == '+' || c == '-') && !empezado) {
-      valor.negativo = c == '-';
+      negativo = c == '-';
     } else if (c >= '0' && c <= '9') {
-      valor.digitos += c;
+      digitos += c;
       if (enFraccion)
-        ++valor.escala;
+        ++escala;
     } else if (c == '.' && !enFraccion) {
       enFraccion = true;
     } else {
@@ -239,7 +240,11 @@ double Val(std::string_view texto) {
     }
     empezado = true;
   }
-  return valor.digitos.empty() ? 0.0 : valor.toDouble();
+  return Decimal::de(negativo, std::move(digitos), escala);
+}
+
+double Val(std::string_view texto) {
+  return ValExacto(texto).toDouble();
 }
 
 double Int(double d) {

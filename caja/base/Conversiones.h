@@ -36,6 +36,8 @@ std::int16_t CInt(double d);
 // optional sign, digits and one '.' as decimal point, stopping at the first
 // other character; "" is 0. It ignores the regional settings by design.
 double Val(std::string_view texto);
+// The same reading, exact: what Val's double would round.
+Decimal ValExacto(std::string_view texto);
 
 // Rounds toward minus infinity.
 double Int(double d);

@@ -95,9 +95,8 @@ Decimal Decimal::fromDouble(double valor) {
   char buf[40];
   std::snprintf(buf, sizeof buf, "%.14e", valor);
   std::string texto(buf);
-  Decimal d;
-  d.negativo = texto.front() == '-';
-  if (d.negativo)
+  const bool negativo = texto.front() == '-';
+  if (negativo)
     texto.erase(0, 1);
   const auto e = texto.find('e');
   const int exponente = std::atoi(texto.c_str() + e + 1);
@@ -111,11 +110,15 @@ Decimal Decimal::fromDouble(double valor) {
     digitos.pop_back();
     --escala;
   }
-  d.digitos = digitos;
+  return Decimal::de(negativo, std::move(digitos), escala);
+}
+
+Decimal Decimal::de(bool negativo, std::string digitos, int escala) {
+  Decimal d;
+  d.digitos = digitos.empty() ? "0" : std::move(digitos);
   d.escala = escala;
   normalizar(d);
-  if (d.isZero())
-    d.negativo = false;
+  d.negativo = negativo && !d.isZero();
   return d;
 }
 
@@ -187,12 +190,7 @@ std::optional<Decimal> Decimal::parseRegional(std::string_view texto) {
     if (digitos.empty())
       digitos.assign(1, '0');
   }
-  d.digitos = digitos;
-  d.escala = escala;
-  normalizar(d);
-  if (d.isZero())
-    d.negativo = false;
-  return d;
+  return Decimal::de(d.negativo, std::move(digitos), escala);
 }
 
 bool Decimal::isZero() const {

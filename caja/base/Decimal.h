@@ -16,6 +16,8 @@ struct Decimal {
   std::string digitos = "0";  // no sign, at least one digit
   int escala = 0;             // digits after the decimal point
 
+  // `digitos` × 10^-`escala`, normalised; no digits reads as 0, and zero has no sign.
+  static Decimal de(bool negativo, std::string digitos, int escala);
   static Decimal fromCurrency(Currency c);
   // A double as the host language turns it into decimal: fifteen significant digits.
   static Decimal fromDouble(double d);

@@ -149,6 +149,7 @@ void frmVarelta::crearControles() {
   StatusBar1 = new QStatusBar(this);
   StatusBar1->setObjectName("StatusBar1");
   StatusBar1->setSizeGripEnabled(false);
+  posicionar(kAltoBase);
 }
 
 void frmVarelta::conectarEntrada(CajaNumerica* caja, std::optional<std::size_t> indice) {
@@ -236,12 +237,22 @@ void frmVarelta::crearEntradaMedio(std::size_t i) {
   txMediosX.push_back(caja);
 }
 
+// With national currency alone the foreign amounts are hidden, the amounts
+// frame shrinks, and the national change moves up to the foreign change's
+// place, its caption to the change's new top. Those two moves last until the
+// form's first resize (when it is shown), which places every change label by
+// the form's height whatever the rate: the order of the set-up and the resize
+// is intended, hosts' screens look as they always did.
 void frmVarelta::aplicarTasa() {
   const bool soloNacional = cobro_->tipoCambio == 1.0;
   for (QWidget* w :
        std::initializer_list<QWidget*>{Label3, lblNetoUSD, lblVueltoUSD, lblVueltoMixto})
     w->setVisible(!soloNacional);
   colocar(Frame1, kColumnaMontos, 0, kAnchoMontos, soloNacional ? 3795 : 3900);
+  if (!soloNacional)
+    return;
+  lblVuelto->move(lblVuelto->x(), lblVueltoUSD->y());
+  Label5->move(Label5->x(), lblVuelto->y());
 }
 
 void frmVarelta::resaltarVuelto() {
@@ -258,13 +269,10 @@ void frmVarelta::resaltarVuelto() {
   }
 }
 
-void frmVarelta::posicionar() {
-  const int h = height() * kTwipsPorPixel;
-  const bool soloNacional = cobro_ && cobro_->tipoCambio == 1.0;
-  // With national currency alone the change takes the place of the foreign one.
-  const int arribaVuelto = soloNacional ? h - 2340 : h - 2895;
-  colocar(Label5, kColumnaMontos, arribaVuelto, 1800, 480);
-  colocar(lblVuelto, kColumnaMontos + 1800, arribaVuelto, kAnchoMontos - 1800, 480);
+// The controls tied to the form's bottom edge; `h` is its inner height in twips.
+void frmVarelta::posicionar(int h) {
+  colocar(Label5, kColumnaMontos, h - 2895, 1800, 480);
+  colocar(lblVuelto, kColumnaMontos + 1800, h - 2895, kAnchoMontos - 1800, 480);
   colocar(lblVueltoUSD, kColumnaMontos, h - 2340, kAnchoMontos, 400);
   colocar(lblVueltoMixto, kColumnaMontos, h - 1785, kAnchoMontos, 400);
   colocar(cbAceptar, kColumnaMontos, h - 990, 2280, 540);
@@ -275,7 +283,7 @@ void frmVarelta::posicionar() {
 
 void frmVarelta::resizeEvent(QResizeEvent* evento) {
   QDialog::resizeEvent(evento);
-  posicionar();
+  posicionar(height() * kTwipsPorPixel);
 }
 
 void frmVarelta::showEvent(QShowEvent* evento) {

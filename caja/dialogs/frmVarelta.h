@@ -99,7 +99,7 @@ class frmVarelta : public QDialog {
   void aceptar();
   // F2: the particulars of the focused input's payment line.
   void editarDetalle();
-  void posicionar();
+  void posicionar(int h);
 
   std::unique_ptr<CobroVarelta> cobro_;
   std::unique_ptr<Vuelto> vuelto_;

@@ -43,8 +43,9 @@ class Lineas {
   std::vector<std::string> lineas_;
 };
 
+// Exact: an amount of the text form never passes through a double.
 Currency montoDeLinea(const std::string& linea) {
-  return CCur(Val(linea));
+  return ValExacto(linea).toCurrency();
 }
 
 CajaError estructuraInvalida() {

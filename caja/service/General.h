@@ -47,6 +47,6 @@ std::shared_ptr<Objeto> CargarIconoArchivo(const std::string& archivo);
 std::string FormatearVuelto(const Variant& monto);
 // The step "RedondeoVuelto" (default 0.01), and an amount of change rounded to it.
 Currency PasoVuelto();
-Currency RedondearVuelto(Currency monto);
+Currency RedondearVuelto(const Variant& monto);
 
 }  // namespace caja

@@ -1,7 +1,6 @@
 #include "caja/service/Settings.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "caja/base/CajaError.h"
 #include "caja/base/Conversiones.h"
@@ -111,41 +110,22 @@ bool lmGetSettingBool(const std::string& app, const std::string& seccion, const 
   }
 }
 
-namespace {
-
-// A plain number with '.' as its decimal point, whatever the regional
-// settings: an optional sign, digits, a point, digits, blanks around.
-std::optional<Currency> numeroConPunto(const std::string& texto) {
-  const auto inicio = texto.find_first_not_of(" \t");
-  if (inicio == std::string::npos)
-    return std::nullopt;
-  std::string t = texto.substr(inicio, texto.find_last_not_of(" \t") + 1 - inicio);
-  const std::size_t cifras = t.front() == '-' || t.front() == '+' ? 1 : 0;
-  if (t.size() == cifras || t.find_first_not_of("0123456789.", cifras) != std::string::npos ||
-      std::count(t.begin(), t.end(), '.') > 1 || t.find_first_of("0123456789") == std::string::npos)
-    return std::nullopt;
-  try {
-    return CCur(Val(t));
-  } catch (const CajaError&) {
-    return std::nullopt;
-  }
-}
-
-}  // namespace
-
 Currency lmGetSettingCur(const std::string& app, const std::string& seccion,
                          const std::string& clave, Currency defecto) {
   const std::string texto = CStr(lmGetSetting(app, seccion, clave, CStr(Variant(defecto))));
-  // The numeric value with '.' as the decimal point whatever the regional
-  // settings, so that "5,5", "5.5" and the default written as "0,01" all read
-  // as the amount they say.
-  if (const auto valor = numeroConPunto(replaceAll(texto, ",", ".")))
-    return *valor;
-  try {
-    return CCur(Variant(texto));
-  } catch (const CajaError&) {
-    return defecto;
+  // The numeric value of a text is Val's: the leading number, blanks ignored,
+  // '.' as the point. So "5abc" is 5 and a text with no number at all is 0,
+  // as hosts' settings files have always read; every ',' becomes '.' first so
+  // that "5,5" is 5.5. Only a value beyond the currency range fails, and then
+  // the unchanged text fails too: the default is the answer.
+  for (const std::string& candidato : {replaceAll(texto, ",", "."), texto}) {
+    try {
+      return ValExacto(candidato).toCurrency();
+    } catch (const CajaError&) {
+      // The next reading, then the default.
+    }
   }
+  return defecto;
 }
 
 }  // namespace caja

@@ -77,10 +77,8 @@ void avisar(const std::string& texto) noexcept {
 void protegido(const std::function<void()>& manejador) noexcept {
   try {
     manejador();
-  } catch (const CajaError& e) {
-    avisar(e.description());
   } catch (const std::exception& e) {
-    avisar(e.what());
+    avisar(descripcionDe(e));
   } catch (...) {
     avisar("Error inesperado");
   }

@@ -123,8 +123,20 @@ TEST_F(Dialogo, InputsFollowTheCatalogueWithTheirMarks) {
   EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(),
             "Introduzca el monto cobrado en efectivo de curso legal");
   f.reset();
-  tasa(0.0);  // rate 1.0: no foreign currency in use
-  f = abrir("100", "16");
+  // Rate 1.0, no foreign currency in use: until the form is first shown the
+  // change stands in the foreign change's place (8040 - 2340 twips); the
+  // resize then places it by the form's height (8040 - 2895), at any rate.
+  tasa(0.0);
+  f = std::make_unique<frmVarelta>();
+  f->preparar(cur("100"), cur("16"), cur("0"));
+  auto arriba = [&](const char* nombre) { return hijo<QLabel>(*f, nombre)->y(); };
+  EXPECT_EQ(arriba("lblVuelto"), 380);
+  EXPECT_EQ(arriba("Label5"), 380);
+  EXPECT_EQ(hijo<QWidget>(*f, "Frame1")->height(), 3795 / 15);
+  f->show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(f.get()));
+  EXPECT_EQ(arriba("lblVuelto"), 343);
+  EXPECT_EQ(arriba("Label5"), 343);
   for (const char* nombre : {"Label3", "lblNetoUSD", "lblVueltoUSD", "lblVueltoMixto"})
     EXPECT_TRUE(hijo<QLabel>(*f, nombre)->isHidden()) << nombre;
   EXPECT_FALSE(hijo<QLabel>(*f, "lblVuelto")->isHidden());

@@ -120,22 +120,26 @@ TEST_F(General, InitTillRateAndIgtfPercentage) {
 }
 
 TEST_F(General, FormatearVueltoRoundsToTheChangeStep) {
+  // The step applies to the amount as passed in: a double with more than
+  // four decimals is not made currency first (12.37499 would be 12.375).
   const struct {
     const char* paso;
-    const char* monto;
+    Variant monto;
     const char* esperado;
   } casos[] = {
-      {"0.05", "12.37", "Bs. 12.35"},   {"0.05", "12.375", "Bs. 12.40"},
-      {"0.05", "-12.37", "-Bs. 12.35"}, {"0", "12.37", "Bs. 12.37"},
-      {"0.50", "12.24", "Bs. 12.00"},   {"0.50", "12.25", "Bs. 12.50"},
-      {"-1", "12.3749", "Bs. 12.37"},
+      {"0.05", Variant(cur("12.37")), "Bs. 12.35"},   {"0.05", Variant(cur("12.375")), "Bs. 12.40"},
+      {"0.05", Variant(cur("-12.37")), "-Bs. 12.35"}, {"0", Variant(cur("12.37")), "Bs. 12.37"},
+      {"0.50", Variant(cur("12.24")), "Bs. 12.00"},   {"0.50", Variant(cur("12.25")), "Bs. 12.50"},
+      {"-1", Variant(cur("12.3749")), "Bs. 12.37"},   {"0.01", Variant(12.37499), "Bs. 12.37"},
+      {"0.05", Variant(12.374999), "Bs. 12.35"},      {"0.01", Variant(-12.37501), "-Bs. 12.38"},
+      {"0.01", Variant(-12.375), "-Bs. 12.37"},       {"0.0001", Variant(0.00004999), "Bs. 0.00"},
   };
   EXPECT_EQ(FormatearVuelto(Variant(cur("12.375"))), "Bs. 12.38");  // unset: cents
   EXPECT_EQ(LeerSimboloMEX(), "$");
   for (const auto& c : casos) {
-    SCOPED_TRACE(std::string(c.paso) + " " + c.monto);
+    SCOPED_TRACE(std::string(c.paso) + " " + c.esperado);
     entorno.settings->SaveSetting("ZOR", "frmVarelta", "RedondeoVuelto", c.paso);
-    EXPECT_EQ(FormatearVuelto(Variant(cur(c.monto))), c.esperado);
+    EXPECT_EQ(FormatearVuelto(c.monto), c.esperado);
   }
 }
 
@@ -155,8 +159,13 @@ TEST_F(General, ObtenerMedioPagoCashBuiltInUnknownLookedUpAgainKnownCached) {
   EXPECT_EQ(ObtenerMedioPago(zzz), nullptr);
   EXPECT_EQ(fake->llamadas.size(), 2u);
 
+  // A database that fails while the method loads: the error is not the
+  // caller's, the answer is Nothing, and nothing is cached.
   fake->alCargarMedio("USD", 8, 64, 36.0);
   std::string usd = "USD", minusculas = "usd";
+  InicializarEntorno(std::make_shared<test::FallaEnSentencia>(fake, 1));
+  EXPECT_EQ(ObtenerMedioPago(usd), nullptr);
+  InicializarEntorno(fake);
   m = ObtenerMedioPago(usd);
   ASSERT_NE(m, nullptr);
   EXPECT_EQ(ObtenerMedioPago(minusculas), m);

@@ -63,17 +63,32 @@ TEST_F(IniSettings, InstallationFileFirstThenUserThenDefault) {
   EXPECT_TRUE(lmGetSettingBool("ZOR", "CONFIG", "iva2602", false));
 }
 
-// Both decimal separators, under either regional setting; a missing key
-// gives the default itself, never its regional text read back.
-TEST_F(IniSettings, CurrencyAcceptsCommaOrDotUnderAnyRegionalSetting) {
-  escribirIni("[frmVarelta]\nTolerancia=5,5\nRedondeoVuelto=5.5\nMaximaUnidadMonetaria=mucho\n");
+// Both decimal separators, under either regional setting; the leading
+// number of a text, 0 for a text without one; the default for a missing key
+// (never its regional text read back) and for a value beyond the range.
+TEST_F(IniSettings, CurrencyIsTheTextsNumericValueUnderAnyRegionalSetting) {
+  const struct {
+    const char* texto;
+    const char* esperado;
+  } casos[] = {
+      {"5,5", "5.5"},
+      {"5.5", "5.5"},
+      {"5abc", "5"},
+      {"mucho", "0"},
+      {" - 1 2,5x", "-12.5"},
+      {"0.00005", "0"},
+      {"0.00015", "0.0002"},
+      {"1.2.3", "1.2"},
+      {"99999999999999999", "7"},
+      {"922337203685477,5808", "922337203685477"},
+  };
   for (const Regional& r : {Regional{}, Regional{',', '.', "Bs. #,##0.00"}}) {
-    SCOPED_TRACE(std::string(1, r.separadorDecimal));
     test::RegionalTemporal regional(r);
-    EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "Tolerancia", cur("0")), cur("5.5"));
-    EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "RedondeoVuelto", cur("0.01")), cur("5.5"));
-    EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "MaximaUnidadMonetaria", cur("10000")),
-              cur("10000"));
+    for (const auto& c : casos) {
+      SCOPED_TRACE(std::string(1, r.separadorDecimal) + " " + c.texto);
+      escribirIni(std::string("[frmVarelta]\nTolerancia=") + c.texto + "\n");
+      EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "Tolerancia", cur("7")), cur(c.esperado));
+    }
     EXPECT_EQ(lmGetSettingCur("ZOR", "frmVarelta", "NoEsta", cur("0.01")), cur("0.01"));
   }
 }

@@ -133,27 +133,48 @@ std::shared_ptr<CVarelta> CobroVarelta::LlenarVarelta(Vuelto& vuelto) {
   return mov;
 }
 
+namespace {
+
+// The host's log, which must not stop the acceptance when it fails itself.
+void registrarEnHost(const std::string& texto) noexcept {
+  try {
+    factoria().Log(texto);
+  } catch (...) {
+    // Nothing more to be done with a log that cannot be written.
+  }
+}
+
+// Runs the host's "ValidarVarelta"; false, logged and shown, when it fails.
+bool ejecutarValidarVarelta(PosExt& ext, std::vector<Variant>& argumentos) {
+  try {
+    ext.Run("ValidarVarelta", argumentos);
+    return true;
+  } catch (const std::exception& e) {
+    const std::string texto = "ERROR: " + descripcionDe(e) + " en ValidarVarelta";
+    registrarEnHost(texto);
+    hostUtil().MostrarMensaje(texto);
+    return false;
+  }
+}
+
+}  // namespace
+
 bool CobroVarelta::validarEnHost(std::shared_ptr<CVarelta>& mov) const {
   try {
     Factoria& host = factoria();
     auto ext = crearObjeto<PosExt>(host, "posExt");
     if (!host.ExisteProcedimiento("ValidarVarelta", ext))
       return true;
-    try {
-      std::vector<Variant> argumentos{Variant(mov)};
-      ext->Run("ValidarVarelta", argumentos);
-      // The procedure may hand back another movement in its argument.
-      mov = objetoDe<CVarelta>(argumentos.at(0));
-      return CBool(ext->Eval("isValid"));
-    } catch (const CajaError& e) {
-      const std::string texto = "ERROR: " + e.description() + " en ValidarVarelta";
-      host.Log(texto);
-      hostUtil().MostrarMensaje(texto);
+    std::vector<Variant> argumentos{Variant(mov)};
+    if (!ejecutarValidarVarelta(*ext, argumentos))
       return false;
-    }
-  } catch (const CajaError& e) {
-    if (gFactoria)
-      gFactoria->Log("ERROR en frmVarelta-posExt: " + e.description());
+    // The procedure may hand back another movement in its argument.
+    mov = objetoDe<CVarelta>(argumentos.at(0));
+    return CBool(ext->Eval("isValid"));
+  } catch (const std::exception& e) {
+    // Every other error of the step, reading "isValid" included, is only
+    // logged: the movement stands.
+    registrarEnHost("ERROR en frmVarelta-posExt: " + descripcionDe(e));
     return true;
   }
 }

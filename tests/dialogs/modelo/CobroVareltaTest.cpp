@@ -253,11 +253,20 @@ TEST_F(Llenar, HostValidation) {
   EXPECT_EQ(fake->logs, std::vector<std::string>{"ERROR: no existe en ValidarVarelta"});
   EXPECT_EQ(entorno.util->mensajes.back(), "ERROR: no existe en ValidarVarelta");
 
+  // Reading "isValid" is not the procedure: its error is only logged and
+  // the movement stands.
+  ext->fallar = false;
+  ext->esValido = Variant("quizá");
+  const auto mensajes = entorno.util->mensajes.size();
+  EXPECT_EQ(llenar(c), otro);
+  EXPECT_EQ(fake->logs.back(), "ERROR en frmVarelta-posExt: No coinciden los tipos");
+  EXPECT_EQ(entorno.util->mensajes.size(), mensajes);
+
   fake->objetos.erase("posExt");
   c.resultado = nullptr;
   EXPECT_NE(llenar(c), nullptr);
-  ASSERT_EQ(fake->logs.size(), 2u);
-  EXPECT_EQ(fake->logs[1].rfind("ERROR en frmVarelta-posExt: ", 0), 0u);
+  ASSERT_EQ(fake->logs.size(), 3u);
+  EXPECT_EQ(fake->logs[2].rfind("ERROR en frmVarelta-posExt: ", 0), 0u);
 }
 
 class DetalleModelo : public ::testing::Test, protected test::ConBase {
