@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <algorithm>
 #include <iostream>
-#include <limits>
 
 #include "app/Demo.h"
 #include "app/Diario.h"
@@ -24,8 +23,6 @@
 namespace caja::app {
 
 namespace {
-
-constexpr std::int64_t kMaximo32 = std::numeric_limits<std::int32_t>::max();
 
 Salida salida(Contexto& c) {
   return Salida(c.out, c.args.bandera("json"));

@@ -4,7 +4,6 @@
 
 #include <QStringList>
 #include <charconv>
-#include <limits>
 #include <map>
 
 #include "app/Comandos.h"
@@ -20,8 +19,6 @@
 namespace caja::app {
 
 namespace {
-
-constexpr std::int64_t kMaximo32 = std::numeric_limits<std::int32_t>::max();
 
 Salida salida(Contexto& c) {
   return Salida(c.out, c.args.bandera("json"));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -92,6 +93,8 @@ std::pair<std::string, std::string> parDe(const std::string& texto, const char* 
 // one (a sign, more than four decimals, letters); an amount beyond the
 // currency range is a CajaError of its own (exit 3).
 Currency montoDe(const std::string& texto, const std::string& que);
+// The largest session, document or movement number: the database keeps them as Longs.
+inline constexpr std::int64_t kMaximo32 = std::numeric_limits<std::int32_t>::max();
 // An integer inside [minimo, maximo] for `que`; ErrorUso otherwise.
 std::int64_t enteroDe(const std::string& texto, const std::string& que, std::int64_t minimo,
                       std::int64_t maximo);

@@ -173,21 +173,17 @@ bool frmDetallesMedio::preparar(const std::shared_ptr<CDetalleIngreso>& detalle)
   return true;
 }
 
+// The text box of a field: the issuer's combo edits in its line; the grid of
+// denominations has none and answers with the amount, as the amount is the
+// field a failed grid returns to.
 QLineEdit* frmDetallesMedio::texto(Campo campo) const {
-  switch (campo) {
-    case Campo::Emisor:
-      return cbxEmisor->lineEdit();
-    case Campo::Cuenta:
-      return txCuenta;
-    case Campo::IdTitular:
-      return txIdTitular;
-    case Campo::NumDoc:
-      return txNumDoc;
-    case Campo::ClaveAutorizacion:
-      return txClaveAutorizacion;
-    default:
-      return numMontoRecibido;
+  if (campo == Campo::Emisor)
+    return cbxEmisor->lineEdit();
+  for (const auto& [control, c] : campos_) {
+    if (c == campo && control != flxDenominaciones)
+      return static_cast<QLineEdit*>(control);
   }
+  return numMontoRecibido;
 }
 
 bool frmDetallesMedio::validar(Campo campo) {
