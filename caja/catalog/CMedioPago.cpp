@@ -67,8 +67,8 @@ Variant CMedioPago::ActualizarDescriptivos(
        iCuentaComisiones, iBancoRelacionado, iClaseIngreso, ititulo, iTextoAyuda, iPosicion,
        electronico, iCodigo});
   if (filas == 0) {
-    // Fourteen values for thirteen markers: the trailing code is part of the
-    // call as it always was, and the host ignores it.
+    // Fourteen values for thirteen markers: hosts that record each call's
+    // arguments see the trailing code they always saw; binding ignores it.
     factoria().ExecuteSQL(
         "INSERT INTO MediosPago (Codigo, Descripcion, Atributos, PorcentajeRetencionEmisor, "
         "PorcentajeISLR, CuentaActivo, CuentaComisiones, BancoRelacionado, Clase, titulo, "

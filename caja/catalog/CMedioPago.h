@@ -30,9 +30,9 @@ class CMedioPago : public Objeto {
   bool isMedioElectronico = false;
   std::int16_t posicion = 0;
 
-  // The factor of a foreign-currency method, deliberately the same storage as
-  // `PorcentajeISLR`: read as 1.0 without a foreign-currency flag; written
-  // whatever the flags.
+  // The factor of a foreign-currency method, stored in `PorcentajeISLR`:
+  // shops' existing MediosPago rows keep their rates in that column. Read as
+  // 1.0 without a foreign-currency flag; written whatever the flags.
   double tipoCambio() const;
   void tipoCambio(double valor) { PorcentajeISLR = valor; }
 

@@ -241,8 +241,8 @@ void frmVarelta::crearEntradaMedio(std::size_t i) {
 // frame shrinks, and the national change moves up to the foreign change's
 // place, its caption to the change's new top. Those two moves last until the
 // form's first resize (when it is shown), which places every change label by
-// the form's height whatever the rate: the order of the set-up and the resize
-// is intended, hosts' screens look as they always did.
+// the form's height whatever the rate: cashiers find the change where it
+// stands at any rate, and code reading the set-up sees the moved labels.
 void frmVarelta::aplicarTasa() {
   const bool soloNacional = cobro_->tipoCambio == 1.0;
   for (QWidget* w :

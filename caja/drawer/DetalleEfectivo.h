@@ -18,7 +18,8 @@ class DetalleEfectivo : public Objeto {
   // Always derived from the two amounts, rounded to four decimals; 1 without a
   // nominal amount. The amounts are the single source of the rate.
   double tipoCambio() const;
-  // Kept, rounded to four decimals, and deliberately never read back.
+  // Kept, rounded to four decimals, and never read back: the amounts are what
+  // the balance rows store, so a rate set here cannot disagree with them.
   void tipoCambio(double valor);
 
  private:

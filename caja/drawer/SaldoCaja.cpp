@@ -17,8 +17,9 @@ std::shared_ptr<DetalleEfectivo> SaldoCaja::makeDetalleEfectivo(const Variant& m
   if (nominal == 0.0 || nominal == mn) {
     d->tipoCambio(1.0);
   } else {
-    // The inverse of the rate; without visible effect, as reading derives
-    // the rate from the amounts. Kept as it always was.
+    // The inverse of the rate, without visible effect (reading derives the
+    // rate from the amounts); kept for its error 11 when `mn` is 0, which
+    // callers reading a damaged balance row receive.
     if (mn == 0.0)
       throw errorEjecucion(err::kDivisionPorCero);
     d->tipoCambio(nominal / mn);

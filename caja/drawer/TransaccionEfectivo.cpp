@@ -41,7 +41,9 @@ double TransaccionEfectivo::tasaDelCajon(const std::string& medio) {
 }
 
 void TransaccionEfectivo::addDetalle(const std::string& medio, Currency Monto, Currency nominal) {
-  // A zero amount is ignored even with a nominal amount: intended.
+  // A zero amount is ignored even with a nominal amount: a nominal without
+  // value would lower the drawer's average rate, at which the stored balance
+  // values every later outgoing amount of the method.
   if (Monto.isZero())
     return;
   if (medio == "EFE") {
@@ -65,7 +67,8 @@ void TransaccionEfectivo::addDetalle(const std::string& medio, Currency Monto, C
   }
   linea->valorMN += Monto;
   linea->valorNominal += nominal;
-  // Keeps the divisor below from being zero: this call's amount, intended.
+  // A line whose nominals cancel out takes this call's amount as nominal, so
+  // the rate below never divides by zero; the stored balances carry it.
   if (linea->valorNominal.isZero())
     linea->valorNominal = Monto;
   linea->tipoCambio(linea->valorMN / linea->valorNominal);

@@ -43,7 +43,8 @@ std::shared_ptr<Collection<CDetalleIngreso>> CServiciosCaja::DetallesEnRegistro(
       lineas->Add(linea);
     }
   } catch (const std::exception&) {
-    // Intended: the lines read before the first error are the answer.
+    // The lines read before the first error are the answer: hosts call this
+    // after a crash to recover what they can, and never get an error.
   }
   return lineas;
 }

@@ -48,8 +48,9 @@ class CServiciosCaja {
 };
 
 // Int(valor × 10^decimales + 0.5) ÷ 100 on the exact decimal value. The
-// divisor is a fixed 100, not 10^decimales: intended, as 2 is the only
-// precision used. Halves of positive amounts go up, of negative ones toward zero.
+// divisor is a fixed 100, not 10^decimales: Varelta, its only caller, asks for
+// 2, where the two agree. Halves of positive amounts go up, of negative ones
+// toward zero.
 Currency RedondearMonto(const Variant& valor, std::int16_t decimales);
 
 }  // namespace caja

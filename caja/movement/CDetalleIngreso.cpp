@@ -150,7 +150,8 @@ void CDetalleIngreso::Deserialize(const std::string& s) {
     if (l[i] != "<DIC/>")
       throw estructuraInvalida();
   } catch (const CajaError&) {
-    // Intended: a damaged text keeps what was read and ends quietly.
+    // A damaged text keeps what was read and ends quietly: hosts reading
+    // kept lines (DetallesEnRegistro) get every line, damaged or not.
   }
 }
 

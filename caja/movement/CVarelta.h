@@ -61,7 +61,7 @@ class CVarelta : public Objeto, public std::enable_shared_from_this<CVarelta> {
   std::string NombreEntidadRelacionada() const;
 
   // Totals per legacy class. A line whose method is not in the catalogue
-  // raises 91, deliberately unguarded.
+  // raises 91: a host's class totals never leave a line out without saying so.
   Currency Efectivo() { return TotalClase(ClaseIngresoSesion::Efectivo); }
   Currency TCVisa() { return TotalClase(ClaseIngresoSesion::TTCVisa); }
   Currency TCMaster() { return TotalClase(ClaseIngresoSesion::TTCMaster); }

@@ -9,7 +9,8 @@ namespace caja {
 namespace {
 
 constexpr const char* kFuenteSave = "CVarelta::Save";
-// The machine error keeps its own lower-case source through the handler: intended.
+// The machine error keeps its own lower-case source through the handler:
+// hosts that match errors by source see the text they always saw.
 constexpr const char* kFuenteMaquina = "cVarelta::Save";
 
 // The till configured for this machine in the host suite's settings.
@@ -74,7 +75,8 @@ std::shared_ptr<PosExt> CVarelta::guardar(
   MachineID =
       CLng(host.ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {iSesion}));
   paso = 5;
-  // Before the fallbacks, deliberately: a closed session's transaction begins with 0.
+  // Before the fallbacks: a sale saved against a closed session moves the
+  // drawer of machine 0, where the stored balances of such sales have always gone.
   transEf_->beginProcess(Variant(MachineID));
   paso = 6;
   if (MachineID == 0)
@@ -103,7 +105,8 @@ std::shared_ptr<PosExt> CVarelta::guardar(
   Beneficiario = iBeneficiario;
   montoIGTF = IGTF;
   tipoCambio = tc;
-  // `fecha` is left alone on purpose: the date is written from iFecha only.
+  // `fecha` is left alone: the row takes iFecha, and a host that set the
+  // object's date before saving keeps its own value there.
   Hora = Fecha::now() - Fecha::today();
   paso = 11;
   CStringBuffer sql;
@@ -174,7 +177,8 @@ void CVarelta::commitTransEf() {
 
 void CVarelta::actualizarSaldosEfectivo() {
   TransaccionEfectivo directa;
-  // Default 1 here against 0 in Save: intended.
+  // Default 1 here against 0 in Save: tills without the setting move the
+  // balances of machine 1, where their rows have always been.
   directa.MachineID = CInt(maquinaConfigurada(1));
   for (const auto& linea : lineasEnMemoria()) {
     // Straight to the balances: no transaction row, no accumulation, no revaluation.

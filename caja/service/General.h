@@ -38,8 +38,9 @@ std::string LeerSimboloMEX();
 // row; an unknown code gives nullptr and is not cached, so it is looked up again.
 std::shared_ptr<CMedioPago> ObtenerMedioPago(std::string& codigo);
 // Whether a method reaches the drawer: foreign cash, national cash, or any
-// attribute bit at all. The bare `Atributos` term is intended; the cash
-// movement uses a narrower rule of its own. Non-zero means true.
+// attribute bit at all: the drawer balances of shops count every method
+// with attributes, and keep doing so. The cash movement uses a narrower rule
+// of its own. Non-zero means true.
 std::int32_t EsMedioEfectivo(const CMedioPago& medio);
 std::shared_ptr<Objeto> CargarIconoArchivo(const std::string& archivo);
 // An amount of change rounded to the step "RedondeoVuelto" (halves up) and

@@ -11,7 +11,8 @@ namespace caja {
 namespace {
 
 // The profile reader fills a buffer of 1,024 characters, the last one its
-// terminator: a longer value is cut to 1,023 characters, as it always was.
+// terminator: a longer value is cut to 1,023 characters, which is what the
+// hosts' own readers of the same INI file get.
 constexpr std::size_t kLargoBufferIni = 1023;
 
 std::shared_ptr<SettingsStore>& actual() {

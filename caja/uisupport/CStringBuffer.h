@@ -9,7 +9,9 @@ namespace caja {
 
 // A growable text buffer for long SQL and messages: the text in use followed
 // by NUL fill up to the capacity, grown one block of 65,536 characters at a
-// time. Positions are 1-based. The boundaries below are deliberate and kept:
+// time. Positions are 1-based. The cash movement's statements, its only
+// users, never reach the boundaries below; they are kept as the buffer's
+// documented behaviour, so that a longer statement fails the same known way:
 // - growing adds one block however large the addition, so a text longer than
 //   the free room plus a block is cut at the buffer's end while `length`
 //   still counts it whole;

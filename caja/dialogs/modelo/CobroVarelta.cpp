@@ -78,7 +78,8 @@ void CobroVarelta::agregarMedios(Recordset& rs) {
     d.isMedioElectronico = CDbl(rs.Fields("isMedioElectronico")) != 0.0;
     d.TextoAyuda = NzTexto(rs.Fields("TextoAyuda"));
     const std::int32_t atributos = CLng(rs.Fields("Atributos"));
-    // The withholding column doubles as the factor of foreign methods: intended.
+    // The withholding column doubles as the factor of foreign methods: shops'
+    // catalogues keep their rates there.
     if (atributos & monedaExtranjera)
       d.Factor = CDbl(rs.Fields("PorcentajeISLR"));
     if (atributos & IndexadoMonedaExtranjera)
@@ -131,7 +132,8 @@ Currency CobroVarelta::TotalRecibido() const {
   const Currency recibido = recibidoSinAjuste(extranjero);
   const Currency diferencia = Abs(neto - recibido);
   // Absorbs the rounding of foreign conversions, up to half a cent of the
-  // foreign currency, and only when foreign currency was received: intended.
+  // foreign currency, and only when foreign currency was received: a national
+  // payment is never snapped, so the cashier sees every cent missing.
   if (diferencia > Currency::fromRaw(50) && !extranjero.isZero() &&
       diferencia.toDouble() <= tipoCambio / 200)
     return neto;
@@ -236,7 +238,8 @@ std::string CobroVarelta::preguntaExceso(std::optional<std::size_t> i) const {
 
 void CobroVarelta::cambiarIVA(Currency nuevoIVA) {
   MontoIVA = nuevoIVA;
-  // The credit is deliberately not subtracted on this path.
+  // The credit is not subtracted on this path: hosts that change the tax
+  // (Aplicar2602) apply it to sales without credit notes.
   neto = MontoVenta + MontoIVA;
   netoTrabajo = neto;
   efectivo = Currency{};
