@@ -9,7 +9,7 @@ namespace {
 
 using test::cur;
 
-// Intended: the divisor is 100 whatever the precision asked for.
+// The divisor is 100 whatever the precision asked for: Varelta asks for 2.
 TEST(RedondearMonto, HalvesGoUpNegativesTowardZeroAndTheDivisorIsFixed) {
   const struct {
     Variant valor;
