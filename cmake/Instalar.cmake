@@ -1,16 +1,34 @@
-# cmake --install: the three libraries, their headers under include/caja, the
-# CMake package (find_package(caja), targets caja::caja, caja::sqlite,
-# caja::postgres), pkg-config files and the host program; cpack -G DEB makes
-# the packages "caja" (libraries and program) and "caja-dev" (the rest).
+# cmake --install: the four libraries, the headers a host uses under
+# include/caja, the CMake package (find_package(caja COMPONENTS ...), targets
+# caja::caja, caja::dialogos, caja::sqlite, caja::postgres), pkg-config files
+# and the host program; cpack -G DEB makes the packages "caja" (libraries and
+# program) and "caja-dev" (the rest).
 include(CMakePackageConfigHelpers)
 
 set(CAJA_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/caja)
 
-install(TARGETS caja caja_sqlite caja_postgres EXPORT cajaTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
-foreach(carpeta IN LISTS CAJA_CARPETAS)
-  install(DIRECTORY caja/${carpeta}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/caja/${carpeta}
-    COMPONENT dev FILES_MATCHING PATTERN "*.h")
+# The public face: the facade, the types it hands over (the movement with its
+# lines, documents, drawer transaction and payment methods), the interfaces a
+# host implements or installs, the two database hosts, and the Qt dialogs'
+# installer with the Qt message display. Every header here includes only headers of this list.
+set(CAJA_CABECERAS_PUBLICAS
+  base/CajaError.h base/Collection.h base/Currency.h base/Exporta.h base/Fecha.h base/Objeto.h
+  base/Variant.h
+  catalog/AtributosMedioPago.h catalog/CMedioPago.h catalog/ClaseIngresoSesion.h
+  drawer/DetalleEfectivo.h drawer/TransaccionEfectivo.h
+  movement/CDetalleConfirmacion.h movement/CDetalleDenominacion.h movement/CDetalleIngreso.h
+  movement/CDocsMovCaja.h movement/CVarelta.h
+  service/DialogosCaja.h service/Factoria.h service/HostUtil.h service/ObjetosHost.h
+  service/Recordset.h service/Settings.h service/TransaccionHost.h
+  facade/CServiciosCaja.h
+  host/HostSql.h host/IniSettingsStore.h host/SqliteFactoria.h host/PostgresFactoria.h)
+if(CAJA_WITH_QT)
+  list(APPEND CAJA_CABECERAS_PUBLICAS dialogs/DialogosQt.h host/QtHostUtil.h)
+endif()
+foreach(cabecera IN LISTS CAJA_CABECERAS_PUBLICAS)
+  get_filename_component(carpeta ${cabecera} DIRECTORY)
+  install(FILES caja/${cabecera} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/caja/${carpeta}
+    COMPONENT dev)
 endforeach()
 # The facade's header lay under service/ until 0.2; programs that include it
 # from there keep compiling against the package.
@@ -18,7 +36,23 @@ file(WRITE ${PROJECT_BINARY_DIR}/anterior/CServiciosCaja.h
   "#pragma once\n#include \"caja/facade/CServiciosCaja.h\"\n")
 install(FILES ${PROJECT_BINARY_DIR}/anterior/CServiciosCaja.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/caja/service COMPONENT dev)
-install(EXPORT cajaTargets NAMESPACE caja:: DESTINATION ${CAJA_CMAKE_DIR} COMPONENT dev)
+
+# One export set per component, so that a host finds only what it asked for
+# (and Qt only with the dialogs).
+set(CAJA_COMPONENTES caja sqlite postgres)
+if(CAJA_WITH_QT)
+  list(APPEND CAJA_COMPONENTES dialogos)
+endif()
+foreach(componente IN LISTS CAJA_COMPONENTES)
+  if(componente STREQUAL "caja")
+    set(destino caja)
+  else()
+    set(destino caja_${componente})
+  endif()
+  install(TARGETS ${destino} EXPORT caja-${componente}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
+  install(EXPORT caja-${componente} NAMESPACE caja:: DESTINATION ${CAJA_CMAKE_DIR} COMPONENT dev)
+endforeach()
 
 configure_package_config_file(cmake/cajaConfig.cmake.in
   ${PROJECT_BINARY_DIR}/cajaConfig.cmake INSTALL_DESTINATION ${CAJA_CMAKE_DIR})
@@ -37,9 +71,12 @@ function(caja_pkgconfig CAJA_PC_NOMBRE CAJA_PC_REQUIERE)
   install(FILES ${PROJECT_BINARY_DIR}/${CAJA_PC_NOMBRE}.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 endfunction()
-caja_pkgconfig(caja Qt6Widgets)
+caja_pkgconfig(caja "")
 caja_pkgconfig(caja-sqlite caja)
-caja_pkgconfig(caja-postgres caja-sqlite)
+caja_pkgconfig(caja-postgres caja)
+if(CAJA_WITH_QT)
+  caja_pkgconfig(caja-dialogos "caja Qt6Widgets")
+endif()
 
 set(CPACK_PACKAGE_NAME caja)
 set(CPACK_PACKAGE_VENDOR "caja")

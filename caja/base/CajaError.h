@@ -3,6 +3,8 @@
 #include <exception>
 #include <string>
 
+#include "caja/base/Exporta.h"
+
 namespace caja {
 
 // Run-time error numbers the component relies on. They are the numbers a host
@@ -22,7 +24,7 @@ inline constexpr long kErrorComponente2 = 10002;
 }  // namespace err
 
 // A raised error: number, source ("Class::Method") and a Spanish description.
-class CajaError : public std::exception {
+class CAJA_EXPORT CajaError : public std::exception {
  public:
   CajaError(long number, std::string source, std::string description);
 
@@ -39,9 +41,9 @@ class CajaError : public std::exception {
 };
 
 // The run-time error `number` with the standard Spanish text of that number.
-CajaError errorEjecucion(long number);
+CAJA_EXPORT CajaError errorEjecucion(long number);
 
 // The description of any error: a CajaError's own, otherwise what() says.
-std::string descripcionDe(const std::exception& e);
+CAJA_EXPORT std::string descripcionDe(const std::exception& e);
 
 }  // namespace caja

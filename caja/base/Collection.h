@@ -7,7 +7,6 @@
 
 #include "caja/base/CajaError.h"
 #include "caja/base/Objeto.h"
-#include "caja/base/Texto.h"
 
 namespace caja {
 
@@ -22,13 +21,21 @@ class Collection : public Objeto {
   };
   using Entradas = std::vector<Entrada>;
 
+  static std::string plegar(const std::string& key) {
+    std::string clave = key;
+    for (char& c : clave)
+      if (c >= 'A' && c <= 'Z')
+        c = static_cast<char>(c - 'A' + 'a');
+    return clave;
+  }
+
  public:
   using Elemento = std::shared_ptr<T>;
 
   void Add(Elemento item, const std::string& key = {}) {
     if (!key.empty() && buscar(key) != entradas_.end())
       throw errorEjecucion(err::kClaveDuplicada);
-    entradas_.push_back({lowerAscii(key), std::move(item)});
+    entradas_.push_back({plegar(key), std::move(item)});
   }
 
   const Elemento& Item(long indice) const {
@@ -81,7 +88,7 @@ class Collection : public Objeto {
   typename Entradas::const_iterator buscar(const std::string& key) const {
     if (key.empty())
       return entradas_.end();
-    const std::string clave = lowerAscii(key);
+    const std::string clave = plegar(key);
     for (auto it = entradas_.begin(); it != entradas_.end(); ++it)
       if (it->clave == clave)
         return it;

@@ -6,12 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "caja/base/Exporta.h"
+
 namespace caja {
 
 // Exact money: a signed count of ten-thousandths. Sums, differences and
 // products by a 16-bit count are exact and raise error 6 on overflow; anything
 // that involves a double goes through `CCur`, which names its rounding.
-class Currency {
+class CAJA_EXPORT Currency {
  public:
   static constexpr std::int64_t kEscala = 10000;
 
@@ -38,12 +40,12 @@ class Currency {
   Currency& operator-=(Currency otro);
   friend Currency operator+(Currency a, Currency b) { return a += b; }
   friend Currency operator-(Currency a, Currency b) { return a -= b; }
-  friend Currency operator*(Currency a, std::int16_t n);
+  friend CAJA_EXPORT Currency operator*(Currency a, std::int16_t n);
   friend Currency operator*(std::int16_t n, Currency a) { return a * n; }
 
   // The quotient of two amounts is a rate, not money: a double. A zero
   // divisor raises error 11.
-  friend double operator/(Currency a, Currency b);
+  friend CAJA_EXPORT double operator/(Currency a, Currency b);
 
   friend constexpr auto operator<=>(Currency a, Currency b) = default;
 
@@ -52,7 +54,7 @@ class Currency {
 };
 
 // Largest whole-unit floor: the host language's `Int` on a currency value.
-Currency Int(Currency valor);
-Currency Abs(Currency valor);
+CAJA_EXPORT Currency Int(Currency valor);
+CAJA_EXPORT Currency Abs(Currency valor);
 
 }  // namespace caja

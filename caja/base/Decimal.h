@@ -5,13 +5,14 @@
 #include <string_view>
 
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 
 namespace caja {
 
 // An exact decimal number: `digitos` × 10^-`escala`. The common ground of
 // parsing, the conversions and the display formats, so that each rounding
 // rule is applied to the decimal value rather than to a binary approximation.
-struct Decimal {
+struct CAJA_INTERNO Decimal {
   bool negativo = false;
   std::string digitos = "0";  // no sign, at least one digit
   int escala = 0;             // digits after the decimal point

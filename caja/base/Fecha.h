@@ -3,11 +3,13 @@
 #include <compare>
 #include <string>
 
+#include "caja/base/Exporta.h"
+
 namespace caja {
 
 // A date-time as the host language keeps it: days since 1899-12-30, the time
 // of day as the fraction. Only non-negative serials are used by the component.
-class Fecha {
+class CAJA_EXPORT Fecha {
  public:
   constexpr Fecha() = default;
   constexpr explicit Fecha(double serial) : serial_(serial) {}
@@ -37,7 +39,7 @@ class Fecha {
   double serial_ = 0.0;
 };
 
-Fecha operator+(Fecha a, Fecha b);
-Fecha operator-(Fecha a, Fecha b);
+CAJA_EXPORT Fecha operator+(Fecha a, Fecha b);
+CAJA_EXPORT Fecha operator-(Fecha a, Fecha b);
 
 }  // namespace caja

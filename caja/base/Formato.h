@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "caja/base/Exporta.h"
 #include "caja/base/Variant.h"
 
 namespace caja {
@@ -16,11 +17,11 @@ inline constexpr std::string_view kFormatoMoneda = "Currency";
 // format "Currency" (the regional currency pattern). Rounds half away from zero
 // on the exact decimal value and writes the regional separators. Null and Empty
 // give ""; a text that is not a number comes back unchanged.
-std::string Format(const Variant& valor, std::string_view patron);
+CAJA_INTERNO std::string Format(const Variant& valor, std::string_view patron);
 
 // An amount as a label shows it ("Bs. 1,234.50", "-Bs. 0.01", "(Bs. 5.00)"),
 // read back as currency: its digits and regional decimal separator, negative
 // with a minus sign or parentheses. Raises 13 when it holds no digit.
-Currency LeerMonto(std::string_view texto);
+CAJA_INTERNO Currency LeerMonto(std::string_view texto);
 
 }  // namespace caja

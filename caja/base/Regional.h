@@ -2,12 +2,14 @@
 
 #include <string>
 
+#include "caja/base/Exporta.h"
+
 namespace caja {
 
 // The machine's regional settings as the host language sees them. One value
 // for the whole process, set by the host; the payment-line text form only
 // round-trips with '.', so that is the default.
-struct Regional {
+struct CAJA_INTERNO Regional {
   char separadorDecimal = '.';
   char separadorMiles = ',';
   // The "Currency" named format: a display pattern whose number part follows
@@ -15,7 +17,7 @@ struct Regional {
   std::string formatoMoneda = "Bs. #,##0.00";
 };
 
-const Regional& regional();
-void setRegional(const Regional& valor);
+CAJA_INTERNO const Regional& regional();
+CAJA_INTERNO void setRegional(const Regional& valor);
 
 }  // namespace caja

@@ -3,20 +3,23 @@
 #include <string>
 #include <string_view>
 
+#include "caja/base/Exporta.h"
+
 namespace caja {
 
 // Letter case folded the way the component's keys compare: ASCII only, as the
 // codes and keys it compares are plain ASCII.
-std::string lowerAscii(std::string_view texto);
-std::string upperAscii(std::string_view texto);
+CAJA_INTERNO std::string lowerAscii(std::string_view texto);
+CAJA_INTERNO std::string upperAscii(std::string_view texto);
 // Upper case for the Spanish letters of UTF-8 text as well (á → Á, ñ → Ñ): the
 // Latin-1 letters of the two-byte range.
-std::string upperEspanol(std::string_view texto);
+CAJA_INTERNO std::string upperEspanol(std::string_view texto);
 // Characters of UTF-8 text, not bytes.
-std::size_t largoUtf8(std::string_view texto);
-bool equalsIgnoreCase(std::string_view a, std::string_view b);
-std::string trimBlanks(std::string_view texto);
+CAJA_INTERNO std::size_t largoUtf8(std::string_view texto);
+CAJA_INTERNO bool equalsIgnoreCase(std::string_view a, std::string_view b);
+CAJA_INTERNO std::string trimBlanks(std::string_view texto);
 // Every occurrence of `buscar` replaced, left to right; an empty `buscar` changes nothing.
-std::string replaceAll(std::string_view texto, std::string_view buscar, std::string_view poner);
+CAJA_INTERNO std::string replaceAll(std::string_view texto, std::string_view buscar,
+                                    std::string_view poner);
 
 }  // namespace caja

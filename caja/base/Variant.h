@@ -7,6 +7,7 @@
 #include <variant>
 
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 #include "caja/base/Fecha.h"
 #include "caja/base/Objeto.h"
 
@@ -16,7 +17,7 @@ enum class VarType { Empty, Null, Boolean, Integer, Long, Double, Currency, Date
 
 // The host language's Variant. Conversions out of it live in Conversiones.h and
 // raise the run-time errors the host language would (13, 94, 6).
-class Variant {
+class CAJA_EXPORT Variant {
  public:
   Variant() = default;  // Empty
   Variant(bool b) : valor_(b) {}

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "caja/base/Exporta.h"
 #include "caja/base/Objeto.h"
 #include "caja/base/Variant.h"
 #include "caja/catalog/AtributosMedioPago.h"
@@ -13,7 +14,7 @@ namespace caja {
 
 // One payment method: a row of `MediosPago`. Plain values; no validation on
 // assignment. Database errors reach the caller unchanged.
-class CMedioPago : public Objeto {
+class CAJA_EXPORT CMedioPago : public Objeto {
  public:
   std::string codigo;
   std::string Descripcion;

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "caja/base/Exporta.h"
+
 namespace caja {
 
 // The legacy payment class a method is equivalent to; drives the per-class
@@ -21,7 +23,7 @@ enum class ClaseIngresoSesion : std::int32_t {
 };
 
 // A list control as the catalogue fills it; the dialogs adapt their own.
-class ControlLista {
+class CAJA_EXPORT ControlLista {
  public:
   virtual ~ControlLista() = default;
   virtual void Clear() = 0;
@@ -29,8 +31,8 @@ class ControlLista {
 };
 
 // The nine captions in class order, so that an item's index is its class value.
-const std::vector<std::string>& CaptionsClaseIngreso();
+CAJA_EXPORT const std::vector<std::string>& CaptionsClaseIngreso();
 // Clears `lista` and adds the nine captions.
-void LlenarClasesIngreso(ControlLista& lista);
+CAJA_EXPORT void LlenarClasesIngreso(ControlLista& lista);
 
 }  // namespace caja

@@ -33,6 +33,18 @@ void DialogosQt::DefinirMedioPagoNuevo(const std::string& codigo, std::int16_t& 
   dialogo.SetContexto(contexto);
 }
 
+std::shared_ptr<CVarelta> CobrarSinMostrar(
+    const std::string& titulo, Currency venta, Currency iva, Currency credito,
+    const std::vector<std::pair<std::string, Currency>>& pagos) {
+  frmVarelta dialogo;
+  dialogo.setWindowTitle(QString::fromStdString(titulo));
+  dialogo.preparar(venta, iva, credito);
+  for (const auto& [codigo, monto] : pagos)
+    if (!dialogo.teclear(codigo, monto))
+      return nullptr;
+  return dialogo.aceptarGuion() ? dialogo.resultado() : nullptr;
+}
+
 void instalarDialogosQt() {
   setDialogosCaja(std::make_shared<DialogosQt>());
   // Qt's own texts (message boxes, standard buttons) in Spanish: "Aceptar",

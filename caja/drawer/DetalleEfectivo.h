@@ -3,13 +3,14 @@
 #include <string>
 
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 #include "caja/base/Objeto.h"
 
 namespace caja {
 
 // One payment method's amount in a drawer or a drawer transaction: its value
 // in national currency and its amount in the method's own unit.
-class DetalleEfectivo : public Objeto {
+class CAJA_EXPORT DetalleEfectivo : public Objeto {
  public:
   std::string codigoMedio;
   Currency valorNominal;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "caja/base/Collection.h"
+#include "caja/base/Exporta.h"
 #include "caja/base/Variant.h"
 #include "caja/drawer/DetalleEfectivo.h"
 #include "caja/service/Recordset.h"
@@ -23,7 +24,7 @@ enum class origenTransaccionEfectivo : std::int32_t {
 // write with `grabar`; undo with `loadFromTransid` and `revertir`. Balances
 // only ever move by relative amounts. No statement is undone on failure: a
 // caller that needs atomicity wraps the call in a host transaction.
-class TransaccionEfectivo : public Objeto {
+class CAJA_EXPORT TransaccionEfectivo : public Objeto {
  public:
   std::int32_t Id = 0;
   origenTransaccionEfectivo tipoTrans = origenTransaccionEfectivo::OTE_MOVCAJA;

@@ -6,6 +6,7 @@
 
 #include "caja/base/Collection.h"
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 #include "caja/base/Variant.h"
 #include "caja/movement/CDetalleIngreso.h"
 #include "caja/service/Factoria.h"
@@ -16,14 +17,14 @@ class CVarelta;
 
 // What a host sets as `Listener2602` to hear of a tax change in the collection
 // dialog. It may change `Monto`, and set `Aplicar` to refuse the change.
-class Listener2602Host : public Objeto {
+class CAJA_EXPORT Listener2602Host : public Objeto {
  public:
   virtual void Aplicar2602(Currency& Monto, bool& Aplicar) = 0;
 };
 
 // The component's entry point: a host creates one, calls `Init` once and then
 // `Varelta` for each sale.
-class CServiciosCaja {
+class CAJA_EXPORT CServiciosCaja {
  public:
   // Gives the host suite's application the title "Varelta".
   CServiciosCaja();
@@ -51,6 +52,6 @@ class CServiciosCaja {
 // divisor is a fixed 100, not 10^decimales: Varelta, its only caller, asks for
 // 2, where the two agree. Halves of positive amounts go up, of negative ones
 // toward zero.
-Currency RedondearMonto(const Variant& valor, std::int16_t decimales);
+CAJA_EXPORT Currency RedondearMonto(const Variant& valor, std::int16_t decimales);
 
 }  // namespace caja

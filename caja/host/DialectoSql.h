@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "caja/base/Exporta.h"
+
 namespace caja {
 
 // The kinds of column the schema uses, named by what they hold rather than
@@ -21,21 +23,21 @@ enum class TipoColumna {
 };
 
 // One column of the schema, written once for every database.
-struct Columna {
+struct CAJA_INTERNO Columna {
   std::string_view nombre;
   TipoColumna tipo;
   std::string_view resto;  // constraints after the type: NOT NULL, DEFAULT, REFERENCES...
 };
 
 // A table of the schema: its columns in order and its table constraints.
-struct Tabla {
+struct CAJA_INTERNO Tabla {
   std::string_view nombre;
   std::vector<Columna> columnas;
   std::string_view restricciones;  // table constraints, such as a composite key
 };
 
 // An index on `columnas` (a comma-separated list) of `tabla`.
-struct Indice {
+struct CAJA_INTERNO Indice {
   std::string_view nombre;
   std::string_view tabla;
   std::string_view columnas;
@@ -44,7 +46,7 @@ struct Indice {
 // What differs between the databases the component's SQL Server dialect is
 // mapped onto. Everything else (literal scanning, placeholder numbering, the
 // shape of the schema) is shared, so the two hosts cannot drift apart.
-struct Dialecto {
+struct CAJA_INTERNO Dialecto {
   std::string_view fuente;             // the host named as the source of its errors
   std::string_view identidadConexion;  // replaces @@IDENTITY
   bool marcasNumeradas;                // '?' becomes $1..$n
@@ -55,9 +57,9 @@ struct Dialecto {
 
 // SQLite: money as integer ten-thousandths, which its integer arithmetic keeps
 // exact; a sum that overflows becomes REAL and the check refuses it.
-extern const Dialecto kDialectoSqlite;
+extern CAJA_INTERNO const Dialecto kDialectoSqlite;
 // PostgreSQL: money as NUMERIC(19,4), limited to the currency range.
-extern const Dialecto kDialectoPostgres;
+extern CAJA_INTERNO const Dialecto kDialectoPostgres;
 
 // Limits of the currency type as SQL text and as ten-thousandths. The most
 // negative int64 is left out so that the range is symmetric.
@@ -72,7 +74,7 @@ inline constexpr int kMaximoMarcas = 32766;
 // the same value to the same placeholder: '?' takes the number after the
 // highest so far, '?NNN' the NNN-th, and a name (':a', '@a', '$a') the number
 // of its first use. A number outside 1..kMaximoMarcas raises kErrorBaseDatos.
-class NumeracionMarcas {
+class CAJA_INTERNO NumeracionMarcas {
  public:
   explicit NumeracionMarcas(std::string_view fuente) : fuente_(fuente) {}
   // The 1-based number of the placeholder written `texto`.
@@ -88,30 +90,31 @@ class NumeracionMarcas {
 
 // Length of the placeholder that starts at `i` ('?', '?NNN', ':name', '@name',
 // '$name'), or 0 when none does.
-std::size_t largoMarca(std::string_view sql, std::size_t i);
+CAJA_INTERNO std::size_t largoMarca(std::string_view sql, std::size_t i);
 
 // The statement as the database must receive it: @@IDENTITY mapped to the
 // connection's own last identity and, where the dialect numbers them, each
 // placeholder written $N with its SQLite number. String literals, quoted
 // identifiers and comments pass untouched. `marcas` receives the number of
 // values the statement takes.
-std::string traducirSql(std::string_view sql, const Dialecto& dialecto, int& marcas);
+CAJA_INTERNO std::string traducirSql(std::string_view sql, const Dialecto& dialecto, int& marcas);
 
 // CREATE TABLE IF NOT EXISTS for `tabla`, under the name `nombre` (the
 // table's own when empty).
-std::string crearTabla(const Tabla& tabla, const Dialecto& dialecto, std::string_view nombre = {});
-std::string crearIndice(const Indice& indice);
+CAJA_INTERNO std::string crearTabla(const Tabla& tabla, const Dialecto& dialecto,
+                                    std::string_view nombre = {});
+CAJA_INTERNO std::string crearIndice(const Indice& indice);
 // For a table with money columns on the embedded file: a view "v_<table>"
 // with every column of the table, the amounts as exact decimal text
 // ("116.5000"), written with SQLite's own functions so that any reader of the
 // file (the sqlite3 tool, a report program) gets them. Empty for a table
 // without money.
-std::string crearVistaDecimal(const Tabla& tabla);
+CAJA_INTERNO std::string crearVistaDecimal(const Tabla& tabla);
 
 // The schema both hosts create: every table of the component and of the
 // substitute host, in an order where each table comes after those it
 // references.
-const std::vector<Tabla>& tablasEsquema();
-const std::vector<Indice>& indicesEsquema();
+CAJA_INTERNO const std::vector<Tabla>& tablasEsquema();
+CAJA_INTERNO const std::vector<Indice>& indicesEsquema();
 
 }  // namespace caja

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "caja/base/CajaError.h"
+#include "caja/base/Exporta.h"
 #include "caja/service/Factoria.h"
 
 namespace caja {
@@ -24,7 +25,7 @@ inline constexpr long kErrorConexion = -2147217843;
 // server) share: the host objects, quoting, the registered procedures, user
 // verification, icons, the till's rate and theme, and the wrapped save. Each
 // subclass supplies the statements themselves and the transaction verbs.
-class HostSql : public Factoria, public std::enable_shared_from_this<HostSql> {
+class CAJA_EXPORT HostSql : public Factoria, public std::enable_shared_from_this<HostSql> {
  public:
   using Procedimiento = std::function<Variant(std::vector<Variant>& argumentos)>;
 
@@ -66,14 +67,14 @@ class HostSql : public Factoria, public std::enable_shared_from_this<HostSql> {
 };
 
 // A whole number read from a database: Long when it fits, Double beyond.
-Variant enteroComoVariant(long long n);
+CAJA_EXPORT Variant enteroComoVariant(long long n);
 // A database's exact decimal text ("-12.3456", "1e3" is not one) as currency,
 // rounded to four places halves away from zero, as the server rounds a
 // numeric into NUMERIC(19, 4); error 6 outside the currency range.
-Currency monedaDeTexto(std::string_view texto);
+CAJA_EXPORT Currency monedaDeTexto(std::string_view texto);
 
 // The error for a statement that would leave a money column outside the
 // currency range, naming the amounts the statement was given.
-CajaError errorFueraDeRango(const std::string& fuente, const Argumentos& args);
+CAJA_EXPORT CajaError errorFueraDeRango(const std::string& fuente, const Argumentos& args);
 
 }  // namespace caja

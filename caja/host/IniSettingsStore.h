@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "caja/base/Exporta.h"
 #include "caja/service/Settings.h"
 
 namespace caja {
@@ -15,7 +16,7 @@ namespace caja {
 // Sections and keys compare without regard to letter case. A missing,
 // unreadable or malformed file reads as empty; lines that are not a section
 // header or key=value are skipped.
-class IniSettingsStore : public SettingsStore {
+class CAJA_EXPORT IniSettingsStore : public SettingsStore {
  public:
   IniSettingsStore(std::string installDir, std::string userDir);
   // The per-user folder of the current user: $XDG_CONFIG_HOME/caja, or ~/.config/caja.

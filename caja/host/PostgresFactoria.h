@@ -4,6 +4,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "caja/base/Exporta.h"
 #include "caja/host/HostSql.h"
 
 struct pg_conn;
@@ -19,7 +20,7 @@ namespace caja {
 // session's sequence values), so a till never reads another till's number.
 // Money is NUMERIC(19,4), checked against the currency range, bound and read
 // as exact decimal text. Text compares without regard to letter case.
-class PostgresFactoria : public HostSql {
+class CAJA_EXPORT PostgresFactoria : public HostSql {
  public:
   // Connects; an unreachable server, refused credentials or a missing
   // database raise kErrorConexion with one line saying which.

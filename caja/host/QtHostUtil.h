@@ -2,13 +2,14 @@
 
 #include <string>
 
+#include "caja/base/Exporta.h"
 #include "caja/service/HostUtil.h"
 
 namespace caja {
 
 // The host suite's utility object on Qt: message boxes over the active
 // window, the application title as Qt's application name.
-class QtHostUtil : public HostUtil {
+class CAJA_EXPORT QtHostUtil : public HostUtil {
  public:
   void MostrarMensaje(const std::string& texto) override;
   bool Preguntar(const std::string& texto) override;

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <unordered_map>
 
 #include "caja/base/CajaError.h"
 #include "caja/base/Conversiones.h"
@@ -263,6 +264,18 @@ Variant leerColumna(sqlite3_stmt* st, int i, int escala) {
 
 }  // namespace
 
+struct SqliteFactoria::Preparada {
+  sqlite3_stmt* st;
+  SentenciaTipada tipos;
+};
+
+// Prepared statements not in use, by the component's text of them.
+struct SqliteFactoria::Preparadas {
+  std::unordered_map<std::string, Preparada> porTexto;
+};
+
+SqliteFactoria::SqliteFactoria() : preparadas_(std::make_unique<Preparadas>()) {}
+
 // A prepared statement with its values bound, taken from the connection's
 // cache of prepared statements and given back reset on destruction, also when
 // binding fails part-way.
@@ -366,9 +379,9 @@ class SqliteFactoria::Sentencia {
 // Kept by the component's own text, so that a statement met again is neither
 // translated, typed nor prepared again.
 SqliteFactoria::Preparada SqliteFactoria::tomarPreparada(const std::string& sql) {
-  if (const auto it = preparadas_.find(sql); it != preparadas_.end()) {
+  if (const auto it = preparadas_->porTexto.find(sql); it != preparadas_->porTexto.end()) {
     Preparada p = std::move(it->second);
-    preparadas_.erase(it);
+    preparadas_->porTexto.erase(it);
     return p;
   }
   int marcas = 0;
@@ -394,17 +407,17 @@ SqliteFactoria::Preparada SqliteFactoria::tomarPreparada(const std::string& sql)
 void SqliteFactoria::devolverPreparada(const std::string& sql, Preparada p) {
   sqlite3_reset(p.st);
   sqlite3_clear_bindings(p.st);
-  if (preparadas_.size() >= kMaximoPreparadas)
+  if (preparadas_->porTexto.size() >= kMaximoPreparadas)
     vaciarPreparadas();
   sqlite3_stmt* st = p.st;
-  if (!preparadas_.emplace(sql, std::move(p)).second)
+  if (!preparadas_->porTexto.emplace(sql, std::move(p)).second)
     sqlite3_finalize(st);
 }
 
 void SqliteFactoria::vaciarPreparadas() {
-  for (const auto& [texto, p] : preparadas_)
+  for (const auto& [texto, p] : preparadas_->porTexto)
     sqlite3_finalize(p.st);
-  preparadas_.clear();
+  preparadas_->porTexto.clear();
 }
 
 std::shared_ptr<SqliteFactoria> SqliteFactoria::Abrir(const std::string& archivo) {

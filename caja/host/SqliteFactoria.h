@@ -3,9 +3,8 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
 
-#include "caja/host/DineroSqlite.h"
+#include "caja/base/Exporta.h"
 #include "caja/host/HostSql.h"
 
 struct sqlite3;
@@ -28,7 +27,7 @@ namespace caja {
 // have a view per table with amounts as decimal text ("v_<table>"). A file
 // written with money as floating point (schema version 0) is converted once,
 // on open.
-class SqliteFactoria : public HostSql {
+class CAJA_EXPORT SqliteFactoria : public HostSql {
  public:
   // Schema version kept in PRAGMA user_version.
   static constexpr int kVersionEsquema = 4;
@@ -50,12 +49,12 @@ class SqliteFactoria : public HostSql {
   void Rollback() override;
 
  private:
-  SqliteFactoria() = default;
+  SqliteFactoria();
   class Sentencia;
-  struct Preparada {
-    sqlite3_stmt* st;
-    SentenciaTipada tipos;
-  };
+  // A prepared statement with the typing of its amounts, and the cache of
+  // those not in use: both stay in the source, with the SQL reader.
+  struct Preparada;
+  struct Preparadas;
   static constexpr std::size_t kMaximoPreparadas = 128;
   Preparada tomarPreparada(const std::string& sql);
   void devolverPreparada(const std::string& sql, Preparada p);
@@ -68,8 +67,7 @@ class SqliteFactoria : public HostSql {
   [[noreturn]] void fallar(const Argumentos& args = {}) const;
 
   sqlite3* db_ = nullptr;
-  // Prepared statements not in use, by the component's text of them.
-  std::unordered_map<std::string, Preparada> preparadas_;
+  std::unique_ptr<Preparadas> preparadas_;
   // The last identity this connection handed out per table (lower case).
   std::map<std::string, long long> identidades_;
 };

@@ -3,12 +3,13 @@
 #include <string>
 
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 #include "caja/base/Objeto.h"
 
 namespace caja {
 
 // Confirmation of an electronic payment, as the card terminal reports it.
-class CDetalleConfirmacion : public Objeto {
+class CAJA_EXPORT CDetalleConfirmacion : public Objeto {
  public:
   std::string TextoComprobante;  // the voucher; may hold several lines
   std::string Id;

@@ -6,6 +6,7 @@
 
 #include "caja/base/Collection.h"
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 #include "caja/base/Variant.h"
 #include "caja/movement/CDetalleConfirmacion.h"
 #include "caja/movement/CDetalleDenominacion.h"
@@ -15,7 +16,7 @@ namespace caja {
 
 // One payment line of a cash movement: an amount paid with one method and the
 // particulars that method demands. A plain value holder; it writes nothing.
-class CDetalleIngreso : public Objeto {
+class CAJA_EXPORT CDetalleIngreso : public Objeto {
  public:
   std::int32_t Id = 0;
   std::int32_t TransID = 0;

@@ -5,12 +5,13 @@
 #include <string>
 
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 #include "caja/base/Objeto.h"
 
 namespace caja {
 
 // One related document of a cash movement: a row of `subDocsMC`.
-class CDocsMovCaja : public Objeto {
+class CAJA_EXPORT CDocsMovCaja : public Objeto {
  public:
   std::int32_t TransID = 0;
   std::string TipoDoc;

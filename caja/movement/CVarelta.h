@@ -6,6 +6,7 @@
 
 #include "caja/base/Collection.h"
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 #include "caja/base/Fecha.h"
 #include "caja/base/Variant.h"
 #include "caja/catalog/CMedioPago.h"
@@ -22,7 +23,7 @@ namespace caja {
 // One cash movement of a till: its header and its payment lines. Unsaved
 // (`TransID` 0) its lines are the in-memory `colDetalles`; once saved or
 // loaded, `detalles()` and the totals read them from the database.
-class CVarelta : public Objeto, public std::enable_shared_from_this<CVarelta> {
+class CAJA_EXPORT CVarelta : public Objeto, public std::enable_shared_from_this<CVarelta> {
  public:
   std::int32_t TransID = 0;
   Fecha fecha;
@@ -118,6 +119,6 @@ class CVarelta : public Objeto, public std::enable_shared_from_this<CVarelta> {
 
 // The movement rule of a cash-like method, narrower than `EsMedioEfectivo`:
 // national or foreign cash class, or a foreign-currency flag.
-bool esMedioEfectivoMovimiento(const CMedioPago& medio);
+CAJA_EXPORT bool esMedioEfectivoMovimiento(const CMedioPago& medio);
 
 }  // namespace caja

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 
 namespace caja {
 
@@ -13,7 +14,7 @@ class CVarelta;
 
 // The dialogs the facade opens, supplied by the dialogs layer at start-up so
 // that the model never links against a toolkit.
-class DialogosCaja {
+class CAJA_EXPORT DialogosCaja {
  public:
   // Raised by the collection dialog when the cashier changes the tax; the
   // listener may change the amount or set `cancelar`.
@@ -32,7 +33,7 @@ class DialogosCaja {
 };
 
 // The installed dialogs; error 91 when no dialogs layer has been installed.
-DialogosCaja& dialogosCaja();
-void setDialogosCaja(std::shared_ptr<DialogosCaja> dialogos);
+CAJA_EXPORT DialogosCaja& dialogosCaja();
+CAJA_EXPORT void setDialogosCaja(std::shared_ptr<DialogosCaja> dialogos);
 
 }  // namespace caja

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "caja/base/Exporta.h"
 #include "caja/base/Objeto.h"
 #include "caja/base/Variant.h"
 #include "caja/service/ObjetosHost.h"
@@ -17,7 +18,7 @@ using Argumentos = std::vector<Variant>;
 // verification and icon of the component passes through it. SQL comes in the
 // SQL Server dialect with '?' markers bound positionally to `args`; values
 // beyond the markers are ignored. Failures raise CajaError.
-class Factoria : public Objeto {
+class CAJA_EXPORT Factoria : public Objeto {
  public:
   // A new host object: "Empresa", "Instanciador" or "posExt"; raises for any other name.
   virtual std::shared_ptr<Objeto> CrearObjeto(const std::string& clase) = 0;

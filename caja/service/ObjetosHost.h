@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "caja/base/Exporta.h"
 #include "caja/base/Objeto.h"
 #include "caja/base/Variant.h"
 
@@ -13,7 +14,7 @@ namespace caja {
 // interfaces: the component asks for a name and casts to what it needs.
 
 // "Empresa": the company's fiscal data.
-class Empresa : public Objeto {
+class CAJA_EXPORT Empresa : public Objeto {
  public:
   virtual std::string FormatoMEX() = 0;
   // Boolean, or Null when the host does not know.
@@ -22,13 +23,13 @@ class Empresa : public Objeto {
 };
 
 // What `Instanciador::Entidad` returns.
-class Entidad : public Objeto {
+class CAJA_EXPORT Entidad : public Objeto {
  public:
   virtual std::string Nombre() = 0;
 };
 
 // "Instanciador": finds the host's entities and documents.
-class Instanciador : public Objeto {
+class CAJA_EXPORT Instanciador : public Objeto {
  public:
   // nullptr when the host has no such entity.
   virtual std::shared_ptr<caja::Entidad> Entidad(const std::string& tipo,
@@ -38,7 +39,7 @@ class Instanciador : public Objeto {
 };
 
 // "posExt": the host's extension procedures, run by name.
-class PosExt : public Objeto {
+class CAJA_EXPORT PosExt : public Objeto {
  public:
   // Raises when the procedure does not exist or fails. A procedure may
   // replace its arguments: they are passed by reference.
@@ -53,7 +54,7 @@ class TemaUI : public Objeto {};
 
 // A picture as `loadFileIcon` returns it: the file it was read from. The
 // dialogs layer turns it into an icon of its toolkit.
-class Imagen : public Objeto {
+class CAJA_EXPORT Imagen : public Objeto {
  public:
   explicit Imagen(std::string ruta) : ruta_(std::move(ruta)) {}
   const std::string& ruta() const { return ruta_; }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "caja/base/Currency.h"
+#include "caja/base/Exporta.h"
 #include "caja/base/Variant.h"
 
 namespace caja {
@@ -17,7 +18,7 @@ inline constexpr const char* kSeccionVarelta = "frmVarelta";
 
 // Where settings live: an installation file per application ("<app>.ini"),
 // read first, and a per-user store written by the dialogs.
-class SettingsStore {
+class CAJA_EXPORT SettingsStore {
  public:
   using Pares = std::vector<std::pair<std::string, std::string>>;
 
@@ -35,11 +36,11 @@ class SettingsStore {
 };
 
 // The process-wide store. Until the host sets one, an empty store in memory.
-SettingsStore& settingsStore();
-void setSettingsStore(std::shared_ptr<SettingsStore> store);
+CAJA_EXPORT SettingsStore& settingsStore();
+CAJA_EXPORT void setSettingsStore(std::shared_ptr<SettingsStore> store);
 
 // A store held in memory, for hosts without files and for tests.
-class MemoriaSettingsStore : public SettingsStore {
+class CAJA_EXPORT MemoriaSettingsStore : public SettingsStore {
  public:
   void SetInstallValue(const std::string& app, const std::string& seccion, const std::string& clave,
                        const std::string& valor);
@@ -67,12 +68,12 @@ class MemoriaSettingsStore : public SettingsStore {
 
 // Reads a setting: the installation file wins when it holds a non-empty
 // value, then the per-user store, then `defecto`. None of them raises.
-Variant lmGetSetting(const std::string& app, const std::string& seccion, const std::string& clave,
-                     const std::string& defecto);
-bool lmGetSettingBool(const std::string& app, const std::string& seccion, const std::string& clave,
-                      bool defecto);
+CAJA_EXPORT Variant lmGetSetting(const std::string& app, const std::string& seccion,
+                                 const std::string& clave, const std::string& defecto);
+CAJA_EXPORT bool lmGetSettingBool(const std::string& app, const std::string& seccion,
+                                  const std::string& clave, bool defecto);
 // Accepts both ',' and '.' as the decimal separator of the stored text.
-Currency lmGetSettingCur(const std::string& app, const std::string& seccion,
-                         const std::string& clave, Currency defecto);
+CAJA_EXPORT Currency lmGetSettingCur(const std::string& app, const std::string& seccion,
+                                     const std::string& clave, Currency defecto);
 
 }  // namespace caja

@@ -3,13 +3,14 @@
 #include <string>
 #include <vector>
 
+#include "caja/base/Exporta.h"
 #include "caja/service/Recordset.h"
 
 namespace caja {
 
 // A recordset over rows already read into memory. The SQLite host answers with
 // it so that no statement stays open between calls, and tests script answers with it.
-class TablaRecordset : public Recordset {
+class CAJA_INTERNO TablaRecordset : public Recordset {
  public:
   using Fila = std::vector<Variant>;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "caja/base/Exporta.h"
 #include "caja/service/Factoria.h"
 
 namespace caja {
@@ -8,7 +9,7 @@ namespace caja {
 // construction, committed by `commit()`, rolled back when the guard goes out
 // of scope uncommitted (an exception unwinding included). For hosts; the
 // component itself never opens a transaction.
-class TransaccionHost {
+class CAJA_EXPORT TransaccionHost {
  public:
   explicit TransaccionHost(Factoria& host) : host_(host) { host_.BeginTrans(); }
   TransaccionHost(const TransaccionHost&) = delete;

@@ -5,7 +5,6 @@
 #include <caja/base/Currency.h>
 #include <caja/base/Fecha.h>
 #include <caja/dialogs/DialogosQt.h>
-#include <caja/dialogs/frmVarelta.h>
 #include <caja/facade/CServiciosCaja.h>
 #include <caja/host/IniSettingsStore.h>
 #include <caja/host/SqliteFactoria.h>
@@ -38,13 +37,12 @@ int main(int argc, char** argv) try {
   servicios.Init(caja::Variant(), db);
 
   // The cashier's work, scripted: a sale of 100.00 plus 16.00 of tax, paid
-  // with 120.00 in national cash. `Cobrar` would show the dialog instead.
-  caja::frmVarelta dialogo;
-  dialogo.preparar(Currency::fromUnits(100), Currency::fromUnits(16), Currency());
-  dialogo.teclear("EFE", Currency::fromUnits(120));
-  if (!dialogo.aceptarGuion())
+  // with 120.00 in national cash. `servicios.Varelta` shows the dialog instead.
+  auto mov =
+      caja::CobrarSinMostrar("Venta de ejemplo", Currency::fromUnits(100), Currency::fromUnits(16),
+                             Currency(), {{"EFE", Currency::fromUnits(120)}});
+  if (!mov)
     return 1;
-  auto mov = dialogo.resultado();
 
   {
     caja::TransaccionHost transaccion(*db);  // rolled back unless committed
