@@ -6,6 +6,7 @@
 #include <QTranslator>
 
 #include "caja/dialogs/frmDefinirMedioPago.h"
+#include "caja/dialogs/frmDefinirVuelto.h"
 #include "caja/dialogs/frmVarelta.h"
 
 namespace caja {
@@ -42,6 +43,7 @@ std::shared_ptr<CVarelta> CobrarSinMostrar(
   for (const auto& [codigo, monto] : pagos)
     if (!dialogo.teclear(codigo, monto))
       return nullptr;
+  dialogo.guionVuelto = [](frmDefinirVuelto& vuelto) { return vuelto.aceptarGuion(); };
   return dialogo.aceptarGuion() ? dialogo.resultado() : nullptr;
 }
 

@@ -142,6 +142,22 @@ TEST_F(Dialogo, InputsFollowTheCatalogueWithTheirMarks) {
   EXPECT_FALSE(hijo<QLabel>(*f, "lblVuelto")->isHidden());
 }
 
+// Typed unseen: a change split the shop asks for is taken as suggested (a
+// split dialog shown here would hang the test); a method without an input or
+// a short payment gives nothing.
+TEST_F(Dialogo, CobrarSinMostrarTypesThePaymentsAndAccepts) {
+  ajuste("VueltoDetallado", "True");
+  const auto mov =
+      CobrarSinMostrar("Venta", cur("100"), cur("16"), cur("0"), {{"EFE", cur("120")}});
+  ASSERT_NE(mov, nullptr);
+  EXPECT_EQ(mov->Vuelto, cur("4"));
+  EXPECT_EQ(mov->Debitos, cur("116"));
+  EXPECT_EQ(CobrarSinMostrar("Venta", cur("100"), cur("16"), cur("0"), {{"NOE", cur("120")}}),
+            nullptr);
+  EXPECT_EQ(CobrarSinMostrar("Venta", cur("100"), cur("16"), cur("0"), {{"EFE", cur("50")}}),
+            nullptr);
+}
+
 // Every recomputation may accept: after a validated input, after Space in
 // txEfectivo. The lines of each accepted collection are kept for
 // DetallesEnRegistro, replacing those of the one before.
