@@ -44,12 +44,7 @@ if(CAJA_WITH_QT)
   list(APPEND CAJA_COMPONENTES dialogos)
 endif()
 foreach(componente IN LISTS CAJA_COMPONENTES)
-  if(componente STREQUAL "caja")
-    set(destino caja)
-  else()
-    set(destino caja_${componente})
-  endif()
-  install(TARGETS ${destino} EXPORT caja-${componente}
+  install(TARGETS caja_compartida_${componente} EXPORT caja-${componente}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
   install(EXPORT caja-${componente} NAMESPACE caja:: DESTINATION ${CAJA_CMAKE_DIR} COMPONENT dev)
 endforeach()

@@ -36,7 +36,8 @@ CAJA_INTERNO double ObtenerTipoCambioCaja();
 CAJA_INTERNO double ObtenerPorcentajeIGTF();
 CAJA_INTERNO std::string LeerSimboloMEX();
 // The method of a code through the cache. "EFE" is built in, without a table
-// row; an unknown code gives nullptr and is not cached, so it is looked up again.
+// row; an unknown code gives nullptr and is not cached, so it is looked up
+// again. A database error while the method loads gives nullptr too, and no error.
 CAJA_INTERNO std::shared_ptr<CMedioPago> ObtenerMedioPago(std::string& codigo);
 // Whether a method reaches the drawer: foreign cash, national cash, or any
 // attribute bit at all: the drawer balances of shops count every method
