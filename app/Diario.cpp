@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "caja/base/Conversiones.h"
+#include "caja/host/ArchivosPrivados.h"
 #include "caja/host/DialectoSql.h"
 #include "caja/host/SqliteFactoria.h"
 #include "caja/movement/CVarelta.h"
@@ -146,7 +147,7 @@ std::filesystem::path carpetaDeDatos(bool crear) {
       xdg && *xdg ? std::filesystem::path(xdg)
                   : std::filesystem::path(home ? home : ".") / ".local" / "share";
   if (crear)
-    std::filesystem::create_directories(raiz / "caja");
+    crearCarpetaPrivada(raiz / "caja");
   return raiz / "caja";
 }
 

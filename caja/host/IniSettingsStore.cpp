@@ -8,6 +8,7 @@
 
 #include "caja/base/CajaError.h"
 #include "caja/base/Texto.h"
+#include "caja/host/ArchivosPrivados.h"
 
 namespace caja {
 
@@ -150,18 +151,12 @@ fs::path archivoDe(const std::string& dir, const std::string& app) {
 }
 
 void escribir(const fs::path& ruta, const Archivo& a) {
-  fs::create_directories(ruta.parent_path());
+  crearCarpetaPrivada(ruta.parent_path());
+  std::string contenido = a.marcaUtf8 ? std::string(kMarcaUtf8) : std::string();
+  for (const auto& l : a.lineas)
+    contenido += l.texto + l.fin;
   const fs::path temporal = ruta.string() + ".tmp";
-  {
-    std::ofstream out(temporal, std::ios::binary | std::ios::trunc);
-    if (a.marcaUtf8)
-      out << kMarcaUtf8;
-    for (const auto& l : a.lineas)
-      out << l.texto << l.fin;
-    out.flush();
-    if (!out)
-      throw CajaError(75, "IniSettingsStore", "No se pudo escribir " + temporal.string());
-  }
+  escribirArchivoPrivado(temporal, contenido);
   fs::rename(temporal, ruta);
 }
 

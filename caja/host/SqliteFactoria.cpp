@@ -12,6 +12,7 @@
 #include "caja/base/CajaError.h"
 #include "caja/base/Conversiones.h"
 #include "caja/base/Texto.h"
+#include "caja/host/ArchivosPrivados.h"
 #include "caja/host/DialectoSql.h"
 #include "caja/host/DineroSqlite.h"
 #include "caja/service/TablaRecordset.h"
@@ -427,6 +428,10 @@ std::shared_ptr<SqliteFactoria> SqliteFactoria::Abrir(const std::string& archivo
 }
 
 void SqliteFactoria::abrir(const std::string& archivo) {
+  // A new file is its owner's alone; SQLite gives its journal and WAL the
+  // file's own mode. ":memory:" and URIs are left to SQLite.
+  if (!archivo.empty() && archivo != ":memory:" && archivo.rfind("file:", 0) != 0)
+    crearArchivoPrivado(archivo);
   if (sqlite3_open_v2(archivo.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
       SQLITE_OK) {
     const std::string mensaje = db_ ? sqlite3_errmsg(db_) : "sin memoria";

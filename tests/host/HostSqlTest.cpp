@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <sqlite3.h>
 #include <fstream>
@@ -129,6 +130,28 @@ TEST_F(IniSettings, UserFileKeepsItsBytesAndAnyKey) {
   const std::string despues((std::istreambuf_iterator<char>(in)), {});
   EXPECT_EQ(despues.substr(0, antes.size()), antes);
   EXPECT_EQ(store_->GetSetting("ZOR", "frmVarelta", "a", "?"), "?");
+}
+
+// Settings and the embedded file are their owner's alone, whatever the
+// umask: new folders 0700, files (the database's WAL too) 0600.
+TEST_F(IniSettings, NewFilesAndFoldersAreTheOwnersAlone) {
+  namespace fs = std::filesystem;
+  const mode_t antes = ::umask(022);
+  auto modo = [](const fs::path& p) { return fs::status(p).permissions() & fs::perms::all; };
+  const auto soloDueno = fs::perms::owner_read | fs::perms::owner_write;
+  store_->SaveSetting("ZOR", "frmVarelta", "AutoFill", "1");
+  EXPECT_EQ(modo(usuario()), fs::perms::owner_all);
+  EXPECT_EQ(modo(usuario() / "ZOR.ini"), soloDueno);
+  const fs::path archivo = carpeta_.ruta() / "caja.db";
+  {
+    auto db = SqliteFactoria::Abrir(archivo.string());
+    db->ExecuteSQL("INSERT INTO parametrosEmpresa (Fecha, TipoCambio) VALUES (getdate(), 1)");
+    EXPECT_EQ(modo(archivo), soloDueno);
+    if (fs::exists(archivo.string() + "-wal")) {
+      EXPECT_EQ(modo(archivo.string() + "-wal"), soloDueno);
+    }
+  }
+  ::umask(antes);
 }
 
 // Only the dialect's own constructs change, and never inside a literal, a
