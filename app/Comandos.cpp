@@ -378,6 +378,9 @@ int moverEfectivo(Contexto& c, const char* clasificacion) {
   v.pagos = pagos(c);
   if (v.pagos.empty())
     throw ErrorUso("Indique lo que se mueve con --pago CODIGO=MONTO");
+  for (const auto& [codigo, monto] : v.pagos)
+    if (monto.isZero())
+      throw ErrorUso("--pago " + codigo + "=0 no mueve nada: nada se guardó");
   const std::int32_t sesionVenta = sesionDeVenta(c);
   exigirTasa(c);
   CVarelta mov;

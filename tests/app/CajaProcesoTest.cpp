@@ -217,6 +217,8 @@ TEST_P(CajaProceso, FaultyCommandLinesAreRefusedInOneSpanishLineAndWriteNothing)
       {"entrada --motivo Fondo", 2, "Indique lo que se mueve con --pago"},
       {"salida --pago EFE=5", 2, "Falta --motivo"},
       {"salida --pago EFE=5 --motivo Banco", 1, "En la caja hay 0.00 de EFE"},
+      {"entrada --pago EFE=0 --motivo Fondo", 2, "--pago EFE=0 no mueve nada"},
+      {"salida --pago efe=0.0000 --motivo x", 2, "--pago EFE=0 no mueve nada"},
   };
   const std::string antes = huella(*db);
   for (const Caso& c : casos) {
