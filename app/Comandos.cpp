@@ -19,6 +19,7 @@
 #include "caja/movement/TempVarelta.h"
 #include "caja/service/General.h"
 #include "caja/service/HostUtil.h"
+#include "caja/service/Settings.h"
 
 namespace caja::app {
 
@@ -536,13 +537,16 @@ int supervisor(Contexto& c) {
   if (!c.args.bandera("agregar"))
     throw ErrorUso("Uso: caja supervisor --agregar NOMBRE [--nivel N]");
   const auto nivel = static_cast<int>(c.args.entero("nivel", 0, 9).value_or(5));
-  std::string pin = c.args.valor("pin", "");
-  if (pin.empty()) {
-    std::cerr << "PIN: ";
-    std::getline(std::cin, pin);
-  }
-  if (pin.size() < 4)
-    throw ErrorUso("El PIN debe tener al menos 4 caracteres");
+  // Never from the command line, where every local user can read it.
+  std::string pin;
+  std::cerr << "PIN: ";
+  std::getline(std::cin, pin);
+  // The shop may ask for longer PINs: "LargoMinimoPin" of section "Seguridad".
+  const std::int64_t minimo =
+      std::max<std::int64_t>(4, CLng(Variant(lmGetSettingCur(kAppZOR, "Seguridad", "LargoMinimoPin",
+                                                             Currency::fromUnits(4)))));
+  if (static_cast<std::int64_t>(largoUtf8(pin)) < minimo)
+    throw ErrorUso("El PIN debe tener al menos " + std::to_string(minimo) + " caracteres");
   agregarSupervisor(*c.db, c.args.posicionales().front(), pin, nivel);
   salida(c).mensaje("Supervisor " + c.args.posicionales().front() + " registrado");
   return kExito;
@@ -690,8 +694,7 @@ const std::vector<Comando>& comandos() {
         "--agregar NOMBRE [--nivel N]",
         "registra un supervisor; el PIN se lee de la entrada estándar",
         {{"agregar", nullptr, "agregar o cambiar un supervisor"},
-         {"nivel", "N", "nivel de autorización, de 0 a 9 (por omisión 5)"},
-         {"pin", "PIN", "el PIN, en lugar de leerlo"}},
+         {"nivel", "N", "nivel de autorización, de 0 a 9 (por omisión 5)"}},
         1,
         1},
        supervisor},

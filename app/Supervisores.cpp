@@ -1,9 +1,11 @@
 #include "app/Supervisores.h"
 
+#include <sodium.h>
 #include <QCryptographicHash>
 #include <QInputDialog>
-#include <QRandomGenerator>
+
 #include <iostream>
+#include <stdexcept>
 
 #include "caja/base/Conversiones.h"
 
@@ -11,34 +13,53 @@ namespace caja::app {
 
 namespace {
 
-std::string hashDe(const std::string& sal, const std::string& pin) {
+// Rows written before Argon2id: one SHA-256 of salt and PIN, kept verifiable
+// until the supervisor's next change so that nobody is locked out by an update.
+std::string sha256Antiguo(const std::string& sal, const std::string& pin) {
   return QCryptographicHash::hash(QByteArray::fromStdString(sal + pin), QCryptographicHash::Sha256)
       .toHex()
       .toStdString();
 }
 
-std::string salNueva() {
-  QByteArray bytes(16, '\0');
-  QRandomGenerator::system()->fillRange(reinterpret_cast<quint32*>(bytes.data()), 4);
-  return bytes.toHex().toStdString();
+void iniciarSodium() {
+  static const bool listo = sodium_init() >= 0;
+  if (!listo)
+    throw std::runtime_error("No se pudo iniciar libsodium");
+}
+
+// Argon2id with libsodium's interactive limits: the text carries its own
+// salt and parameters, and a guess costs tens of milliseconds and 64 MiB.
+std::string hashPin(const std::string& pin) {
+  iniciarSodium();
+  char hash[crypto_pwhash_STRBYTES];
+  if (crypto_pwhash_str(hash, pin.data(), pin.size(), crypto_pwhash_OPSLIMIT_INTERACTIVE,
+                        crypto_pwhash_MEMLIMIT_INTERACTIVE) != 0)
+    throw std::runtime_error("Sin memoria para guardar el PIN");
+  return hash;
+}
+
+bool pinCoincide(const std::string& sal, const std::string& hash, const std::string& pin) {
+  if (!sal.empty())
+    return sha256Antiguo(sal, pin) == hash;
+  iniciarSodium();
+  return crypto_pwhash_str_verify(hash.c_str(), pin.data(), pin.size()) == 0;
 }
 
 }  // namespace
 
 void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string& pin, int nivel) {
-  const std::string sal = salNueva();
   db.ExecuteSQL(
-      "INSERT INTO hostSupervisores (Nombre, Sal, Hash, Nivel) VALUES (?, ?, ?, ?) "
+      "INSERT INTO hostSupervisores (Nombre, Sal, Hash, Nivel) VALUES (?, '', ?, ?) "
       "ON CONFLICT (Nombre) DO UPDATE SET Sal = excluded.Sal, Hash = excluded.Hash, "
       "Nivel = excluded.Nivel",
-      {nombre, sal, hashDe(sal, pin), nivel});
+      {nombre, hashPin(pin), nivel});
 }
 
 int nivelDePin(HostSql& db, const std::string& pin) {
   int nivel = 0;
   auto rs = db.openrecordset("SELECT Sal, Hash, Nivel FROM hostSupervisores");
   for (; !rs->Eof(); rs->MoveNext())
-    if (hashDe(CStr(rs->Fields("Sal")), pin) == CStr(rs->Fields("Hash")))
+    if (pinCoincide(CStr(rs->Fields("Sal")), CStr(rs->Fields("Hash")), pin))
       nivel = std::max(nivel, static_cast<int>(CLng(rs->Fields("Nivel"))));
   return nivel;
 }

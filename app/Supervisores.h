@@ -6,8 +6,9 @@
 
 namespace caja::app {
 
-// Supervisors who authorise what a cashier may not do alone. Only a salted
-// SHA-256 of each PIN is kept.
+// Supervisors who authorise what a cashier may not do alone. Only an
+// Argon2id hash of each PIN is kept (rows of older versions keep a salted
+// SHA-256 until the supervisor's next change).
 void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string& pin, int nivel);
 // The highest level of the supervisors whose PIN this is; 0 for none.
 int nivelDePin(HostSql& db, const std::string& pin);

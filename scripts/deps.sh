@@ -2,7 +2,7 @@
 # extra packages (the test server) may be named as arguments.
 # Sourced by scripts/test and scripts/demo.
 
-CAJA_PAQUETES=(cmake ninja-build g++ pkg-config qt6-base-dev libsqlite3-dev libpq-dev libgtest-dev
+CAJA_PAQUETES=(cmake ninja-build g++ pkg-config qt6-base-dev libsqlite3-dev libpq-dev libsodium-dev libgtest-dev
   libgmock-dev libbenchmark-dev clang libclang-rt-dev xvfb xauth clang-format fonts-dejavu-core qt6-translations-l10n)
 
 caja_instalar_dependencias() {

@@ -218,6 +218,8 @@ TEST_P(CajaProceso, FaultyCommandLinesAreRefusedInOneSpanishLineAndWriteNothing)
       {"salida --pago EFE=5", 2, "Falta --motivo"},
       {"salida --pago EFE=5 --motivo Banco", 1, "En la caja hay 0.00 de EFE"},
       {"entrada --pago EFE=0 --motivo Fondo", 2, "--pago EFE=0 no mueve nada"},
+      {"supervisor --agregar ANA --pin 2468", 2, "Opción desconocida: --pin"},
+      {"supervisor --agregar ANA", 2, "El PIN debe tener al menos 4 caracteres"},
       {"salida --pago efe=0.0000 --motivo x", 2, "--pago EFE=0 no mueve nada"},
   };
   const std::string antes = huella(*db);
