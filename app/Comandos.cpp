@@ -3,7 +3,10 @@
 #include <QApplication>
 #include <algorithm>
 #include <iostream>
+#include <map>
 
+#include "app/Auditoria.h"
+#include "app/Autorizacion.h"
 #include "app/Demo.h"
 #include "app/Diario.h"
 #include "app/Salida.h"
@@ -89,7 +92,6 @@ Venta ventaDe(Contexto& c, const char* opcion = "venta") {
   if (total.isZero())
     throw ErrorUso("No hay nada que cobrar: venta + IVA - crédito es 0");
   v.titulo = c.args.valor("titulo", "Cobro");
-  v.operador = c.args.valor("operador", "CAJERO");
   const auto documento = c.args.valor("documento");
   v.conDocumento = documento.has_value();
   const auto [tipoDoc, numDoc] = parDe(documento.value_or("FAC:0"), "documento", ':');
@@ -102,6 +104,7 @@ Venta ventaDe(Contexto& c, const char* opcion = "venta") {
   v.vueltos = pagos(c, "vuelto", "CREDITO");
   if (!v.vueltos.empty() && !c.args.bandera("aceptar"))
     throw ErrorUso("--vuelto va con --aceptar: en pantalla el cajero reparte el vuelto");
+  v.operador = cajeroDe(c);
   return v;
 }
 
@@ -221,18 +224,27 @@ std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId) {
   return lista;
 }
 
-// Saves and commits in one host transaction, after `antes` (which may refuse)
-// and with the change and the movement's key: a failed save leaves nothing,
-// and a save that collided with another till's runs again.
+// What runs around a save inside its transaction: `antes` may refuse before
+// anything is written; `despues` sees the saved movement and the drawers it
+// moved, and may still refuse (all of it rolls back) or record more.
+struct Alrededor {
+  std::function<void()> antes = [] {};
+  std::function<void()> despues = [] {};
+};
+
+// Saves and commits in one host transaction, with the change and the
+// movement's key: a failed save leaves nothing, and a save that collided
+// with another till's runs again.
 void guardarEn(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
-               const Vuelto* cambio, const std::function<void()>& antes, const std::string& clave) {
+               const Vuelto* cambio, const Alrededor& alrededor, const std::string& clave) {
   c.db->EnTransaccion(
       [&] {
-        antes();
+        alrededor.antes();
         mov.Save(sesion, v.operador, v.tipoDoc, v.numDoc, v.tipoEnt, v.codEnt, v.titulo,
                  Fecha::today(), Variant(), v.clasificacion);
         mov.commitTransEf();
         anotarVuelto(c, mov, cambio);
+        alrededor.despues();
         c.db->ExecuteSQL("INSERT INTO hostClaves (Clave, TransID) VALUES (?, ?)",
                          {clave, mov.TransID});
       },
@@ -255,10 +267,10 @@ void reflejarCajas(Contexto& c) {
 // server committed, sending the journal finds the key there and only marks
 // the movement as sent.
 void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, const Vuelto* cambio,
-             const std::function<void()>& antes) {
+             const Alrededor& alrededor = {}) {
   const std::string clave = nuevaClave();
   try {
-    guardarEn(c, v, sesion, mov, cambio, antes, clave);
+    guardarEn(c, v, sesion, mov, cambio, alrededor, clave);
   } catch (const CajaError& e) {
     if (!c.diario || c.sinConexion || e.number() != kErrorConexion)
       throw;
@@ -266,7 +278,7 @@ void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, co
     c.sinConexion = true;
     InicializarEntorno(c.db);
     olvidarGuardado(mov);
-    guardarEn(c, v, sesion, mov, cambio, antes, clave);
+    guardarEn(c, v, sesion, mov, cambio, alrededor, clave);
   }
   if (c.sinConexion)
     std::cerr << "guardado sin conexión; se enviará al volver el servidor" << std::endl;
@@ -312,35 +324,84 @@ int venderDesde(Contexto& c, const std::string* clave) {
   const auto mov = cobrarEn(dialogo, c, v, clave ? aparcado.colDetalles.get() : nullptr);
   if (!mov)
     throw Rechazo("Cobro no completado: nada se guardó");
-  guardar(c, v, sesionVenta, *mov, dialogo.cambio(), [&] {
-    if (!clave)
-      return;
-    CVarelta tomado;
-    TempVarelta().load(*clave, tomado);
-    if (tomado.colDetalles->Count() == 0)
-      throw Rechazo("La referencia " + *clave + " ya fue retomada en otra caja: nada se guardó");
-  });
+  Alrededor alrededor;
+  if (clave)
+    alrededor.antes = [&] {
+      CVarelta tomado;
+      TempVarelta().load(*clave, tomado);
+      if (tomado.colDetalles->Count() == 0)
+        throw Rechazo("La referencia " + *clave + " ya fue retomada en otra caja: nada se guardó");
+    };
+  guardar(c, v, sesionVenta, *mov, dialogo.cambio(), alrededor);
   return mostrarGuardado(c, mov->TransID);
 }
 
+std::int32_t maquinaDeSesion(Contexto& c, std::int32_t sesion) {
+  return CLng(c.db->ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {sesion}));
+}
+
 // Money leaving the till (a refund, a withdrawal) never takes a method's
-// drawer below zero, unless the cashier says --forzar: what is not in the
-// drawer cannot have been handed out.
+// drawer below zero, whatever the method, unless the cashier says --forzar
+// and a supervisor approves it: what is not in the drawer cannot have been
+// handed out. Checked on the drawers the save has just moved.
 void exigirSaldo(Contexto& c, std::int32_t sesion, CVarelta& mov) {
   if (c.args.bandera("forzar"))
     return;
+  std::map<std::string, Currency> sale;
+  for (const auto& linea : *mov.colDetalles)
+    if (linea->montoNominal < Currency{})
+      sale[linea->medio] += linea->montoNominal;
   SaldoCaja saldo;
-  saldo.load(
-      CLng(c.db->ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {sesion})));
-  for (const auto& sale : *mov.detallesEfectivo()) {
-    const auto hay = saldo.detalles ? saldo.detalles->Find(sale->codigoMedio) : nullptr;
-    const Currency enCaja = hay ? hay->valorNominal : Currency{};
-    if (enCaja + sale->valorNominal < Currency{})
-      throw Rechazo("En la caja hay " + Format(Variant(enCaja), kFormatoMonto) + " de " +
-                    sale->codigoMedio + ": no alcanza para entregar " +
-                    Format(Variant(-sale->valorNominal), kFormatoMonto) +
-                    " (use --forzar si el dinero salió igual): nada se guardó");
+  saldo.load(maquinaDeSesion(c, sesion));
+  for (const auto& [medio, monto] : sale) {
+    const auto queda = saldo.detalles ? saldo.detalles->Find(medio) : nullptr;
+    if (!queda || queda->valorNominal >= Currency{})
+      continue;
+    throw Rechazo("En la caja hay " + Format(Variant(queda->valorNominal - monto), kFormatoMonto) +
+                  " de " + medio + ": no alcanza para entregar " +
+                  Format(Variant(-monto), kFormatoMonto) +
+                  " (use --forzar si el dinero salió igual): nada se guardó");
   }
+}
+
+// The approval money leaving the till needs; forcing a drawer below zero
+// may ask for a higher level.
+std::string aprobacionDeSalida(Contexto& c, const std::string& que) {
+  const bool forzada = c.args.bandera("forzar");
+  return aprobacion(
+      c, que + (forzada ? " aunque la caja quede en negativo" : ""),
+      std::max(nivelExigido("NivelAprobacion"), forzada ? nivelExigido("NivelForzar") : 0));
+}
+
+// The trail's row of a saved movement that needed approval: each line's
+// amount in its own currency, and the total in national currency.
+void anotarMovimiento(Contexto& c, std::int32_t sesion, const Venta& v, CVarelta& mov,
+                      const std::string& aprobador) {
+  Asiento a;
+  a.maquina = maquinaDeSesion(c, sesion);
+  a.cajero = v.operador;
+  a.aprobador = aprobador;
+  a.accion = tipoDe(v.clasificacion) + (c.args.bandera("forzar") ? " forzada" : "");
+  for (const auto& linea : *mov.colDetalles) {
+    a.detalle +=
+        (a.detalle.empty() ? "" : " ") + linea->medio + "=" + linea->montoNominal.toMachineText();
+    a.monto += linea->Monto;
+  }
+  if (v.clasificacion == kSalida)
+    a.detalle += "; " + v.titulo;
+  a.movimiento = mov.TransID;
+  anotar(*c.db, a);
+}
+
+// The checks and the record of a movement that takes money out.
+Alrededor alrededorDeSalida(Contexto& c, std::int32_t sesion, const Venta& v, CVarelta& mov,
+                            const std::string& aprobador) {
+  Alrededor a;
+  a.despues = [&c, sesion, &v, &mov, aprobador] {
+    exigirSaldo(c, sesion, mov);
+    anotarMovimiento(c, sesion, v, mov, aprobador);
+  };
+  return a;
 }
 
 int devolver(Contexto& c) {
@@ -355,13 +416,15 @@ int devolver(Contexto& c) {
   v.clasificacion = kDevolucion;
   const std::int32_t sesionVenta = sesionDeVenta(c);
   exigirTasa(c);
+  const std::string aprobador =
+      aprobacionDeSalida(c, "devolver " + (-(v.venta + v.iva)).toMachineText());
   frmVarelta dialogo;
   const auto mov = cobrarEn(dialogo, c, v, nullptr);
   if (!mov)
     throw Rechazo("Devolución no completada: nada se guardó");
   if (!mov->Vuelto.isZero())
     throw Rechazo("Lo entregado debe sumar exactamente el monto de la devolución: nada se guardó");
-  guardar(c, v, sesionVenta, *mov, nullptr, [&] { exigirSaldo(c, sesionVenta, *mov); });
+  guardar(c, v, sesionVenta, *mov, nullptr, alrededorDeSalida(c, sesionVenta, v, *mov, aprobador));
   return mostrarGuardado(c, mov->TransID);
 }
 
@@ -371,7 +434,6 @@ int moverEfectivo(Contexto& c, const char* clasificacion) {
   const bool sale = clasificacion == std::string(kSalida);
   Venta v;
   v.clasificacion = clasificacion;
-  v.operador = c.args.valor("operador", "CAJERO");
   const auto motivo = c.args.valor("motivo");
   if (sale && (!motivo || motivo->empty()))
     throw ErrorUso("Falta --motivo: diga por qué sale el dinero");
@@ -382,6 +444,7 @@ int moverEfectivo(Contexto& c, const char* clasificacion) {
   for (const auto& [codigo, monto] : v.pagos)
     if (monto.isZero())
       throw ErrorUso("--pago " + codigo + "=0 no mueve nada: nada se guardó");
+  v.operador = cajeroDe(c);
   const std::int32_t sesionVenta = sesionDeVenta(c);
   exigirTasa(c);
   CVarelta mov;
@@ -395,10 +458,11 @@ int moverEfectivo(Contexto& c, const char* clasificacion) {
     mov.Creditos = -suma;
   else
     mov.Debitos = suma;
-  guardar(c, v, sesionVenta, mov, nullptr, [&] {
-    if (sale)
-      exigirSaldo(c, sesionVenta, mov);
-  });
+  const Alrededor alrededor =
+      sale ? alrededorDeSalida(c, sesionVenta, v, mov,
+                               aprobacionDeSalida(c, "sacar dinero de la caja"))
+           : Alrededor{};
+  guardar(c, v, sesionVenta, mov, nullptr, alrededor);
   return mostrarGuardado(c, mov.TransID);
 }
 
@@ -491,15 +555,34 @@ int pendientesDeEnvio(Contexto& c) {
   return kExito;
 }
 
+// The whole catalogue as one text, to tell whether the dialog changed it.
+std::string catalogo(Contexto& c) {
+  std::string texto;
+  auto rs = c.db->openrecordset("SELECT * FROM MediosPago ORDER BY Codigo");
+  for (; !rs->Eof(); rs->MoveNext())
+    for (int i = 0; i < rs->FieldCount(); ++i)
+      texto += NzTexto(rs->Fields(i)) + '\x1f';
+  return texto;
+}
+
 int medios(Contexto& c) {
   if (c.args.bandera("editar")) {
     if (!c.conPantalla)
       throw ErrorUso("No hay pantalla para editar el catálogo");
     instalarDialogosQt();
+    const std::string antes = catalogo(c);
     CServiciosCaja servicios;
     servicios.Init(Variant(), c.db);
     servicios.DefinirMediosPago();
-    return QApplication::exec() == 0 ? kExito : kError;
+    const int estado = QApplication::exec() == 0 ? kExito : kError;
+    if (catalogo(c) != antes) {
+      Asiento a;
+      a.maquina = maquinaDe(c);
+      a.accion = "catalogo";
+      a.detalle = "medios de pago cambiados en el diálogo";
+      anotarAparte(*c.db, a);
+    }
+    return estado;
   }
   std::vector<std::shared_ptr<CMedioPago>> lista;
   auto rs = c.db->openrecordset("SELECT * FROM MediosPago ORDER BY posicion, Codigo");
@@ -533,28 +616,92 @@ int revertir(Contexto& c) {
   return kExito;
 }
 
+// Registering or changing who may act: approved by a supervisor once the
+// shop has one (the first supervisor registers alone), and recorded in the
+// trail, never the PIN. `cambio` makes the change, given the new PIN when
+// `conPin`, and names the act for the trail.
+void cambiarPersonas(Contexto& c, const std::string& que, const std::string& detalle, int nivel,
+                     bool conPin, const std::function<std::string(const std::string&)>& cambio) {
+  Asiento a;
+  a.maquina = maquinaDe(c);
+  a.detalle = detalle;
+  if (haySupervisores(c))
+    a.aprobador = aprobacion(c, que, nivel);
+  // Never from the command line, where every local user can read it.
+  const std::string pin = conPin ? nuevoPin() : "";
+  c.db->EnTransaccion([&] {
+    a.accion = cambio(pin);
+    anotar(*c.db, a);
+  });
+}
+
+const std::string& nombre(Contexto& c) {
+  return c.args.posicionales().front();
+}
+
 int supervisor(Contexto& c) {
-  if (!c.args.bandera("agregar"))
+  if (!c.args.bandera("agregar") || c.args.posicionales().empty())
     throw ErrorUso("Uso: caja supervisor --agregar NOMBRE [--nivel N]");
   const auto nivel = static_cast<int>(c.args.entero("nivel", 0, 9).value_or(5));
-  // Never from the command line, where every local user can read it.
-  std::string pin;
-  std::cerr << "PIN: ";
-  std::getline(std::cin, pin);
-  // The shop may ask for longer PINs: "LargoMinimoPin" of section "Seguridad".
-  const std::int64_t minimo =
-      std::max<std::int64_t>(4, CLng(Variant(lmGetSettingCur(kAppZOR, "Seguridad", "LargoMinimoPin",
-                                                             Currency::fromUnits(4)))));
-  if (static_cast<std::int64_t>(largoUtf8(pin)) < minimo)
-    throw ErrorUso("El PIN debe tener al menos " + std::to_string(minimo) + " caracteres");
-  agregarSupervisor(*c.db, c.args.posicionales().front(), pin, nivel);
-  salida(c).mensaje("Supervisor " + c.args.posicionales().front() + " registrado");
+  const std::string detalle = "supervisor " + nombre(c) + " nivel " + std::to_string(nivel);
+  cambiarPersonas(c, "registrar al " + detalle, detalle,
+                  std::max(nivel, nivelExigido("NivelAprobacion")), true,
+                  [&](const std::string& pin) {
+                    const bool habia = personaDe(*c.db, Rol::Supervisor, nombre(c)).has_value();
+                    agregarSupervisor(*c.db, nombre(c), pin, nivel);
+                    return habia ? "cambio de supervisor" : "alta de supervisor";
+                  });
+  salida(c).mensaje("Supervisor " + nombre(c) + " registrado");
+  return kExito;
+}
+
+int cajero(Contexto& c) {
+  const bool agregar = c.args.bandera("agregar"), quitar = c.args.bandera("quitar");
+  if (!agregar && !quitar) {
+    if (!c.args.posicionales().empty())
+      throw ErrorUso("Uso: caja cajero [--agregar NOMBRE | --quitar NOMBRE]");
+    for (const auto& n : nombresDe(*c.db, Rol::Cajero))
+      c.out << n << '\n';
+    return kExito;
+  }
+  if (agregar == quitar || c.args.posicionales().empty())
+    throw ErrorUso("Uso: caja cajero [--agregar NOMBRE | --quitar NOMBRE]");
+  const std::string detalle = "cajero " + nombre(c);
+  cambiarPersonas(c, (agregar ? "registrar al " : "dar de baja al ") + detalle, detalle,
+                  nivelExigido("NivelAprobacion"), agregar, [&](const std::string& pin) {
+                    if (quitar && !quitarCajero(*c.db, nombre(c)))
+                      throw Rechazo("No hay ningún cajero llamado " + nombre(c));
+                    if (quitar)
+                      return "baja de cajero";
+                    const bool habia = personaDe(*c.db, Rol::Cajero, nombre(c)).has_value();
+                    agregarCajero(*c.db, nombre(c), pin);
+                    return habia ? "cambio de cajero" : "alta de cajero";
+                  });
+  salida(c).mensaje("Cajero " + nombre(c) + (agregar ? " registrado" : " dado de baja"));
+  return kExito;
+}
+
+int auditoria(Contexto& c) {
+  const auto filas = asientos(*c.db);
+  if (!c.args.bandera("verificar")) {
+    salida(c).auditoria(filas, c.args.bandera("csv"));
+    return kExito;
+  }
+  const Verificacion v = verificar(filas);
+  if (v.rotura)
+    throw Rechazo("La auditoría está alterada: la fila " + std::to_string(v.rotura->fila) + " " +
+                  v.rotura->motivo + " (" + std::to_string(v.filas) +
+                  " filas íntegras antes de ella)");
+  salida(c).mensaje("La auditoría está íntegra: " + std::to_string(v.filas) + " filas");
   return kExito;
 }
 
 using Ejecutor = int (*)(Contexto&);
 
-const Opcion kOperador{"operador", "O", "quién lo hace (por omisión CAJERO)"};
+const Opcion kOperador{"operador", "O",
+                       "el cajero que lo hace; con cajeros registrados, su PIN se pide"};
+const Opcion kAutoriza{"autoriza", "SUPERVISOR",
+                       "el supervisor que lo autoriza; su PIN se pide (en pantalla, el diálogo)"};
 const Opcion kMaquina{"maquina", "N", "la máquina de la caja (por omisión 1)"};
 
 const Opcion kSesion{"sesion", "S", "sesión de la caja (por omisión la única abierta)"};
@@ -573,6 +720,7 @@ const std::vector<Opcion> kOpcionesDevolucion = {
     {"pago", "CODIGO=MONTO", "lo entregado en ese medio (EFE: efectivo)", true},
     {"aceptar", nullptr, "teclear lo entregado en el diálogo sin mostrarlo y aceptar"},
     kForzar,
+    kAutoriza,
 };
 
 const std::vector<Opcion> kOpcionesCobro = {
@@ -626,7 +774,7 @@ const std::vector<Comando>& comandos() {
       {{"salida",
         "--pago CODIGO=MONTO ... --motivo T",
         "salida de efectivo sin venta (a la caja fuerte, un pago a un proveedor)",
-        {kPagoMovido, {"motivo", "T", "por qué sale"}, kOperador, kSesion, kForzar}},
+        {kPagoMovido, {"motivo", "T", "por qué sale"}, kOperador, kSesion, kForzar, kAutoriza}},
        salidaDeCaja},
       {{"aparcar",
         "CLAVE --pago CODIGO=MONTO ...",
@@ -661,7 +809,7 @@ const std::vector<Comando>& comandos() {
       {{"anular",
         "NUMERO [--motivo TEXTO]",
         "anula un movimiento: revierte su transacción de caja y lo marca anulado",
-        {{"motivo", "TEXTO", "por qué se anula"}, kOperador},
+        {{"motivo", "TEXTO", "por qué se anula"}, kOperador, kAutoriza},
         1,
         1},
        anular},
@@ -680,6 +828,7 @@ const std::vector<Comando>& comandos() {
         "registrado",
         {kMaquina,
          kOperador,
+         kAutoriza,
          {"contado", "CODIGO=MONTO", "lo contado de un medio, en su moneda", true},
          {"denominaciones", "CODIGO:VALORxCANTIDAD,...",
           "lo contado de un medio por denominaciones", true}}},
@@ -694,10 +843,27 @@ const std::vector<Comando>& comandos() {
         "--agregar NOMBRE [--nivel N]",
         "registra un supervisor; el PIN se lee de la entrada estándar",
         {{"agregar", nullptr, "agregar o cambiar un supervisor"},
-         {"nivel", "N", "nivel de autorización, de 0 a 9 (por omisión 5)"}},
+         {"nivel", "N", "nivel de autorización, de 0 a 9 (por omisión 5)"},
+         kAutoriza},
         1,
         1},
        supervisor},
+      {{"cajero",
+        "[--agregar NOMBRE | --quitar NOMBRE]",
+        "lista los cajeros, registra uno (el PIN se lee de la entrada estándar) o lo da de baja",
+        {{"agregar", nullptr, "agregar un cajero o cambiar su PIN"},
+         {"quitar", nullptr, "dar de baja a un cajero"},
+         kAutoriza},
+        0,
+        1},
+       cajero},
+      {{"auditoria",
+        "[--verificar] [--csv]",
+        "el registro de auditoría; --verificar comprueba que ninguna fila fue cambiada ni "
+        "quitada",
+        {{"verificar", nullptr, "comprobar la cadena de la auditoría"},
+         {"csv", nullptr, "salida en CSV"}}},
+       auditoria},
   };
   return lista;
 }

@@ -20,9 +20,9 @@ namespace caja::app {
 namespace {
 
 // What a sale reads besides the movements: copied whole from the server.
-constexpr const char* kReferencias[] = {"MediosPago",        "SesionesPOS",    "SesionesCerradas",
-                                        "parametrosEmpresa", "hostEmpresa",    "hostEntidades",
-                                        "hostSupervisores",  "generalEmisores"};
+constexpr const char* kReferencias[] = {"MediosPago",        "SesionesPOS", "SesionesCerradas",
+                                        "parametrosEmpresa", "hostEmpresa", "hostEntidades",
+                                        "hostSupervisores",  "hostCajeros", "generalEmisores"};
 
 const Tabla& tablaDe(const std::string& nombre) {
   for (const Tabla& t : tablasEsquema())

@@ -6,6 +6,8 @@
 #include <charconv>
 #include <map>
 
+#include "app/Auditoria.h"
+#include "app/Autorizacion.h"
 #include "app/Comandos.h"
 #include "app/Salida.h"
 #include "caja/base/Conversiones.h"
@@ -26,10 +28,6 @@ Salida salida(Contexto& c) {
 
 std::int32_t maquina(Contexto& c) {
   return static_cast<std::int32_t>(c.args.entero("maquina", 1, 32767).value_or(1));
-}
-
-std::string operador(Contexto& c) {
-  return c.args.valor("operador", "CAJERO");
 }
 
 // The catalogue's spelling of a code typed in any letter case; ErrorUso for
@@ -54,6 +52,7 @@ std::vector<SesionAbierta> sesionesAbiertas(Contexto& c) {
 
 int abrirSesion(Contexto& c) {
   const std::int32_t m = maquina(c);
+  const std::string cajero = cajeroDe(c);
   std::int32_t nueva = 0;
   c.db->EnTransaccion([&] {
     const Variant abierta =
@@ -66,7 +65,7 @@ int abrirSesion(Contexto& c) {
     c.db->ExecuteSQL(
         "INSERT INTO SesionesPOS (SessionID, MachineID, Operador, Apertura) "
         "VALUES (?, ?, ?, getdate())",
-        {nueva, m, operador(c)});
+        {nueva, m, cajero});
   });
   salida(c).sesion(nueva, m);
   return kExito;
@@ -232,6 +231,29 @@ std::vector<LineaCierre> lineasDeCierre(std::int32_t m, std::map<std::string, Cu
   return lineas;
 }
 
+// The closing's row of the trail, with each method's count; a difference
+// beyond what the shop tolerates, valued in national currency, needs a
+// supervisor's approval first. The total is the differences so valued.
+Asiento asientoDeCierre(Contexto& c, const Cierre& registro) {
+  Asiento a;
+  a.maquina = registro.maquina;
+  a.cajero = registro.operador;
+  a.accion = "cierre";
+  Currency mayor;
+  for (const auto& l : registro.lineas) {
+    const Currency valorada = CCur(l.diferencia.toDouble() * l.tipoCambio);
+    a.monto += valorada;
+    mayor = std::max(mayor, Abs(valorada));
+    a.detalle += (a.detalle.empty() ? "" : "; ") + l.medio + " esperado " +
+                 l.esperadoNominal.toMachineText() + " contado " + l.contado.toMachineText() +
+                 " diferencia " + l.diferencia.toMachineText();
+  }
+  if (mayor > diferenciaTolerada())
+    a.aprobador = aprobacion(c, "cerrar la caja con una diferencia de " + mayor.toMachineText(),
+                             nivelExigido("NivelAprobacion"));
+  return a;
+}
+
 }  // namespace
 
 int sesion(Contexto& c) {
@@ -255,8 +277,13 @@ int tasa(Contexto& c) {
     return kExito;
   }
   const double nueva = tasaDe(c.args.posicionales().front());
+  Asiento a;
+  a.maquina = maquinaDe(c);
+  a.accion = "tasa";
+  a.detalle = "de " + textoDeTasa(c.db->TipoCambioCaja()) + " a " + textoDeTasa(nueva);
   // Save takes the largest rate of parametrosEmpresa: one row keeps it the current one.
   c.db->EnTransaccion([&] {
+    anotar(*c.db, a);
     c.db->ExecuteSQL("DELETE FROM parametrosEmpresa");
     c.db->ExecuteSQL("INSERT INTO parametrosEmpresa (Fecha, TipoCambio) VALUES (getdate(), ?)",
                      {nueva});
@@ -287,6 +314,16 @@ int anular(Contexto& c) {
   CVarelta mov;
   if (!mov.load(numero))
     throw Rechazo("Movimiento " + std::to_string(numero) + " no encontrado");
+  Asiento a;
+  a.maquina =
+      NzLong(c.db->ReadScalar("SELECT machineID FROM MovimientosCaja WHERE TransID = ?", {numero}));
+  a.cajero = cajeroDe(c);
+  a.aprobador = aprobacion(c, "anular el movimiento " + std::to_string(numero),
+                           nivelExigido("NivelAprobacion"));
+  a.accion = "anulacion";
+  a.detalle = c.args.valor("motivo", "");
+  a.movimiento = numero;
+  a.monto = mov.Debitos - mov.Creditos;
   c.db->EnTransaccion([&] {
     auto previa = c.db->openrecordset("SELECT * FROM hostAnulaciones WHERE TransID = ?", {numero});
     if (!previa->Eof())
@@ -299,7 +336,8 @@ int anular(Contexto& c) {
     c.db->ExecuteSQL(
         "INSERT INTO hostAnulaciones (TransID, Fecha, Operador, Motivo) VALUES (?, getdate(), ?, "
         "?)",
-        {numero, operador(c), c.args.valor("motivo", "")});
+        {numero, a.cajero, a.detalle});
+    anotar(*c.db, a);
   });
   salida(c).mensaje("Movimiento " + std::to_string(numero) + " anulado");
   return kExito;
@@ -309,12 +347,10 @@ int cierre(Contexto& c) {
   const std::int32_t m = maquina(c);
   // What made up the expected amounts: every standing movement of the till.
   const Filtro deLaMaquina{" AND M.machineID = ?", {m}};
-  Cierre registro{0,
-                  m,
-                  Fecha::now(),
-                  operador(c),
-                  lineasDeCierre(m, contados(c)),
-                  totalesDe(c, deLaMaquina, true)};
+  const auto contado = contados(c);
+  Cierre registro{
+      0, m, Fecha::now(), cajeroDe(c), lineasDeCierre(m, contado), totalesDe(c, deLaMaquina, true)};
+  const Asiento a = asientoDeCierre(c, registro);
   c.db->EnTransaccion([&] {
     c.db->ExecuteSQL("INSERT INTO hostCierres (MachineID, Fecha, Operador) VALUES (?, ?, ?)",
                      {m, registro.fecha, registro.operador});
@@ -325,6 +361,7 @@ int cierre(Contexto& c) {
           "tipoCambio, contado, diferencia) VALUES (?, ?, ?, ?, ?, ?, ?)",
           {registro.id, l.medio, l.esperadoMN, l.esperadoNominal, l.tipoCambio, l.contado,
            l.diferencia});
+    anotar(*c.db, a);
   });
   salida(c).cierres({registro});
   return kExito;

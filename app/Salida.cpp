@@ -91,6 +91,10 @@ std::string json(const std::string& texto) {
   return s + "\"";
 }
 
+std::string textoDeTasa(double tasa) {
+  return numero(tasa);
+}
+
 std::string csv(const std::string& texto) {
   if (texto.find_first_of(",\"\r\n") == std::string::npos)
     return texto;
@@ -336,6 +340,44 @@ void Salida::cierres(const std::vector<Cierre>& lista) {
       totalesTexto(out_, c.porTipo);
     }
   }
+}
+
+void Salida::auditoria(const std::vector<Asiento>& filas, bool conCsv) {
+  const auto movimiento = [](const Asiento& a) {
+    return a.movimiento ? std::to_string(*a.movimiento) : std::string();
+  };
+  if (json_) {
+    out_ << "[";
+    for (std::size_t i = 0; i < filas.size(); ++i) {
+      const auto& a = filas[i];
+      out_ << (i ? "," : "") << "{\"fila\":" << a.id << ",\"fecha\":" << json(a.fecha)
+           << ",\"maquina\":" << a.maquina << ",\"cajero\":" << json(a.cajero)
+           << ",\"aprobador\":" << json(a.aprobador) << ",\"accion\":" << json(a.accion)
+           << ",\"detalle\":" << json(a.detalle)
+           << ",\"movimiento\":" << (a.movimiento ? movimiento(a) : "null")
+           << ",\"monto\":" << numero(a.monto) << ",\"hashPrevio\":" << json(a.hashPrevio)
+           << ",\"hash\":" << json(a.hash) << "}";
+    }
+    out_ << "]\n";
+    return;
+  }
+  if (conCsv) {
+    out_ << "fila,fecha,maquina,cajero,aprobador,accion,detalle,movimiento,monto,hashPrevio,"
+            "hash\r\n";
+    for (const auto& a : filas)
+      out_ << a.id << ',' << a.fecha << ',' << a.maquina << ',' << csv(a.cajero) << ','
+           << csv(a.aprobador) << ',' << csv(a.accion) << ',' << csv(a.detalle) << ','
+           << movimiento(a) << ',' << numero(a.monto) << ',' << a.hashPrevio << ',' << a.hash
+           << "\r\n";
+    return;
+  }
+  if (filas.empty())
+    out_ << "La auditoría no tiene filas\n";
+  for (const auto& a : filas)
+    out_ << std::left << std::setw(6) << a.id << a.fecha << "  máq. " << std::setw(4) << a.maquina
+         << columna(a.accion, 20) << columna(a.cajero, 12) << columna(a.aprobador, 12)
+         << columna(movimiento(a), 8) << std::right << std::setw(16) << monto(a.monto) << "  "
+         << a.detalle << '\n';
 }
 
 }  // namespace caja::app

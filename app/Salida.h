@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "app/Auditoria.h"
 #include "caja/drawer/SaldoCaja.h"
 #include "caja/movement/CVarelta.h"
 
@@ -68,6 +69,8 @@ class Salida {
   void movimientos(const std::vector<FilaMovimiento>& filas, const std::vector<MontoMedio>& totales,
                    const std::vector<MontoMedio>& porTipo, Currency igtf, bool csv);
   void cierres(const std::vector<Cierre>& lista);
+  // The audit trail, row by row with its hashes (JSON and CSV) or without.
+  void auditoria(const std::vector<Asiento>& filas, bool csv);
 
  private:
   std::ostream& out_;
@@ -78,6 +81,8 @@ class Salida {
 // characters escaped, and any byte that is not UTF-8 as U+FFFD, so that the
 // output always parses.
 std::string json(const std::string& texto);
+// A rate as the output prints it: the shortest text that reads back the same.
+std::string textoDeTasa(double tasa);
 // A CSV field (RFC 4180): quoted when it holds a comma, a quote or a line break.
 std::string csv(const std::string& texto);
 

@@ -38,14 +38,22 @@ std::string hashPin(const std::string& pin) {
   return hash;
 }
 
-bool pinCoincide(const std::string& sal, const std::string& hash, const std::string& pin) {
+bool coincide(const std::string& sal, const std::string& hash, const std::string& pin) {
   if (!sal.empty())
     return sha256Antiguo(sal, pin) == hash;
   iniciarSodium();
   return crypto_pwhash_str_verify(hash.c_str(), pin.data(), pin.size()) == 0;
 }
 
+const char* tablaDe(Rol rol) {
+  return rol == Rol::Cajero ? "hostCajeros" : "hostSupervisores";
+}
+
 }  // namespace
+
+const char* nombreRol(Rol rol) {
+  return rol == Rol::Cajero ? "cajero" : "supervisor";
+}
 
 void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string& pin, int nivel) {
   db.ExecuteSQL(
@@ -55,11 +63,48 @@ void agregarSupervisor(HostSql& db, const std::string& nombre, const std::string
       {nombre, hashPin(pin), nivel});
 }
 
+void agregarCajero(HostSql& db, const std::string& nombre, const std::string& pin) {
+  db.ExecuteSQL(
+      "INSERT INTO hostCajeros (Nombre, Hash) VALUES (?, ?) "
+      "ON CONFLICT (Nombre) DO UPDATE SET Hash = excluded.Hash",
+      {nombre, hashPin(pin)});
+}
+
+bool quitarCajero(HostSql& db, const std::string& nombre) {
+  return db.ExecuteSQL("DELETE FROM hostCajeros WHERE Nombre = ?", {nombre}) > 0;
+}
+
+std::optional<Persona> personaDe(HostSql& db, Rol rol, const std::string& nombre) {
+  auto rs = db.openrecordset("SELECT * FROM " + std::string(tablaDe(rol)) + " WHERE Nombre = ?",
+                             {nombre});
+  if (rs->Eof())
+    return std::nullopt;
+  Persona p{CStr(rs->Fields("Nombre")), "", CStr(rs->Fields("Hash")), 0};
+  if (rol == Rol::Supervisor) {
+    p.sal = CStr(rs->Fields("Sal"));
+    p.nivel = static_cast<int>(CLng(rs->Fields("Nivel")));
+  }
+  return p;
+}
+
+std::vector<std::string> nombresDe(HostSql& db, Rol rol) {
+  std::vector<std::string> lista;
+  auto rs =
+      db.openrecordset("SELECT Nombre FROM " + std::string(tablaDe(rol)) + " ORDER BY Nombre");
+  for (; !rs->Eof(); rs->MoveNext())
+    lista.push_back(CStr(rs->Fields("Nombre")));
+  return lista;
+}
+
+bool pinCoincide(const Persona& persona, const std::string& pin) {
+  return coincide(persona.sal, persona.hash, pin);
+}
+
 int nivelDePin(HostSql& db, const std::string& pin) {
   int nivel = 0;
   auto rs = db.openrecordset("SELECT Sal, Hash, Nivel FROM hostSupervisores");
   for (; !rs->Eof(); rs->MoveNext())
-    if (pinCoincide(CStr(rs->Fields("Sal")), CStr(rs->Fields("Hash")), pin))
+    if (coincide(CStr(rs->Fields("Sal")), CStr(rs->Fields("Hash")), pin))
       nivel = std::max(nivel, static_cast<int>(CLng(rs->Fields("Nivel"))));
   return nivel;
 }

@@ -182,11 +182,39 @@ const std::vector<Tabla> kTablas = {
      "PRIMARY KEY (idCierre, codigoMedio)"},
     // Each movement's key made at the till, for sending a till's journal to
     // the server exactly once; in the journal, the number the server gave
-    // it once sent. Last, so that a server schema without it is completed.
+    // it once sent.
     {"hostClaves",
      {{"Clave", T::TextoExacto, "PRIMARY KEY"},
       {"TransID", T::Entero, "NOT NULL REFERENCES MovimientosCaja (TransID)"},
       {"TransIDServidor", T::Entero, ""}},
+     {}},
+    // Who may act at the till: cashiers (an Argon2id hash of each PIN), the
+    // wrong PINs in a row per person and how long a person stays locked out.
+    {"hostCajeros",
+     {{"Nombre", T::Texto, "PRIMARY KEY"}, {"Hash", T::TextoExacto, "NOT NULL"}},
+     {}},
+    {"hostIntentos",
+     {{"Rol", T::Texto, "NOT NULL"},
+      {"Nombre", T::Texto, "NOT NULL"},
+      {"Fallos", T::Entero, "NOT NULL DEFAULT 0"},
+      {"BloqueadoHasta", T::TextoExacto, "NOT NULL DEFAULT ''"}},
+     "PRIMARY KEY (Rol, Nombre)"},
+    // The audit trail: each row carries the previous row's hash and its own,
+    // so that a row changed or removed breaks the chain. Numbered by the
+    // program, one after the other, under a lock. Last of the schema, so
+    // that a database made before it is completed.
+    {"hostAuditoria",
+     {{"id", T::Entero, "PRIMARY KEY"},
+      {"Fecha", T::TextoExacto, "NOT NULL"},
+      {"MachineID", T::Entero, "NOT NULL DEFAULT 0"},
+      {"Cajero", T::TextoExacto, "NOT NULL DEFAULT ''"},
+      {"Aprobador", T::TextoExacto, "NOT NULL DEFAULT ''"},
+      {"Accion", T::TextoExacto, "NOT NULL"},
+      {"Detalle", T::TextoExacto, "NOT NULL DEFAULT ''"},
+      {"TransID", T::Entero, ""},
+      {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
+      {"HashPrevio", T::TextoExacto, "NOT NULL"},
+      {"Hash", T::TextoExacto, "NOT NULL"}},
      {}},
 };
 

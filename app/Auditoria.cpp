@@ -1,0 +1,103 @@
+#include "app/Auditoria.h"
+
+#include <sodium.h>
+#include <QDateTime>
+
+#include "caja/base/Conversiones.h"
+#include "caja/host/PostgresFactoria.h"
+#include "caja/service/HostUtil.h"
+
+namespace caja::app {
+
+namespace {
+
+// The server's transaction lock that keeps appends to the trail in a row;
+// the embedded file's writers are already one at a time.
+constexpr std::int32_t kCerrojoAuditoria = 0x61756469;
+
+std::string hex(const unsigned char* bytes, std::size_t n) {
+  std::string texto(n * 2 + 1, '\0');
+  sodium_bin2hex(texto.data(), texto.size(), bytes, n);
+  texto.pop_back();
+  return texto;
+}
+
+void campo(std::string& texto, const std::string& valor) {
+  texto += std::to_string(valor.size()) + ':' + valor + ';';
+}
+
+}  // namespace
+
+std::string hashDe(const Asiento& a) {
+  std::string texto;
+  for (const std::string& valor :
+       {std::to_string(a.id), a.fecha, std::to_string(a.maquina), a.cajero, a.aprobador, a.accion,
+        a.detalle, a.movimiento ? std::to_string(*a.movimiento) : std::string(),
+        a.monto.toMachineText(), a.hashPrevio})
+    campo(texto, valor);
+  unsigned char resumen[crypto_hash_sha256_BYTES];
+  crypto_hash_sha256(resumen, reinterpret_cast<const unsigned char*>(texto.data()), texto.size());
+  return hex(resumen, sizeof resumen);
+}
+
+void anotar(HostSql& db, Asiento a) {
+  if (dynamic_cast<PostgresFactoria*>(&db))
+    db.ReadScalar("SELECT pg_advisory_xact_lock(?)", {Variant(kCerrojoAuditoria)});
+  auto ultima = db.openrecordset("SELECT id, Hash FROM hostAuditoria ORDER BY id DESC LIMIT 1");
+  a.id = ultima->Eof() ? 1 : CLng(ultima->Fields("id")) + 1;
+  a.hashPrevio = ultima->Eof() ? kHashInicial : CStr(ultima->Fields("Hash"));
+  a.fecha = QDateTime::currentDateTime().toString("yyyy-MM-dd HH:mm:ss").toStdString();
+  a.hash = hashDe(a);
+  db.ExecuteSQL(
+      "INSERT INTO hostAuditoria (id, Fecha, MachineID, Cajero, Aprobador, Accion, Detalle, "
+      "TransID, Monto, HashPrevio, Hash) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+      {static_cast<std::int32_t>(a.id), a.fecha, a.maquina, a.cajero, a.aprobador, a.accion,
+       a.detalle, a.movimiento ? Variant(*a.movimiento) : Variant::Null(), a.monto, a.hashPrevio,
+       a.hash});
+}
+
+void anotarAparte(HostSql& db, const Asiento& a) {
+  db.EnTransaccion([&] { anotar(db, a); });
+}
+
+std::vector<Asiento> asientos(HostSql& db) {
+  std::vector<Asiento> lista;
+  auto rs = db.openrecordset("SELECT * FROM hostAuditoria ORDER BY id");
+  for (; !rs->Eof(); rs->MoveNext()) {
+    const Variant mov = rs->Fields("TransID");
+    lista.push_back(
+        {CLng(rs->Fields("id")), CStr(rs->Fields("Fecha")),
+         static_cast<std::int32_t>(CLng(rs->Fields("MachineID"))), CStr(rs->Fields("Cajero")),
+         CStr(rs->Fields("Aprobador")), CStr(rs->Fields("Accion")), CStr(rs->Fields("Detalle")),
+         mov.isNull() ? std::nullopt
+                      : std::optional<std::int32_t>(static_cast<std::int32_t>(CLng(mov))),
+         NzMoneda(rs->Fields("Monto")), CStr(rs->Fields("HashPrevio")), CStr(rs->Fields("Hash"))});
+  }
+  return lista;
+}
+
+Verificacion verificar(const std::vector<Asiento>& filas) {
+  Verificacion v;
+  std::string previo = kHashInicial;
+  for (const Asiento& a : filas) {
+    const std::int64_t esperada = v.filas + 1;
+    if (a.id != esperada) {
+      v.rotura = Rotura{esperada, "falta: la cadena salta de la fila " + std::to_string(v.filas) +
+                                      " a la " + std::to_string(a.id)};
+      return v;
+    }
+    if (a.hashPrevio != previo) {
+      v.rotura = Rotura{a.id, "no sigue a la fila anterior: una de las dos fue cambiada"};
+      return v;
+    }
+    if (hashDe(a) != a.hash) {
+      v.rotura = Rotura{a.id, "fue cambiada: su contenido no corresponde a su hash"};
+      return v;
+    }
+    previo = a.hash;
+    ++v.filas;
+  }
+  return v;
+}
+
+}  // namespace caja::app
