@@ -40,18 +40,22 @@ class ProcesoCaja : public test::PorMotor {
            " --db '" + destino() + "'";
   }
 
-  Resultado correr(const std::string& argumentos) {
-    const auto out = carpeta.ruta() / "out", err = carpeta.ruta() / "err";
+  // `entrada` is what the program reads on standard input: the PINs.
+  Resultado correr(const std::string& argumentos, const std::string& entrada = "") {
+    const auto out = carpeta.ruta() / "out", err = carpeta.ruta() / "err",
+               in = carpeta.ruta() / "in";
+    std::ofstream(in) << entrada;
     const std::string cmd =
-        caja(argumentos) + " >" + out.string() + " 2>" + err.string() + " </dev/null";
+        caja(argumentos) + " >" + out.string() + " 2>" + err.string() + " <" + in.string();
     const int estado = std::system(cmd.c_str());
     return {WEXITSTATUS(estado), leer(out), leer(err)};
   }
 
   // Runs a command that must end with `estado` and say `texto` on the
   // stream where that ending writes (standard error unless it succeeded).
-  void espera(const std::string& argumentos, int estado, const std::string& texto) {
-    const Resultado r = correr(argumentos);
+  void espera(const std::string& argumentos, int estado, const std::string& texto,
+              const std::string& entrada = "") {
+    const Resultado r = correr(argumentos, entrada);
     EXPECT_EQ(r.estado, estado) << argumentos << "\n" << r.errores;
     const std::string& dicho = estado == 0 ? r.salida : r.errores;
     EXPECT_NE(dicho.find(texto), std::string::npos) << argumentos << "\n" << dicho;
@@ -174,7 +178,8 @@ std::string huella(HostSql& db) {
   std::string h;
   for (const char* tabla :
        {"MovimientosCaja", "DetallesVarelta", "saveMovsCaja", "SesionesPOS", "SesionesCerradas",
-        "parametrosEmpresa", "hostCierres", "hostAnulaciones", "hostSupervisores", "cvCaja"})
+        "parametrosEmpresa", "hostCierres", "hostAnulaciones", "hostSupervisores", "cvCaja",
+        "hostCajeros", "hostAuditoria"})
     h += std::to_string(CLng(db.ReadScalar(std::string("SELECT COUNT(*) FROM ") + tabla))) + " ";
   return h;
 }
@@ -184,6 +189,7 @@ TEST_P(CajaProceso, FaultyCommandLinesAreRefusedInOneSpanishLineAndWriteNothing)
     const char* argumentos;
     int estado;
     const char* dice;
+    const char* entrada = "";
   };
   const Caso casos[] = {
       {"cobrar --venta 10 --pago EFE=10 --operdor PEDRO --aceptar", 2,
@@ -216,16 +222,18 @@ TEST_P(CajaProceso, FaultyCommandLinesAreRefusedInOneSpanishLineAndWriteNothing)
       {"devolver --pago EFE=5 --aceptar", 2, "Falta --monto"},
       {"entrada --motivo Fondo", 2, "Indique lo que se mueve con --pago"},
       {"salida --pago EFE=5", 2, "Falta --motivo"},
-      {"salida --pago EFE=5 --motivo Banco", 1, "En la caja hay 0.00 de EFE"},
+      {"salida --pago EFE=5 --motivo Banco", 1, "hace falta un supervisor y no hay ninguno"},
       {"entrada --pago EFE=0 --motivo Fondo", 2, "--pago EFE=0 no mueve nada"},
       {"supervisor --agregar ANA --pin 2468", 2, "Opción desconocida: --pin"},
-      {"supervisor --agregar ANA", 2, "El PIN debe tener al menos 4 caracteres"},
+      {"supervisor --agregar ANA", 1, "Falta el PIN nuevo en la entrada estándar"},
+      {"supervisor --agregar ANA", 2, "El PIN debe tener al menos 4 caracteres", "246\n"},
+      {"cajero --agregar PEDRO --quitar", 2, "Uso: caja cajero"},
       {"salida --pago efe=0.0000 --motivo x", 2, "--pago EFE=0 no mueve nada"},
   };
   const std::string antes = huella(*db);
   for (const Caso& c : casos) {
     SCOPED_TRACE(c.argumentos);
-    const Resultado r = correr(c.argumentos);
+    const Resultado r = correr(c.argumentos, c.entrada);
     EXPECT_EQ(r.estado, c.estado);
     EXPECT_NE(r.errores.find(c.dice), std::string::npos) << r.errores;
     EXPECT_EQ(std::count(r.errores.begin(), r.errores.end(), '\n'), 1) << r.errores;
@@ -270,24 +278,33 @@ TEST_P(CajaProceso, SplitChangeMovesTheDrawerByExactlyWhatLeftIt) {
 
 // A day: a float of 200 Bs. and 10 USD; 116.00 paid with 120 Bs. (4 back);
 // 70.00 paid with 2 USD (73.00; IGTF 3% of 73.00 capped at 3% of the sale,
-// 2.10; 0.90 Bs. back); 58.00 refunded in cash; 100 Bs. and 5 USD taken out.
-// The drawer ends with 157.10 Bs. and 7 USD, and the closing shows each
-// kind's part.
+// 2.10; 0.90 Bs. back); 58.00 refunded in cash; 100 Bs. and 5 USD taken out,
+// each approved by the supervisor. The drawer ends with 157.10 Bs. and
+// 7 USD, and the closing shows each kind's part. No method's drawer, a
+// card's either, goes below zero.
 TEST_P(CajaProceso, ARefundAFloatAndWithdrawalsCloseWithTheAmountsCountedByHand) {
+  ASSERT_EQ(correr("supervisor --agregar ANA", "2468\n").estado, 0);
+  const std::string ana = " --autoriza ANA";
   const std::vector<std::string> dia = {
       "entrada --pago EFE=200 --pago usd=10 --motivo Fondo",
       "cobrar --venta 100 --iva 16 --pago EFE=120 --documento FAC:1 --aceptar",
       "cobrar --venta 70 --pago USD=2 --aceptar",
-      "devolver --monto 50 --iva 8 --pago EFE=58 --documento FAC:1 --aceptar",
-      "salida --pago EFE=100 --motivo \"Caja fuerte\"",
-      "salida --pago USD=5 --motivo Proveedor",
+      "devolver --monto 50 --iva 8 --pago EFE=58 --documento FAC:1 --aceptar" + ana,
+      "salida --pago EFE=100 --motivo \"Caja fuerte\"" + ana,
+      "salida --pago USD=5 --motivo Proveedor" + ana,
   };
   for (const auto& paso : dia)
-    ASSERT_EQ(correr(paso).estado, 0) << paso;
-  espera("salida --pago USD=7.01 --motivo Banco", 1, "En la caja hay 7.00 de USD");
-  espera("devolver --monto 200 --pago EFE=200 --aceptar", 1, "no alcanza para entregar 200.00");
-  espera("devolver --monto 5 --pago EFE=4 --aceptar", 1, "sumar exactamente");
+    ASSERT_EQ(correr(paso, "2468\n").estado, 0) << paso;
+  espera("salida --pago USD=7.01 --motivo Banco" + ana, 1, "En la caja hay 7.00 de USD", "2468\n");
+  espera("devolver --monto 200 --pago EFE=200 --aceptar" + ana, 1,
+         "no alcanza para entregar 200.00", "2468\n");
+  espera("devolver --monto 5 --pago TDC=5 --aceptar" + ana, 1, "En la caja hay 0.00 de TDC",
+         "2468\n");
+  espera("devolver --monto 5 --pago EFE=4 --aceptar" + ana, 1, "sumar exactamente", "2468\n");
   EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja"), 6);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM hostAuditoria WHERE Aprobador = 'ANA' AND TransID IN "
+                   "(4, 5, 6)"),
+            3);
   EXPECT_EQ(monto("SELECT Creditos FROM MovimientosCaja WHERE TransID = 4 AND TipoDocumento = "
                   "'FAC' AND NumeroDocumento = 1"),
             cur("58"));
@@ -308,51 +325,133 @@ TEST_P(CajaProceso, ARefundAFloatAndWithdrawalsCloseWithTheAmountsCountedByHand)
     EXPECT_NE(cierre.salida.find(parte), std::string::npos) << parte << "\n" << cierre.salida;
 }
 
+// Voids, refunds and withdrawals save nothing without a supervisor of enough
+// level and the right PIN; five wrong PINs in a row lock the supervisor. The
+// trail holds every act and failed PIN, verifies, and names the row changed
+// or deleted behind the program's back.
+TEST_P(CajaProceso, ApprovalIsRequiredAndTheTrailNamesTheRowTamperedWith) {
+  for (const char* venta : {"cobrar --venta 100 --pago EFE=100 --aceptar",
+                            "cobrar --venta 30 --pago EFE=30 --aceptar"})
+    ASSERT_EQ(correr(venta).estado, 0);
+  ASSERT_EQ(correr("supervisor --agregar ANA", "2468\n").estado, 0);
+  espera("supervisor --agregar LUIS --nivel 3 --autoriza ANA", 0, "registrado", "2468\n1357\n");
+  const std::vector<std::string> actos = {"anular 2",
+                                          "devolver --monto 10 --pago EFE=10 --aceptar",
+                                          "salida --pago EFE=10 --motivo Banco"};
+  for (const auto& acto : actos) {
+    espera(acto, 1, "hace falta la autorización de un supervisor: --autoriza NOMBRE");
+    espera(acto + " --autoriza LUIS", 1, "LUIS (nivel 3) no puede autorizar", "1357\n");
+    espera(acto + " --autoriza ANA", 1, "PIN incorrecto del supervisor ANA", "2467\n");
+    espera(acto + " --autoriza PEPE", 1, "No hay ningún supervisor llamado PEPE", "2468\n");
+  }
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja"), 2);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM hostAnulaciones"), 0);
+  EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("130"));
+  for (const auto& acto : actos)
+    ASSERT_EQ(correr(acto + " --autoriza ANA", "2468\n").estado, 0) << acto;
+  EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("80"));
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM hostAuditoria WHERE Aprobador = 'ANA' AND Cajero = "
+                   "'CAJERO' AND TransID IN (2, 3, 4)"),
+            3);
+
+  const std::string salida = "salida --pago EFE=1 --motivo Banco --autoriza ANA";
+  for (int i = 1; i <= 4; ++i)
+    espera(salida, 1, "PIN incorrecto del supervisor ANA", "0000\n");
+  espera(salida, 1, "5 seguidos, el supervisor ANA queda bloqueado hasta", "0000\n");
+  espera(salida, 1, "El supervisor ANA está bloqueado hasta", "2468\n");
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja"), 4);
+
+  // Rows: two supervisors, three wrong PINs, three acts, five wrong PINs
+  // and the lock.
+  espera("auditoria --verificar", 0, "La auditoría está íntegra: 14 filas");
+  const auto filas =
+      QJsonDocument::fromJson(QByteArray::fromStdString(correr("auditoria --json").salida));
+  ASSERT_TRUE(filas.isArray());
+  EXPECT_EQ(filas[5]["accion"].toString(), "anulacion");
+  EXPECT_EQ(filas[5]["movimiento"].toInt(), 2);
+  EXPECT_EQ(filas[5]["monto"].toInt(), 30);
+  EXPECT_EQ(filas[6]["detalle"].toString(), "EFE=-10");
+  EXPECT_EQ(filas[13]["accion"].toString(), "bloqueo");
+  EXPECT_EQ(filas[13]["hashPrevio"], filas[12]["hash"]);
+  espera("auditoria --csv", 0,
+         "fila,fecha,maquina,cajero,aprobador,accion,detalle,movimiento,monto,hashPrevio,hash\r\n");
+
+  db->ExecuteSQL("UPDATE hostAuditoria SET Detalle = 'EFE=-1' WHERE id = 7");
+  espera("auditoria --verificar", 1, "la fila 7 fue cambiada");
+  db->ExecuteSQL("UPDATE hostAuditoria SET Detalle = 'EFE=-10' WHERE id = 7");
+  espera("auditoria --verificar", 0, "14 filas");
+  db->ExecuteSQL("DELETE FROM hostAuditoria WHERE id = 9");
+  espera("auditoria --verificar", 1, "la fila 9 falta");
+}
+
 CAJA_EN_CADA_MOTOR(CajaProceso);
 
 // A till's day from a database made without --demo.
 class JornadaCaja : public ProcesoCaja {};
 
+// The cashier ANA signs in with her PIN; the supervisor JEFE approves her
+// registration, the void and a closing that is short.
 TEST_P(JornadaCaja, OpenSellListVoidAndCloseExactly) {
   ASSERT_EQ(correr("init").estado, 0);
   espera("cobrar --venta 100 --pago EFE=100 --aceptar", 1, "caja sesion abrir");
-  espera("sesion abrir --maquina 1 --operador ANA", 0, "1\n");
-  espera("cobrar --venta 100 --pago EFE=100 --aceptar", 1, "caja tasa VALOR");
+  ASSERT_EQ(correr("supervisor --agregar JEFE --nivel 7", "9753\n").estado, 0);
+  espera("cajero --agregar ANA --autoriza JEFE", 1, "PIN incorrecto del supervisor JEFE",
+         "9999\n1357\n");
+  espera("cajero --agregar ANA --autoriza JEFE", 0, "Cajero ANA registrado", "9753\n1357\n");
+  espera("sesion abrir --maquina 1", 2, "indique --operador NOMBRE y su PIN");
+  espera("sesion abrir --maquina 1 --operador ANA", 1, "PIN incorrecto del cajero ANA", "1111\n");
+  espera("sesion abrir --maquina 1 --operador PEPE", 1, "No hay ningún cajero llamado PEPE",
+         "1357\n");
+  espera("sesion abrir --maquina 1 --operador ana", 0, "1\n", "1357\n");
+  espera("cobrar --venta 100 --pago EFE=100 --operador ANA --aceptar", 1, "caja tasa VALOR",
+         "1357\n");
   ASSERT_EQ(correr("tasa 36.5").estado, 0);
 
   const std::string venta = " --sesion 1 --operador ANA --aceptar";
-  ASSERT_EQ(correr("cobrar --venta 100 --iva 16 --pago EFE=120 --documento FAC:1" + venta).estado,
-            0);
+  const std::string pin = "1357\n", conJefe = "1357\n9753\n";
   ASSERT_EQ(
-      correr("cobrar --venta 50 --pago efe=50 --documento FAC:2 --entidad C=LI:X" + venta).estado,
-      0);
+      correr("cobrar --venta 100 --iva 16 --pago EFE=120 --documento FAC:1" + venta, pin).estado, 0);
+  ASSERT_EQ(correr("cobrar --venta 50 --pago efe=50 --documento FAC:2 --entidad C=LI:X" + venta, pin)
+                .estado,
+            0);
   EXPECT_EQ(CStr(db->ReadScalar("SELECT TipoEntidad || '|' || CodigoEntidad FROM "
                                 "MovimientosCaja WHERE TransID = 2")),
             "C=LI|X");
   espera("cobrar --venta 50 --pago EFE=50 --documento FAC:2" + venta, 1,
-         "ya se cobró en el movimiento 2");
+         "ya se cobró en el movimiento 2", pin);
   EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("166"));
   espera("movimientos --csv", 0, ",1,ANA,FAC:1,116,0,0,no,venta\r\n");
   espera("movimientos --csv", 0, "\r\nEFE,166,166\r\nIGTF,0,\r\n");
 
-  ASSERT_EQ(correr("anular 1 --motivo \"cliente \\\"arrepentido\\\"\"").estado, 0);
+  const std::string anular = "anular 1 --operador ANA --autoriza JEFE";
+  espera("anular 1 --operador ANA", 1, "hace falta la autorización de un supervisor", pin);
+  ASSERT_EQ(correr(anular + " --motivo \"cliente \\\"arrepentido\\\"\"", conJefe).estado, 0);
   EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("50"));
-  EXPECT_EQ(correr("anular 1").estado, 1);
+  espera(anular, 1, "ya fue anulado", conJefe);
   const Resultado json = correr("movimientos --json");
   const auto doc = QJsonDocument::fromJson(QByteArray::fromStdString(json.salida));
   ASSERT_TRUE(doc.isObject()) << json.salida;
   EXPECT_TRUE(doc["movimientos"][0]["anulado"].toBool());
   EXPECT_EQ(doc["totales"][0]["montoMN"].toInt(), 50);
   // A voided charge does not hold its document.
-  EXPECT_EQ(correr("cobrar --venta 100 --iva 16 --pago EFE=116 --documento FAC:1" + venta).estado,
-            0);
+  EXPECT_EQ(
+      correr("cobrar --venta 100 --iva 16 --pago EFE=116 --documento FAC:1" + venta, pin).estado,
+      0);
 
-  espera("cierre --maquina 1 --contado EFE=164.5 --operador ANA --json", 0,
+  const std::string cierre = "cierre --maquina 1 --contado EFE=164.5 --operador ANA --json";
+  espera(cierre, 1, "Para cerrar la caja con una diferencia de 1.5 hace falta", pin);
+  espera(cierre + " --autoriza JEFE", 0,
          "\"esperadoMN\":166,\"esperadoNominal\":166,\"tipoCambio\":1,\"contado\":164.5,"
-         "\"diferencia\":-1.5}");
+         "\"diferencia\":-1.5}",
+         conJefe);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja WHERE Operador = 'ANA'"), 3);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM hostAuditoria WHERE Cajero = 'ANA' AND Aprobador = "
+                   "'JEFE' AND ((Accion = 'anulacion' AND TransID = 1 AND Monto = 116) OR "
+                   "(Accion = 'cierre' AND Monto = -1.5))"),
+            2);
   espera("cierres", 0, "-1.50");
   ASSERT_EQ(correr("sesion cerrar --sesion 1").estado, 0);
-  espera("cobrar --venta 10 --pago EFE=10 --sesion 1 --aceptar", 1, "La sesión 1 está cerrada");
+  espera("cobrar --venta 10 --pago EFE=10" + venta, 1, "La sesión 1 está cerrada", pin);
 }
 
 // A mistyped file is never created by a command that reads, nor is the
