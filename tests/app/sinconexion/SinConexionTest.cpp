@@ -27,6 +27,7 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
     if (!db || !std::getenv("PGVERSION"))
       GTEST_SKIP() << "sin servidor PostgreSQL de prueba bajo pg_virtualenv";
     ASSERT_EQ(caja(1, "init --demo"), 0);
+    ASSERT_EQ(caja(1, "supervisor --agregar ANA", "2468"), 0);
     for (int maquina = 2; maquina <= 4; ++maquina)
       ASSERT_EQ(caja(maquina, "sesion abrir --maquina " + std::to_string(maquina)), 0);
   }
@@ -46,8 +47,11 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
            " " + CAJA_BIN + " " + argumentos + " --db '" + destino() + "'";
   }
 
-  int caja(int maquina, const std::string& argumentos) const {
-    const std::string cmd = linea(maquina, argumentos) + " >/dev/null 2>&1 </dev/null";
+  // `pin`, when given, is the one line the command reads.
+  int caja(int maquina, const std::string& argumentos, const std::string& pin = "") const {
+    const std::string entrada = pin.empty() ? " </dev/null" : "";
+    const std::string cmd = (pin.empty() ? "" : "echo " + pin + " | ") + linea(maquina, argumentos) +
+                            " >/dev/null 2>&1" + entrada;
     return WEXITSTATUS(std::system(cmd.c_str()));
   }
 
@@ -95,7 +99,8 @@ TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
       EXPECT_NE(salida(1, "saldo --json").find("\"medio\":\"EFE\",\"valorMN\":630,"),
                 std::string::npos)
           << salida(1, "saldo --json");
-      ASSERT_EQ(caja(1, "salida --pago EFE=600 --motivo Banco --sesion 1"), 0);
+      ASSERT_EQ(caja(1, "salida --pago EFE=600 --motivo Banco --sesion 1 --autoriza ANA", "2468"),
+                0);
       servidor("start");
     }
     for (int maquina = 1; maquina <= 4; ++maquina)
