@@ -9,6 +9,7 @@
 #include "app/Autorizacion.h"
 #include "app/Demo.h"
 #include "app/Diario.h"
+#include "app/Roles.h"
 #include "app/Salida.h"
 #include "app/Supervisores.h"
 #include "caja/base/Conversiones.h"
@@ -478,9 +479,31 @@ const std::string& clave(Contexto& c) {
   return c.args.posicionales().front();
 }
 
+// The server's roles: their SQL shown, or run in one transaction.
+int roles(Contexto& c) {
+  if (!c.conServidor)
+    throw ErrorUso("Los roles son de un servidor: --db postgresql://...");
+  const auto sentencias = sentenciasDeRoles();
+  if (c.args.bandera("mostrar-roles")) {
+    for (const auto& s : sentencias)
+      c.out << s << ";\n";
+    return kExito;
+  }
+  c.db->EnTransaccion([&] {
+    for (const auto& s : sentencias)
+      c.db->ExecuteSQL(s);
+  });
+  salida(c).mensaje(
+      "Roles caja_caja (las cajas) y caja_admin (el administrador) listos: déselos a cada "
+      "usuario con GRANT caja_caja TO USUARIO");
+  return kExito;
+}
+
 int init(Contexto& c) {
   if (c.args.bandera("demo"))
     crearDemo(*c.db);
+  if (c.args.bandera("roles") || c.args.bandera("mostrar-roles"))
+    return roles(c);
   salida(c).mensaje("Base de datos lista");
   return kExito;
 }
@@ -748,10 +771,12 @@ struct Comando {
 const std::vector<Comando>& comandos() {
   static const std::vector<Comando> lista = {
       {{"init",
-        "[--demo]",
+        "[--demo] [--roles | --mostrar-roles]",
         "crea la base de datos; con --demo, catálogo, sesión 1 en la máquina 1, tasa 36.50 y "
         "empresa de ejemplo",
-        {{"demo", nullptr, "datos de demostración"}}},
+        {{"demo", nullptr, "datos de demostración"},
+         {"roles", nullptr, "en un servidor, crea los roles caja_caja y caja_admin"},
+         {"mostrar-roles", nullptr, "muestra el SQL de esos roles sin ejecutarlo"}}},
        init},
       {{"tasa", "[VALOR]", "muestra o fija la tasa de cambio de la caja", {}, 0, 1}, tasa},
       {{"sesion",

@@ -125,7 +125,17 @@ void abrir(Contexto& c) {
     prepararDiario(c);
 }
 
+// A password on the command line is there for every local user to read.
+void rechazarContrasena(const LineaComandos& args) {
+  const auto db = args.valor("db");
+  if (db && PostgresFactoria::EsUri(*db) && PostgresFactoria::LlevaContrasena(*db))
+    throw ErrorUso(
+        "La contraseña del servidor no va en --db, donde cualquier usuario de la máquina la lee: "
+        "póngala en el archivo de contraseñas (~/.pgpass o PGPASSFILE)");
+}
+
 int ejecutar(const LineaComandos& args, bool conPantalla) {
+  rechazarContrasena(args);
   Contexto contexto{args, nullptr, std::cout, conPantalla, false, false, nullptr};
   abrir(contexto);
   const auto& db = contexto.db;

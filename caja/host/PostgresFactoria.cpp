@@ -53,7 +53,10 @@ std::string primeraLinea(const std::string& texto) {
 }
 
 // The URI as it may be shown: without its password.
-std::string uriVisible(const std::string& uri) {
+std::string uriVisible(std::string uri) {
+  if (const auto consulta = uri.find('?');
+      consulta != std::string::npos && uri.find("password", consulta) != std::string::npos)
+    uri.erase(consulta);
   const auto esquema = uri.find("://");
   const auto arroba = uri.find('@');
   if (esquema == std::string::npos || arroba == std::string::npos)
@@ -227,6 +230,15 @@ class PostgresFactoria::Resultado {
 
 bool PostgresFactoria::EsUri(const std::string& texto) {
   return texto.rfind("postgresql://", 0) == 0 || texto.rfind("postgres://", 0) == 0;
+}
+
+bool PostgresFactoria::LlevaContrasena(const std::string& uri) {
+  PQconninfoOption* opciones = PQconninfoParse(uri.c_str(), nullptr);
+  bool lleva = false;
+  for (auto* o = opciones; o && o->keyword; ++o)
+    lleva = lleva || (std::string_view(o->keyword) == "password" && o->val && *o->val);
+  PQconninfoFree(opciones);
+  return lleva;
 }
 
 std::shared_ptr<PostgresFactoria> PostgresFactoria::Conectar(const std::string& uri) {

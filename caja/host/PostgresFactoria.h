@@ -27,6 +27,8 @@ class CAJA_EXPORT PostgresFactoria : public HostSql {
   static std::shared_ptr<PostgresFactoria> Conectar(const std::string& uri);
   // Whether `texto` names a server rather than a file.
   static bool EsUri(const std::string& texto);
+  // Whether the URI carries a password (after the user, or as ?password=).
+  static bool LlevaContrasena(const std::string& uri);
   ~PostgresFactoria() override;
   PostgresFactoria(const PostgresFactoria&) = delete;
   PostgresFactoria& operator=(const PostgresFactoria&) = delete;

@@ -50,8 +50,8 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
   // `pin`, when given, is the one line the command reads.
   int caja(int maquina, const std::string& argumentos, const std::string& pin = "") const {
     const std::string entrada = pin.empty() ? " </dev/null" : "";
-    const std::string cmd = (pin.empty() ? "" : "echo " + pin + " | ") + linea(maquina, argumentos) +
-                            " >/dev/null 2>&1" + entrada;
+    const std::string cmd = (pin.empty() ? "" : "echo " + pin + " | ") +
+                            linea(maquina, argumentos) + " >/dev/null 2>&1" + entrada;
     return WEXITSTATUS(std::system(cmd.c_str()));
   }
 
