@@ -187,6 +187,8 @@ std::shared_ptr<CVarelta> cobrarEn(frmVarelta& dialogo, Contexto& c, const Venta
   if (!guion)
     instalarDialogosQt();
   abrir(dialogo, v);
+  if (v.clasificacion == kDevolucion)
+    dialogo.comoDevolucion();
   if (!v.vueltos.empty() && !dialogo.cobro().opciones.dividirVuelto)
     throw ErrorUso(
         "--vuelto necesita que la tienda reparta el vuelto (VueltoDetallado o "
@@ -407,12 +409,10 @@ Alrededor alrededorDeSalida(Contexto& c, std::int32_t sesion, const Venta& v, CV
 
 int devolver(Contexto& c) {
   Venta v = ventaDe(c, "monto");
-  // Given back: the dialog works on the negative amounts, the cashier types
-  // (and the command line gives) what leaves the till per method.
+  // Given back: the dialog works on the negative amounts; the cashier types
+  // (and the command line gives) what leaves the till per method, positive.
   v.venta = -v.venta;
   v.iva = -v.iva;
-  for (auto& p : v.pagos)
-    p.monto = -p.monto;
   v.titulo = c.args.valor("titulo", "Devolución");
   v.clasificacion = kDevolucion;
   const std::int32_t sesionVenta = sesionDeVenta(c);

@@ -154,15 +154,18 @@ void frmVarelta::crearControles() {
 
 void frmVarelta::conectarEntrada(CajaNumerica* caja, std::optional<std::size_t> indice) {
   connect(caja, &CajaNumerica::enfocada, this,
-          [this, indice] { StatusBar1->showMessage(q(cobro_->ayuda(indice))); });
+          [this, indice] { StatusBar1->showMessage(q(ayuda(indice))); });
   connect(caja, &QLineEdit::textEdited, this, protegerSlot([this, caja] { alTeclear(caja); }));
-  connect(caja, &CajaNumerica::espacio, this, [this, indice] {
-    leerEntradas();
-    cobro_->completar(indice);
-    mostrarEntradas();
-    if (!indice)
-      recalcular(true);
-  });
+  connect(caja, &CajaNumerica::espacio, this, protegerSlot([this, indice] {
+            leerEntradas();
+            if (devolucion_)
+              completarDevolucion(indice);
+            else
+              cobro_->completar(indice);
+            mostrarEntradas();
+            if (!indice)
+              recalcular(true);
+          }));
   connect(caja, &CajaNumerica::enter, this, [this] { focusNextChild(); });
   connect(caja, &CajaNumerica::dejada, this, [this, indice] { alDejar(indice); });
 }
@@ -307,15 +310,70 @@ void frmVarelta::showEvent(QShowEvent* evento) {
 }
 
 void frmVarelta::mostrarEntradas() {
-  txEfectivo->setValor(cobro_->efectivo);
+  txEfectivo->setValor(comoSeTeclea(cobro_->efectivo));
   for (std::size_t i = 0; i < txMediosX.size(); ++i)
-    txMediosX[i]->setValor(cobro_->medios[i].valor);
+    txMediosX[i]->setValor(comoSeTeclea(cobro_->medios[i].valor));
 }
 
 void frmVarelta::leerEntradas() {
-  cobro_->efectivo = txEfectivo->valor();
+  cobro_->efectivo = comoSeTeclea(txEfectivo->valor());
   for (std::size_t i = 0; i < txMediosX.size(); ++i)
-    cobro_->medios[i].valor = txMediosX[i]->valor();
+    cobro_->medios[i].valor = comoSeTeclea(txMediosX[i]->valor());
+}
+
+Currency frmVarelta::comoSeTeclea(Currency monto) const {
+  return devolucion_ ? -monto : monto;
+}
+
+std::string frmVarelta::ayuda(std::optional<std::size_t> indice) const {
+  if (!devolucion_)
+    return cobro_->ayuda(indice);
+  return "Introduzca lo que se devuelve en " +
+         (indice ? cobro_->medios.at(*indice).Titulo : std::string("efectivo de curso legal"));
+}
+
+void frmVarelta::comoDevolucion() {
+  devolucion_ = true;
+  // Money the shop pays out has no change: the split and the change window
+  // are for money that comes in.
+  cobro_->opciones.dividirVuelto = false;
+  cobro_->opciones.mostrarVuelto = false;
+  for (QLabel* l : {Label5, lblVuelto, lblVueltoUSD, lblVueltoMixto})
+    l->hide();
+  for (const auto& [nombre, texto] :
+       {std::pair{"Label1", "A devolver:"}, std::pair{"lblConcepto", "Neto a devolver:"}})
+    if (auto* leyenda = Frame1->findChild<QLabel*>(nombre))
+      leyenda->setText(texto);
+  mostrarEntradas();
+  mostrarSinSigno();
+  recalcular(false);
+}
+
+// Space in a refund: the input takes what is still to be handed back, in
+// its method's currency.
+void frmVarelta::completarDevolucion(std::optional<std::size_t> indice) {
+  Currency& entrada = indice ? cobro_->medios.at(*indice).valor : cobro_->efectivo;
+  entrada = Currency{};
+  const Currency falta = cobro_->recalcular().vuelto;
+  const double factor = indice ? cobro_->medios[*indice].Factor : 1.0;
+  if (falta > Currency{} && factor != 0)
+    entrada = -CCur(falta.toDouble() / factor);
+}
+
+// A refund's amounts as what is handed back: the model works on them
+// negative, the cashier reads them positive.
+void frmVarelta::mostrarSinSigno() {
+  if (!devolucion_)
+    return;
+  for (QLabel* l :
+       {lblMontoCompra, lblImpuesto, lblTotal, lblNotasCredito, IGTF, lblNetoMN, lblNetoUSD})
+    l->setText(l->text().remove('-'));
+}
+
+// Complete: a collection once the change is not negative; a refund when
+// what is handed back is exactly what is owed, to the cent.
+bool frmVarelta::completo(Currency vuelto) const {
+  return devolucion_ ? Abs(vuelto) < Currency::fromRaw(100) : CobroVarelta::completo(vuelto);
 }
 
 void frmVarelta::recalcular(bool autoaceptar) {
@@ -330,9 +388,10 @@ void frmVarelta::recalcular(bool autoaceptar) {
   lblVuelto->setText(q(p.lblVuelto));
   lblVueltoUSD->setText(q(p.lblVueltoUSD));
   lblVueltoMixto->setText(q(p.lblVueltoMixto));
+  mostrarSinSigno();
   QWidget* foco = QApplication::focusWidget();
   if (autoaceptar && cobro_->opciones.AutoCierre && isVisible() && !aceptando_ && !autoRechazado_ &&
-      foco != cbCancelar && CobroVarelta::completo(p.vuelto) && foco != cbAceptar)
+      foco != cbCancelar && completo(p.vuelto) && foco != cbAceptar)
     cbAceptar->click();
 }
 
@@ -399,6 +458,7 @@ void frmVarelta::cambiarIVA() {
   cobro_->cambiarIVA(monto);
   lblImpuesto->setText(q(cobro_->textoMonto(monto)));
   lblTotal->setText(q(cobro_->textoMonto(cobro_->neto)));
+  mostrarSinSigno();
   mostrarEntradas();
   recalcular(true);
 }
@@ -424,6 +484,15 @@ std::shared_ptr<CVarelta> frmVarelta::llenar() {
 void frmVarelta::aceptar() {
   if (aceptando_)
     return;
+  if (devolucion_) {
+    leerEntradas();
+    if (!completo(cobro_->recalcular().vuelto)) {
+      hostUtil().MostrarMensaje("Lo entregado debe sumar exactamente el monto de la devolución");
+      autoRechazado_ = true;
+      txEfectivo->setFocus();
+      return;
+    }
+  }
   std::shared_ptr<CVarelta> mov;
   {
     const Bandera enCurso(aceptando_);

@@ -37,6 +37,11 @@ class frmVarelta : public QDialog {
   void preparar(Currency MontoVenta, Currency MontoIVA, Currency MontoCredito);
   // What `Cobrar` does after `preparar`: shows the dialog modally, then the change.
   std::shared_ptr<CVarelta> mostrar();
+  // After `preparar` with negative amounts: the dialog of a refund. It reads
+  // "A devolver", the cashier types (and `teclear` takes) what is handed
+  // back as positive amounts, no change is shown, and it accepts only what
+  // adds up exactly to the refund.
+  void comoDevolucion();
 
   // The tax-change event: amount and cancel flag, both changeable by the listener.
   std::function<void(Currency& monto, bool& cancelar)> Aplicar2602;
@@ -89,6 +94,12 @@ class frmVarelta : public QDialog {
   void resaltarVuelto();
   void mostrarEntradas();
   void leerEntradas();
+  // An input's amount as the model keeps it and back: negated in a refund.
+  Currency comoSeTeclea(Currency monto) const;
+  std::string ayuda(std::optional<std::size_t> indice) const;
+  void mostrarSinSigno();
+  void completarDevolucion(std::optional<std::size_t> indice);
+  bool completo(Currency vuelto) const;
   // Refreshes the labels; `autoaceptar` lets a complete amount accept the dialog.
   void recalcular(bool autoaceptar);
   void alTeclear(CajaNumerica* caja);
@@ -106,6 +117,7 @@ class frmVarelta : public QDialog {
   bool recalculando_ = false;
   bool activado_ = false;
   bool aceptando_ = false;
+  bool devolucion_ = false;
   // A refused acceptance is not retried by itself until the cashier types again.
   bool autoRechazado_ = false;
 

@@ -90,9 +90,12 @@ class Dialogo : public ::testing::Test, protected test::ConBase {
   void ajuste(const char* clave, const char* valor, const char* seccion = "frmVarelta") {
     entorno.settings->SaveSetting("ZOR", seccion, clave, valor);
   }
-  std::unique_ptr<frmVarelta> abrir(const char* venta, const char* iva, const char* credito = "0") {
+  std::unique_ptr<frmVarelta> abrir(const char* venta, const char* iva, const char* credito = "0",
+                                    bool devolucion = false) {
     auto f = std::make_unique<frmVarelta>();
     f->preparar(cur(venta), cur(iva), cur(credito));
+    if (devolucion)
+      f->comoDevolucion();
     f->show();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(f.get()));
     return f;
@@ -244,6 +247,46 @@ TEST_F(Dialogo, ForeignCashBearsIgtfShowsTheChangeAndSpaceCompletes) {
   QTest::keyClick(sinTasa, Qt::Key_Space);
   EXPECT_EQ(sinTasa->text(), "0.00");
   EXPECT_TRUE(entorno.util->mensajes.empty());
+}
+
+// A refund reads as one: what is handed back is typed and shown positive,
+// nothing says change, and only the exact amount is accepted.
+TEST_F(Dialogo, ARefundReadsAsOneAndAcceptsOnlyTheExactAmount) {
+  ajuste("AutoCierre", "1");
+  auto f = abrir("-40", "0", "0", true);
+  EXPECT_EQ(texto(*f, "Label1"), "A devolver:");
+  EXPECT_EQ(texto(*f, "lblConcepto"), "Neto a devolver:");
+  EXPECT_EQ(texto(*f, "lblMontoCompra"), "40.00");
+  EXPECT_EQ(texto(*f, "lblNetoMN"), "40.00");
+  for (const char* vuelto : {"Label5", "lblVuelto", "lblVueltoUSD", "lblVueltoMixto"})
+    EXPECT_FALSE(hijo<QLabel>(*f, vuelto)->isVisible()) << vuelto;
+  auto* efectivo = hijo<CajaNumerica>(*f, "txEfectivo");
+  efectivo->setFocus();
+  EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(),
+            "Introduzca lo que se devuelve en efectivo de curso legal");
+  for (const char* corto : {"30", "50"}) {
+    teclear(*f, "txEfectivo", corto);
+    QTest::keyClick(efectivo, Qt::Key_Return);
+    EXPECT_EQ(f->resultado(), nullptr) << corto;
+  }
+  hijo<QPushButton>(*f, "cbAceptar")->click();
+  EXPECT_EQ(
+      entorno.util->mensajes,
+      std::vector<std::string>{"Lo entregado debe sumar exactamente el monto de la devolución"});
+  teclear(*f, "txEfectivo", "40");
+  QTest::keyClick(efectivo, Qt::Key_Return);
+  ASSERT_NE(f->resultado(), nullptr);
+  EXPECT_EQ(f->resultado()->colDetalles->Item(1)->Monto, cur("-40"));
+  EXPECT_EQ(f->resultado()->Creditos, cur("40"));
+  EXPECT_TRUE(f->resultado()->Vuelto.isZero());
+  // Space fills in what is still to be handed back.
+  f = abrir("-40", "-6.4", "0", true);
+  efectivo = hijo<CajaNumerica>(*f, "txEfectivo");
+  efectivo->setFocus();
+  QTest::keyClick(efectivo, Qt::Key_Space);
+  EXPECT_EQ(efectivo->text(), "46.40");
+  ASSERT_NE(f->resultado(), nullptr);
+  EXPECT_EQ(f->resultado()->Creditos, cur("46.4"));
 }
 
 // The detail dialog's amount becomes the input's.
@@ -861,6 +904,19 @@ TEST_F(Mono, CollectionDialogSurvivesRandomKeys) {
         teclasPorDialogo());
     EXPECT_GT(aceptados, 0) << "VueltoDetallado=" << dividido;
   }
+}
+
+TEST_F(Mono, RefundDialogSurvivesRandomKeys) {
+  ajuste("AutoCierre", "1");
+  aporrear(
+      [] {
+        auto* f = new frmVarelta;
+        f->preparar(cur("-120.5"), cur("-19.28"), cur("0"));
+        f->comoDevolucion();
+        return f;
+      },
+      teclasPorDialogo());
+  EXPECT_GT(aceptados, 0);
 }
 
 TEST_F(Mono, DetailAndCatalogueDialogsSurviveRandomKeys) {
