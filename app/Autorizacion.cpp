@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <algorithm>
 #include <iostream>
@@ -55,13 +56,15 @@ struct Credencial {
   std::string nombre, pin;
 };
 
-// The small dialog that asks who and their PIN; nothing when cancelled.
-std::optional<Credencial> credencialEnDialogo(const std::string& titulo,
+// The small dialog that asks who and their PIN, saying what for; nothing
+// when cancelled.
+std::optional<Credencial> credencialEnDialogo(const std::string& titulo, const std::string& para,
                                               const std::vector<std::string>& nombres,
                                               const std::string& dado) {
   QDialog dialogo;
   dialogo.setWindowTitle(QString::fromStdString(titulo));
   auto* forma = new QFormLayout(&dialogo);
+  forma->addRow(new QLabel(QString::fromStdString(para), &dialogo));
   auto* nombre = new QComboBox(&dialogo);
   for (const auto& n : nombres)
     nombre->addItem(QString::fromStdString(n));
@@ -71,7 +74,9 @@ std::optional<Credencial> credencialEnDialogo(const std::string& titulo,
   pin->setEchoMode(QLineEdit::Password);
   forma->addRow("Nombre", nombre);
   forma->addRow("PIN", pin);
-  auto* botones = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialogo);
+  auto* botones = new QDialogButtonBox(&dialogo);
+  botones->addButton("&Aceptar", QDialogButtonBox::AcceptRole);
+  botones->addButton("&Cancelar", QDialogButtonBox::RejectRole);
   forma->addRow(botones);
   QObject::connect(botones, &QDialogButtonBox::accepted, &dialogo, &QDialog::accept);
   QObject::connect(botones, &QDialogButtonBox::rejected, &dialogo, &QDialog::reject);
@@ -83,9 +88,10 @@ std::optional<Credencial> credencialEnDialogo(const std::string& titulo,
 
 // Who and their PIN: the dialog with a screen, else the name given and a
 // line of standard input.
-Credencial credencial(Contexto& c, Rol rol, const std::string& titulo, const std::string& dado) {
+Credencial credencial(Contexto& c, Rol rol, const std::string& titulo, const std::string& para,
+                      const std::string& dado) {
   if (c.conPantalla) {
-    const auto dicha = credencialEnDialogo(titulo, nombresDe(*c.db, rol), dado);
+    const auto dicha = credencialEnDialogo(titulo, para, nombresDe(*c.db, rol), dado);
     if (!dicha)
       throw Rechazo(titulo + ": cancelado, nada se guardó");
     return *dicha;
@@ -162,7 +168,10 @@ std::string cajeroDe(Contexto& c) {
     return dado.value_or("CAJERO");
   if (!dado && !c.conPantalla)
     throw ErrorUso("La tienda tiene cajeros registrados: indique --operador NOMBRE y su PIN");
-  return verificada(c, Rol::Cajero, credencial(c, Rol::Cajero, "Cajero", dado.value_or(""))).nombre;
+  return verificada(
+             c, Rol::Cajero,
+             credencial(c, Rol::Cajero, "Cajero", "¿Quién atiende la caja?", dado.value_or("")))
+      .nombre;
 }
 
 bool haySupervisores(Contexto& c) {
@@ -179,8 +188,11 @@ std::string aprobacion(Contexto& c, const std::string& que, int nivel) {
     throw Rechazo("Para " + que +
                   " hace falta la autorización de un supervisor: --autoriza NOMBRE y su PIN en "
                   "la entrada estándar; nada se guardó");
-  const Persona p = verificada(c, Rol::Supervisor,
-                               credencial(c, Rol::Supervisor, "Autorización", dado.value_or("")));
+  const Persona p =
+      verificada(c, Rol::Supervisor,
+                 credencial(c, Rol::Supervisor, "Autorización",
+                            "Para " + que + " hace falta la autorización de un supervisor",
+                            dado.value_or("")));
   if (p.nivel < nivel)
     throw Rechazo("El supervisor " + p.nombre + " (nivel " + std::to_string(p.nivel) +
                   ") no puede autorizar " + que + ": hace falta nivel " + std::to_string(nivel) +

@@ -418,7 +418,7 @@ int devolver(Contexto& c) {
   const std::int32_t sesionVenta = sesionDeVenta(c);
   exigirTasa(c);
   const std::string aprobador =
-      aprobacionDeSalida(c, "devolver " + (-(v.venta + v.iva)).toMachineText());
+      aprobacionDeSalida(c, "devolver " + Format(Variant(-(v.venta + v.iva)), kFormatoMonto));
   frmVarelta dialogo;
   const auto mov = cobrarEn(dialogo, c, v, nullptr);
   if (!mov)

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "app/Auditoria.h"
 #include "caja/base/Conversiones.h"
 
 namespace caja::app {
@@ -123,7 +124,15 @@ void instalarVerificador(HostSql& db, bool conPantalla) {
       std::cerr << mensaje << " PIN: ";
       std::getline(std::cin, pin);
     }
-    return Variant(nivelDePin(db, pin));
+    const int nivel = nivelDePin(db, pin);
+    // No name is asked here, so no one is locked out; the failure is recorded.
+    if (nivel == 0) {
+      Asiento a;
+      a.accion = "pin fallido";
+      a.detalle = mensaje;
+      anotarAparte(db, a);
+    }
+    return Variant(nivel);
   });
 }
 

@@ -335,10 +335,12 @@ std::string frmVarelta::ayuda(std::optional<std::size_t> indice) const {
 void frmVarelta::comoDevolucion() {
   devolucion_ = true;
   // Money the shop pays out has no change: the split and the change window
-  // are for money that comes in.
+  // are for money that comes in. Where the change was, what is still to be
+  // handed back ("Falta", negative when more was typed).
   cobro_->opciones.dividirVuelto = false;
   cobro_->opciones.mostrarVuelto = false;
-  for (QLabel* l : {Label5, lblVuelto, lblVueltoUSD, lblVueltoMixto})
+  Label5->setText("Falta:");
+  for (QLabel* l : {lblVueltoUSD, lblVueltoMixto})
     l->hide();
   for (const auto& [nombre, texto] :
        {std::pair{"Label1", "A devolver:"}, std::pair{"lblConcepto", "Neto a devolver:"}})

@@ -258,16 +258,23 @@ TEST_F(Dialogo, ARefundReadsAsOneAndAcceptsOnlyTheExactAmount) {
   EXPECT_EQ(texto(*f, "lblConcepto"), "Neto a devolver:");
   EXPECT_EQ(texto(*f, "lblMontoCompra"), "40.00");
   EXPECT_EQ(texto(*f, "lblNetoMN"), "40.00");
-  for (const char* vuelto : {"Label5", "lblVuelto", "lblVueltoUSD", "lblVueltoMixto"})
+  EXPECT_EQ(texto(*f, "Label5"), "Falta:");
+  EXPECT_EQ(texto(*f, "lblVuelto"), "Bs. 40.00");
+  for (const char* vuelto : {"lblVueltoUSD", "lblVueltoMixto"})
     EXPECT_FALSE(hijo<QLabel>(*f, vuelto)->isVisible()) << vuelto;
   auto* efectivo = hijo<CajaNumerica>(*f, "txEfectivo");
   efectivo->setFocus();
   EXPECT_EQ(hijo<QStatusBar>(*f, "StatusBar1")->currentMessage(),
             "Introduzca lo que se devuelve en efectivo de curso legal");
-  for (const char* corto : {"30", "50"}) {
-    teclear(*f, "txEfectivo", corto);
+  const struct {
+    const char* tecleado;
+    const char* porDevolver;
+  } inexactos[] = {{"30", "Bs. 10.00"}, {"50", "-Bs. 10.00"}};
+  for (const auto& [tecleado, porDevolver] : inexactos) {
+    teclear(*f, "txEfectivo", tecleado);
     QTest::keyClick(efectivo, Qt::Key_Return);
-    EXPECT_EQ(f->resultado(), nullptr) << corto;
+    EXPECT_EQ(f->resultado(), nullptr) << tecleado;
+    EXPECT_EQ(texto(*f, "lblVuelto"), porDevolver);
   }
   hijo<QPushButton>(*f, "cbAceptar")->click();
   EXPECT_EQ(
