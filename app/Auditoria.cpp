@@ -33,7 +33,7 @@ std::string hashDe(const Asiento& a) {
   for (const std::string& valor :
        {std::to_string(a.id), a.fecha, std::to_string(a.maquina), a.cajero, a.aprobador, a.accion,
         a.detalle, a.movimiento ? std::to_string(*a.movimiento) : std::string(),
-        a.monto.toMachineText(), a.hashPrevio})
+        a.monto.toMachineText(), a.origen, a.hashPrevio})
     campo(texto, valor);
   unsigned char resumen[crypto_hash_sha256_BYTES];
   crypto_hash_sha256(resumen, reinterpret_cast<const unsigned char*>(texto.data()), texto.size());
@@ -46,23 +46,25 @@ void anotar(HostSql& db, Asiento a) {
   auto ultima = db.openrecordset("SELECT id, Hash FROM hostAuditoria ORDER BY id DESC LIMIT 1");
   a.id = ultima->Eof() ? 1 : CLng(ultima->Fields("id")) + 1;
   a.hashPrevio = ultima->Eof() ? kHashInicial : CStr(ultima->Fields("Hash"));
-  a.fecha = QDateTime::currentDateTime().toString("yyyy-MM-dd HH:mm:ss").toStdString();
+  if (a.fecha.empty())
+    a.fecha = QDateTime::currentDateTime().toString("yyyy-MM-dd HH:mm:ss").toStdString();
   a.hash = hashDe(a);
   db.ExecuteSQL(
       "INSERT INTO hostAuditoria (id, Fecha, MachineID, Cajero, Aprobador, Accion, Detalle, "
-      "TransID, Monto, HashPrevio, Hash) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+      "TransID, Monto, Origen, HashPrevio, Hash) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
       {static_cast<std::int32_t>(a.id), a.fecha, a.maquina, a.cajero, a.aprobador, a.accion,
-       a.detalle, a.movimiento ? Variant(*a.movimiento) : Variant::Null(), a.monto, a.hashPrevio,
-       a.hash});
+       a.detalle, a.movimiento ? Variant(*a.movimiento) : Variant::Null(), a.monto, a.origen,
+       a.hashPrevio, a.hash});
 }
 
 void anotarAparte(HostSql& db, const Asiento& a) {
   db.EnTransaccion([&] { anotar(db, a); });
 }
 
-std::vector<Asiento> asientos(HostSql& db) {
+std::vector<Asiento> asientos(HostSql& db, std::int64_t despuesDe) {
   std::vector<Asiento> lista;
-  auto rs = db.openrecordset("SELECT * FROM hostAuditoria ORDER BY id");
+  auto rs = db.openrecordset("SELECT * FROM hostAuditoria WHERE id > ? ORDER BY id",
+                             {static_cast<std::int32_t>(despuesDe)});
   for (; !rs->Eof(); rs->MoveNext()) {
     const Variant mov = rs->Fields("TransID");
     lista.push_back(
@@ -71,7 +73,8 @@ std::vector<Asiento> asientos(HostSql& db) {
          CStr(rs->Fields("Aprobador")), CStr(rs->Fields("Accion")), CStr(rs->Fields("Detalle")),
          mov.isNull() ? std::nullopt
                       : std::optional<std::int32_t>(static_cast<std::int32_t>(CLng(mov))),
-         NzMoneda(rs->Fields("Monto")), CStr(rs->Fields("HashPrevio")), CStr(rs->Fields("Hash"))});
+         NzMoneda(rs->Fields("Monto")), CStr(rs->Fields("Origen")), CStr(rs->Fields("HashPrevio")),
+         CStr(rs->Fields("Hash"))});
   }
   return lista;
 }

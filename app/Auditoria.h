@@ -20,6 +20,9 @@ struct Asiento {
   std::string cajero, aprobador, accion, detalle;
   std::optional<std::int32_t> movimiento;  // the movement it concerns, if any
   Currency monto;
+  // Empty for a row recorded here; for one sent from a till's journal, the
+  // hash the row had there.
+  std::string origen;
   std::string hashPrevio, hash;
 };
 
@@ -32,13 +35,15 @@ std::string hashDe(const Asiento& a);
 
 // Appends the act inside the caller's transaction: the trail's lock is
 // taken, so that two tills never chain onto the same row, and the row is
-// numbered, dated and hashed here.
+// numbered, hashed and dated here (unless it carries its date, as a row
+// sent from a journal does).
 void anotar(HostSql& db, Asiento a);
 // The same in a transaction of its own, for what is recorded even though
 // the act is then refused (a wrong PIN, a lock).
 void anotarAparte(HostSql& db, const Asiento& a);
 
-std::vector<Asiento> asientos(HostSql& db);
+// The rows after row `despuesDe`, in order.
+std::vector<Asiento> asientos(HostSql& db, std::int64_t despuesDe = 0);
 
 // The first row that breaks the chain, or nothing when it holds.
 struct Rotura {

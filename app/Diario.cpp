@@ -6,6 +6,7 @@
 #include <functional>
 #include <iostream>
 
+#include "app/Auditoria.h"
 #include "caja/base/Conversiones.h"
 #include "caja/host/ArchivosPrivados.h"
 #include "caja/host/DialectoSql.h"
@@ -138,6 +139,30 @@ std::int32_t enviar(HostSql& servidor, Guardado& g, const std::string& clave,
   return numero;
 }
 
+// The journal's trail rows the server has not got, in order, each with its
+// movement's number on the server and, as its origin, its hash in the
+// journal, which keeps a row from reaching the server twice. A row whose
+// movement is not on the server yet waits, and those after it.
+void enviarAuditoria(HostSql& servidor, HostSql& diario) {
+  const std::int64_t enviadas =
+      NzLong(diario.ReadScalar("SELECT MAX(id) FROM hostAuditoriaEnviada"));
+  for (Asiento a : asientos(diario, enviadas)) {
+    const auto fila = static_cast<std::int32_t>(a.id);
+    if (a.movimiento) {
+      a.movimiento = numeroEnServidor(diario, *a.movimiento);
+      if (*a.movimiento <= 0)
+        return;
+    }
+    a.origen = a.hash;
+    servidor.EnTransaccion([&] {
+      if (servidor.ReadScalar("SELECT id FROM hostAuditoria WHERE Origen = ?", {a.origen})
+              .isEmpty())
+        anotar(servidor, a);
+    });
+    diario.ExecuteSQL("INSERT INTO hostAuditoriaEnviada (id) VALUES (?)", {fila});
+  }
+}
+
 }  // namespace
 
 std::filesystem::path carpetaDeDatos(bool crear) {
@@ -218,6 +243,7 @@ Envio sincronizar(const std::shared_ptr<HostSql>& servidor,
     }
   }
   InicializarEntorno(servidor);
+  enviarAuditoria(*servidor, *diario);
   return envio;
 }
 

@@ -201,8 +201,10 @@ const std::vector<Tabla> kTablas = {
      "PRIMARY KEY (Rol, Nombre)"},
     // The audit trail: each row carries the previous row's hash and its own,
     // so that a row changed or removed breaks the chain. Numbered by the
-    // program, one after the other, under a lock. Last of the schema, so
-    // that a database made before it is completed.
+    // program, one after the other, under a lock. A row a till's journal
+    // recorded offline reaches the server with the journal row's hash as its
+    // `Origen`. Last of the schema with the next table, so that a database
+    // made before them is completed.
     {"hostAuditoria",
      {{"id", T::Entero, "PRIMARY KEY"},
       {"Fecha", T::TextoExacto, "NOT NULL"},
@@ -213,9 +215,12 @@ const std::vector<Tabla> kTablas = {
       {"Detalle", T::TextoExacto, "NOT NULL DEFAULT ''"},
       {"TransID", T::Entero, ""},
       {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
+      {"Origen", T::TextoExacto, "NOT NULL DEFAULT ''"},
       {"HashPrevio", T::TextoExacto, "NOT NULL"},
       {"Hash", T::TextoExacto, "NOT NULL"}},
      {}},
+    // In a till's journal: the rows of its trail already on the server.
+    {"hostAuditoriaEnviada", {{"id", T::Entero, "PRIMARY KEY"}}, {}},
 };
 
 const std::vector<Indice> kIndices = {
@@ -231,6 +236,7 @@ const std::vector<Indice> kIndices = {
     {"ixTransaccionEfectivoDetalles", "transaccionEfectivoDetalles", "transID"},
     {"ixCvCajaMachineID", "cvCaja", "MachineID"},
     {"ixCvCajaDetalles", "cvCajaDetalles", "idCec, codigoMedio"},
+    {"ixHostAuditoriaOrigen", "hostAuditoria", "Origen"},
 };
 
 }  // namespace

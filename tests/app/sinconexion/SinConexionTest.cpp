@@ -116,6 +116,15 @@ TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
   }
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 201);
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(DISTINCT Clave) FROM hostClaves")), 201);
+  // The withdrawal approved offline reaches the server's trail once, under
+  // the number the server gave its movement, after the supervisor's row.
+  EXPECT_EQ(CLng(db->ReadScalar(
+                "SELECT COUNT(*) FROM hostAuditoria A INNER JOIN MovimientosCaja M ON M.TransID = "
+                "A.TransID WHERE A.id = 2 AND A.Accion = 'salida' AND A.Aprobador = 'ANA' AND "
+                "A.Origen <> '' AND M.Creditos = 600")),
+            1);
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM hostAuditoria")), 2);
+  EXPECT_NE(salida(1, "auditoria --verificar").find("íntegra: 2 filas"), std::string::npos);
 }
 
 // Tills 1 and 2 charge invoice 77 offline, and session 2 is closed on the
