@@ -46,7 +46,8 @@ class ProcesoCaja : public test::PorMotor {
       entorno = "-u PGPASSWORD PGPASSFILE=" + (carpeta.ruta() / "pgpass").string() + " ";
     }
     return "env -u DISPLAY -u WAYLAND_DISPLAY " + entorno +
-           "XDG_CONFIG_HOME=" + (carpeta.ruta() / "cfg").string() + " " + std::string(CAJA_BIN) +
+           "XDG_CONFIG_HOME=" + (carpeta.ruta() / "cfg").string() +
+           " XDG_DATA_HOME=" + (carpeta.ruta() / "datos").string() + " " + std::string(CAJA_BIN) +
            " " + argumentos + " --db '" + base + "'";
   }
 
@@ -94,6 +95,7 @@ TEST_P(CajaProceso, KilledInTheMiddleOfASaveLeavesNothingHalfWritten) {
     dup2(tubo[1], STDERR_FILENO);
     close(tubo[0]);
     setenv("CAJA_PRUEBA_PAUSA_MS", "20000", 1);
+    setenv("XDG_DATA_HOME", (carpeta.ruta() / "datos").c_str(), 1);
     unsetenv("DISPLAY");
     execl(CAJA_BIN, CAJA_BIN, "cobrar", "--venta", "100", "--pago", "EFE=100", "--aceptar", "--db",
           destino().c_str(), static_cast<char*>(nullptr));
