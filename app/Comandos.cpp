@@ -683,8 +683,7 @@ int cajero(Contexto& c) {
   if (!agregar && !quitar) {
     if (!c.args.posicionales().empty())
       throw ErrorUso("Uso: caja cajero [--agregar NOMBRE | --quitar NOMBRE]");
-    for (const auto& n : nombresDe(*c.db, Rol::Cajero))
-      c.out << n << '\n';
+    salida(c).nombres(nombresDe(*c.db, Rol::Cajero));
     return kExito;
   }
   if (agregar == quitar || c.args.posicionales().empty())

@@ -342,6 +342,18 @@ void Salida::cierres(const std::vector<Cierre>& lista) {
   }
 }
 
+void Salida::nombres(const std::vector<std::string>& lista) {
+  if (!json_) {
+    for (const auto& n : lista)
+      out_ << n << '\n';
+    return;
+  }
+  out_ << "[";
+  for (std::size_t i = 0; i < lista.size(); ++i)
+    out_ << (i ? "," : "") << json(lista[i]);
+  out_ << "]\n";
+}
+
 void Salida::auditoria(const std::vector<Asiento>& filas, bool conCsv) {
   const auto movimiento = [](const Asiento& a) {
     return a.movimiento ? std::to_string(*a.movimiento) : std::string();

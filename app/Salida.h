@@ -61,6 +61,8 @@ class Salida {
   void medios(const std::vector<std::shared_ptr<CMedioPago>>& medios);
   void lineas(const std::string& titulo, Collection<CDetalleIngreso>& lineas);
   void mensaje(const std::string& texto);
+  // A list of names, one a line or a JSON array.
+  void nombres(const std::vector<std::string>& lista);
   void sesion(std::int32_t numero, std::int32_t maquina);
   void sesiones(const std::vector<SesionAbierta>& lista);
   void tasa(double valor);
