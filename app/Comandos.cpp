@@ -9,6 +9,7 @@
 #include "app/Autorizacion.h"
 #include "app/Demo.h"
 #include "app/Diario.h"
+#include "app/Impresos.h"
 #include "app/Roles.h"
 #include "app/Salida.h"
 #include "app/Supervisores.h"
@@ -218,6 +219,8 @@ void anotarVuelto(Contexto& c, const CVarelta& mov, const Vuelto* cambio) {
     c.db->ExecuteSQL(sql, {mov.TransID, "CREDITO", mov.MontoAcreditable, mov.MontoAcreditable});
 }
 
+}  // namespace
+
 std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId) {
   std::vector<MontoMedio> lista;
   auto rs = c.db->openrecordset("SELECT * FROM hostVueltos WHERE TransID = ?", {transId});
@@ -226,6 +229,8 @@ std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId) {
                      NzMoneda(rs->Fields("MontoNominal"))});
   return lista;
 }
+
+namespace {
 
 // What runs around a save inside its transaction: `antes` may refuse before
 // anything is written; `despues` sees the saved movement and the drawers it
@@ -304,6 +309,8 @@ int mostrarGuardado(Contexto& c, std::int32_t transId) {
   CVarelta guardado;
   guardado.load(transId);
   salida(c).movimiento(guardado, vueltoDe(c, transId));
+  if (c.args.bandera("imprimir"))
+    imprimirGuardado(c, transId);
   return kExito;
 }
 
@@ -731,6 +738,11 @@ const Opcion kForzar{"forzar", nullptr, "aunque deje la caja con saldo negativo"
 const Opcion kPagoMovido{"pago", "CODIGO=MONTO", "lo que se mueve de ese medio, en su moneda",
                          true};
 
+const Opcion kImprimir{"imprimir", nullptr,
+                       "imprime el recibo al guardar: en --impresora, o como texto"};
+const Opcion kImpresora{"impresora", "RUTA", "la impresora ESC/POS: un dispositivo o un archivo"};
+const Opcion kAncho{"ancho", "COLUMNAS", "del recibo: 32 (58 mm), 42 o 48 (80 mm); 42 si no"};
+
 const std::vector<Opcion> kOpcionesDevolucion = {
     {"monto", "M", "monto devuelto sin impuesto"},
     {"iva", "I", "impuesto devuelto (por omisión 0)"},
@@ -743,6 +755,9 @@ const std::vector<Opcion> kOpcionesDevolucion = {
     {"aceptar", nullptr, "teclear lo entregado en el diálogo sin mostrarlo y aceptar"},
     kForzar,
     kAutoriza,
+    kImprimir,
+    kImpresora,
+    kAncho,
 };
 
 const std::vector<Opcion> kOpcionesCobro = {
@@ -760,6 +775,9 @@ const std::vector<Opcion> kOpcionesCobro = {
     {"vuelto", "CODIGO=MONTO",
      "vuelto entregado en ese medio (CREDITO: acreditado al cliente); con el vuelto repartido",
      true},
+    kImprimir,
+    kImpresora,
+    kAncho,
 };
 
 struct Comando {
@@ -793,12 +811,26 @@ const std::vector<Comando>& comandos() {
       {{"entrada",
         "--pago CODIGO=MONTO ... [--motivo T]",
         "entrada de efectivo sin venta (el fondo de apertura, por ejemplo)",
-        {kPagoMovido, {"motivo", "T", "por qué entra"}, kOperador, kSesion}},
+        {kPagoMovido,
+         {"motivo", "T", "por qué entra"},
+         kOperador,
+         kSesion,
+         kImprimir,
+         kImpresora,
+         kAncho}},
        entrada},
       {{"salida",
         "--pago CODIGO=MONTO ... --motivo T",
         "salida de efectivo sin venta (a la caja fuerte, un pago a un proveedor)",
-        {kPagoMovido, {"motivo", "T", "por qué sale"}, kOperador, kSesion, kForzar, kAutoriza}},
+        {kPagoMovido,
+         {"motivo", "T", "por qué sale"},
+         kOperador,
+         kSesion,
+         kForzar,
+         kAutoriza,
+         kImprimir,
+         kImpresora,
+         kAncho}},
        salidaDeCaja},
       {{"aparcar",
         "CLAVE --pago CODIGO=MONTO ...",
@@ -821,6 +853,13 @@ const std::vector<Comando>& comandos() {
         0,
         1},
        movimiento},
+      {{"recibo",
+        "NUMERO [--ancho N] [--impresora RUTA] [--pdf ARCHIVO]",
+        "el recibo de un movimiento para papel térmico: texto, ESC/POS o PDF",
+        {kAncho, kImpresora, {"pdf", "ARCHIVO", "el recibo en PDF, del ancho del rollo"}},
+        1,
+        1},
+       recibo},
       {{"movimientos",
         "[--desde FECHA] [--hasta FECHA] [--sesion S] [--operador O] [--csv]",
         "los movimientos, con los totales por medio y el IGTF",
@@ -912,6 +951,9 @@ const std::vector<DefinicionComando>& definicionesComandos() {
 }
 
 int ejecutarComando(Contexto& c) {
+  // A receipt's width is checked before anything is saved.
+  if (c.args.valor("ancho"))
+    columnasRecibo(c);
   for (const auto& comando : comandos())
     if (c.args.comando() == comando.definicion.nombre)
       return comando.ejecutor(c);

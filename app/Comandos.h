@@ -9,6 +9,8 @@
 
 namespace caja::app {
 
+struct MontoMedio;
+
 // Exit statuses of the program.
 inline constexpr int kExito = 0;
 inline constexpr int kRechazado = 1;  // the dialog, the store or the till's state refused
@@ -44,6 +46,9 @@ std::string tipoDe(const std::string& clasificacion);
 const std::vector<DefinicionComando>& definicionesComandos();
 // Runs the command the line names on the open database.
 int ejecutarComando(Contexto& c);
+
+// How a movement's change went back, from the host's own table.
+std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId);
 
 // The till's day: sessions, rate, listings, voiding and closing.
 int sesion(Contexto& c);

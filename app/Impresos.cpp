@@ -1,0 +1,160 @@
+#include "app/Impresos.h"
+
+#include <QFont>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+#include <fstream>
+#include <iostream>
+
+#include "app/Recibo.h"
+#include "app/Salida.h"
+#include "caja/base/Conversiones.h"
+#include "caja/catalog/CMedioPago.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
+
+namespace caja::app {
+
+namespace {
+
+// A method as the customer reads it: the catalogue's title.
+std::string tituloDe(std::string codigo) {
+  const auto medio = ObtenerMedioPago(codigo);
+  if (medio && !medio->Titulo.empty())
+    return medio->Titulo;
+  return codigo == "EFE" ? "Efectivo" : codigo;
+}
+
+PagoRecibo pagoDe(const CDetalleIngreso& linea) {
+  PagoRecibo p;
+  p.medio = tituloDe(linea.medio);
+  p.codigo = linea.medio;
+  p.montoNominal = linea.montoNominal;
+  p.monto = linea.Monto;
+  p.extranjero = linea.montoNominal != linea.Monto && !linea.montoNominal.isZero();
+  if (p.extranjero)
+    p.tasa = textoDeTasa(linea.Monto.toDouble() / linea.montoNominal.toDouble());
+  p.cuenta = linea.NumeroCuenta;
+  p.documento = linea.NumeroDocumento;
+  return p;
+}
+
+DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
+  CVarelta mov;
+  if (!mov.load(numero))
+    throw Rechazo("Movimiento " + std::to_string(numero) + " no encontrado");
+  DatosRecibo d;
+  d.empresa = NzTexto(c.db->ReadScalar("SELECT Nombre FROM hostEmpresa WHERE id = 1"));
+  d.numero = numero;
+  d.maquina =
+      NzLong(c.db->ReadScalar("SELECT machineID FROM MovimientosCaja WHERE TransID = ?", {numero}));
+  d.sesion = mov.Sesion;
+  d.cajero = mov.Operador;
+  if (!mov.TipoDocRel.empty() && mov.NumeroDocRel != 0)
+    d.documento = mov.TipoDocRel + " " + std::to_string(mov.NumeroDocRel);
+  d.tipo = tipoDe(mov.Clasificacion);
+  d.fecha = mov.fecha;
+  d.hora = mov.Hora;
+  d.anulado = !c.db->ReadScalar("SELECT TransID FROM hostAnulaciones WHERE TransID = ?", {numero})
+                   .isEmpty();
+  const auto lineas = mov.detalles();
+  for (const auto& linea : *lineas)
+    d.pagos.push_back(pagoDe(*linea));
+  for (const auto& v : vueltoDe(c, numero)) {
+    d.vuelto.push_back({tituloDe(v.medio), v.medio, v.montoNominal, v.montoMN});
+    d.conEfectivo = d.conEfectivo || v.medio != "CREDITO";
+  }
+  d.igtf = mov.montoIGTF;
+  d.total = mov.Creditos > mov.Debitos ? mov.Creditos : mov.Debitos;
+  d.conEfectivo = d.conEfectivo || mov.detallesEfectivo()->Count() > 0;
+  return d;
+}
+
+}  // namespace
+
+int columnasRecibo(Contexto& c) {
+  const auto ancho = c.args.entero("ancho", 1, 1000).value_or(42);
+  if (!anchoValido(static_cast<int>(ancho)))
+    throw ErrorUso("--ancho es 32 (papel de 58 mm), 42 o 48 (papel de 80 mm)");
+  return static_cast<int>(ancho);
+}
+
+namespace {
+
+void aImpresora(const std::string& ruta, const std::string& bytes) {
+  std::ofstream salida(ruta, std::ios::binary | std::ios::app);
+  salida << bytes;
+  salida.flush();
+  if (!salida)
+    throw Rechazo("No se pudo escribir en la impresora " + ruta);
+}
+
+// The receipt on a page as wide as the roll (58 or 80 mm) and as long as
+// it is, in a monospaced font sized so that the columns fill the width.
+void aPdf(const std::vector<LineaRecibo>& lineas, int ancho, const std::string& archivo) {
+  constexpr double kMargenMm = 3.0, kPuntosPorMm = 72.0 / 25.4, kInterlinea = 1.25;
+  const double papelMm = ancho == 32 ? 58.0 : 80.0;
+  // A monospaced character is 0.6 of the font's size wide.
+  const double puntos = (papelMm - 2 * kMargenMm) * kPuntosPorMm / (ancho * 0.6);
+  const double altoMm =
+      2 * kMargenMm + static_cast<double>(lineas.size() + 1) * puntos * kInterlinea / kPuntosPorMm;
+  QPdfWriter pdf(QString::fromStdString(archivo));
+  pdf.setTitle("Recibo");
+  pdf.setCreator("caja");
+  pdf.setPageSize(QPageSize(QSizeF(papelMm, altoMm), QPageSize::Millimeter));
+  pdf.setPageMargins(QMarginsF(kMargenMm, kMargenMm, kMargenMm, kMargenMm),
+                     QPageLayout::Millimeter);
+  QPainter p;
+  if (!p.begin(&pdf))
+    throw Rechazo("No se pudo escribir el PDF " + archivo);
+  QFont fuente("DejaVu Sans Mono");
+  fuente.setStyleHint(QFont::Monospace);
+  fuente.setPointSizeF(puntos);
+  const double paso = pdf.resolution() * puntos * kInterlinea / 72.0;
+  double y = paso;
+  for (const auto& l : lineas) {
+    fuente.setBold(l.titulo);
+    p.setFont(fuente);
+    p.drawText(QPointF(0, y), QString::fromStdString(l.texto));
+    y += paso;
+  }
+  p.end();
+}
+
+}  // namespace
+
+int recibo(Contexto& c) {
+  const auto numero =
+      static_cast<std::int32_t>(enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32));
+  const int ancho = columnasRecibo(c);
+  const DatosRecibo d = datosRecibo(c, numero);
+  const auto lineas = lineasRecibo(d, ancho);
+  const auto impresora = c.args.valor("impresora");
+  const auto pdf = c.args.valor("pdf");
+  if (impresora)
+    aImpresora(*impresora, escposRecibo(lineas, d.conEfectivo));
+  if (pdf)
+    aPdf(lineas, ancho, *pdf);
+  if (!impresora && !pdf)
+    c.out << textoRecibo(lineas);
+  return kExito;
+}
+
+void imprimirGuardado(Contexto& c, std::int32_t numero) {
+  try {
+    const int ancho = columnasRecibo(c);
+    const DatosRecibo d = datosRecibo(c, numero);
+    const auto lineas = lineasRecibo(d, ancho);
+    if (const auto impresora = c.args.valor("impresora"))
+      aImpresora(*impresora, escposRecibo(lineas, d.conEfectivo));
+    else
+      c.out << textoRecibo(lineas);
+  } catch (const std::exception& e) {
+    std::cerr << "Movimiento " << numero << " guardado; el recibo no se imprimió: " << e.what()
+              << std::endl;
+  }
+}
+
+}  // namespace caja::app
