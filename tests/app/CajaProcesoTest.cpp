@@ -337,6 +337,62 @@ TEST_P(CajaProceso, ARefundAFloatAndWithdrawalsCloseWithTheAmountsCountedByHand)
     EXPECT_NE(cierre.salida.find(parte), std::string::npos) << parte << "\n" << cierre.salida;
 }
 
+// The receipts of a day, read back from their PDF: a split sale, a sale in
+// dollars with IGTF (3% of 70.00, 2.10) and change of 37.40 given as 1 USD
+// and 0.90 Bs., a refund, a float and a voided withdrawal. The drawer opens
+// for the float and not for a sale by card alone.
+TEST_P(CajaProceso, ReceiptsReadBackFromTheirPdfWithTheAmountsCountedByHand) {
+  ajustes("[frmVarelta]\nVueltoDetallado=1\n");
+  ASSERT_EQ(correr("supervisor --agregar ANA", "2468\n").estado, 0);
+  const auto impresora = carpeta.ruta() / "impresora";
+  const std::string ana = " --autoriza ANA",
+                    imprimir = " --imprimir --impresora " + impresora.string();
+  const std::vector<std::string> dia = {
+      "entrada --pago EFE=200 --pago USD=10 --motivo Fondo" + imprimir,
+      "cobrar --venta 100 --iva 16 --pago EFE=16 --pago TDC=100 --documento FAC:1 --aceptar",
+      "cobrar --venta 70 --pago USD=3 --vuelto USD=1 --vuelto EFE=0.9 --documento FAC:2 --aceptar",
+      "devolver --monto 50 --iva 8 --pago EFE=58 --documento FAC:1 --aceptar" + ana,
+      "salida --pago EFE=100 --motivo \"Caja fuerte\"" + ana,
+      "anular 5" + ana,
+  };
+  for (const auto& paso : dia)
+    ASSERT_EQ(correr(paso, "2468\n").estado, 0) << paso;
+  EXPECT_NE(leer(impresora).find("\x1bp"), std::string::npos);
+  std::filesystem::remove(impresora);
+  ASSERT_EQ(correr("cobrar --venta 10 --pago TDC=10 --aceptar" + imprimir).estado, 0);
+  EXPECT_EQ(leer(impresora).find("\x1bp"), std::string::npos);
+  EXPECT_NE(leer(impresora).find("Tarjeta de cr\x82"
+                                 "dito"),
+            std::string::npos);
+  espera("recibo 2 --ancho 40", 2, "--ancho es 32 (papel de 58 mm), 42 o 48");
+
+  const std::map<int, std::vector<const char*>> recibos = {
+      {1,
+       {"ENTRADA DE EFECTIVO", "Efectivo 200.00", "Dólares 365.00", "USD 10.00 x 36.5",
+        "Total ingresado 565.00"}},
+      {2,
+       {"RECIBO DE PAGO", "Documento: FAC 1", "Efectivo 16.00", "Tarjeta de crédito 100.00",
+        "Total 116.00"}},
+      {3,
+       {"Dólares 73.00", "USD 2.00 x 36.5", "Efectivo -0.90", "IGTF 2.10", "Total 72.10",
+        "Vuelto Efectivo 0.90", "Vuelto Dólares 36.50", "USD 1.00"}},
+      {4, {"DEVOLUCIÓN", "Efectivo -58.00", "Total devuelto 58.00"}},
+      {5, {"SALIDA DE EFECTIVO", "*** ANULADO ***", "Total retirado 100.00"}},
+  };
+  for (const auto& [numero, partes] : recibos) {
+    SCOPED_TRACE(numero);
+    const auto pdf = carpeta.ruta() / "recibo.pdf";
+    ASSERT_EQ(
+        correr("recibo " + std::to_string(numero) + " --ancho 32 --pdf " + pdf.string()).estado, 0);
+    const std::string cmd = "pdftotext -layout " + pdf.string() + " - | tr -s ' ' >" +
+                            (carpeta.ruta() / "recibo.txt").string();
+    ASSERT_EQ(std::system(cmd.c_str()), 0);
+    const std::string texto = leer(carpeta.ruta() / "recibo.txt");
+    for (const char* parte : partes)
+      EXPECT_NE(texto.find(parte), std::string::npos) << parte << "\n" << texto;
+  }
+}
+
 // Voids, refunds and withdrawals save nothing without a supervisor of enough
 // level and the right PIN; five wrong PINs in a row lock the supervisor. The
 // trail holds every act and failed PIN, verifies, and names the row changed
