@@ -10,6 +10,7 @@
 #include "app/Demo.h"
 #include "app/Diario.h"
 #include "app/Impresos.h"
+#include "app/Informe.h"
 #include "app/Roles.h"
 #include "app/Salida.h"
 #include "app/Supervisores.h"
@@ -741,6 +742,7 @@ const Opcion kPagoMovido{"pago", "CODIGO=MONTO", "lo que se mueve de ese medio, 
 const Opcion kImprimir{"imprimir", nullptr,
                        "imprime el recibo al guardar: en --impresora, o como texto"};
 const Opcion kImpresora{"impresora", "RUTA", "la impresora ESC/POS: un dispositivo o un archivo"};
+const Opcion kPdf{"pdf", "ARCHIVO", "el informe en PDF"};
 const Opcion kAncho{"ancho", "COLUMNAS", "del recibo: 32 (58 mm), 42 o 48 (80 mm); 42 si no"};
 
 const std::vector<Opcion> kOpcionesDevolucion = {
@@ -886,7 +888,8 @@ const std::vector<Comando>& comandos() {
        pendientesDeEnvio},
       {{"saldo", "[--maquina N]", "el saldo de la caja por medio, con su tasa", {kMaquina}}, saldo},
       {{"cierre",
-        "[--maquina N] [--contado CODIGO=MONTO ...] [--denominaciones CODIGO:VxC,...]",
+        "[--maquina N] [--contado CODIGO=MONTO ...] [--denominaciones CODIGO:VxC,...] "
+        "[--parcial] [--pdf ARCHIVO]",
         "arqueo de cierre: esperado según el saldo, contado y diferencia por medio; queda "
         "registrado",
         {kMaquina,
@@ -894,9 +897,29 @@ const std::vector<Comando>& comandos() {
          kAutoriza,
          {"contado", "CODIGO=MONTO", "lo contado de un medio, en su moneda", true},
          {"denominaciones", "CODIGO:VALORxCANTIDAD,...",
-          "lo contado de un medio por denominaciones", true}}},
+          "lo contado de un medio por denominaciones", true},
+         {"parcial", nullptr, "un arqueo a mitad del turno: no queda registrado"},
+         kPdf}},
        cierre},
-      {{"cierres", "[--maquina N]", "los cierres registrados", {kMaquina}}, cierres},
+      {{"cierres",
+        "[NUMERO [--pdf ARCHIVO]] [--maquina N]",
+        "los cierres registrados, o uno con su informe en PDF",
+        {kMaquina, kPdf},
+        0,
+        1},
+       cierres},
+      {{"informe",
+        "--desde FECHA --hasta FECHA [--maquina N] [--csv | --pdf ARCHIVO | --png ARCHIVO]",
+        "por día: lo vendido por medio, devoluciones, anulaciones, salidas, IGTF y las "
+        "diferencias de los cierres",
+        {{"desde", "AAAA-MM-DD", "desde ese día"},
+         {"hasta", "AAAA-MM-DD", "hasta ese día, inclusive"},
+         {"maquina", "N", "solo esa máquina (por omisión todas)"},
+         {"csv", nullptr, "salida en CSV"},
+         kPdf,
+         {"png", "ARCHIVO", "el gráfico en PNG"},
+         {"tamano", "ANCHOxALTO", "del PNG, en píxeles (por omisión 1200x700)"}}},
+       informe},
       {{"medios",
         "[--editar]",
         "el catálogo de medios de pago",

@@ -9,6 +9,7 @@
 #include "app/Auditoria.h"
 #include "app/Autorizacion.h"
 #include "app/Comandos.h"
+#include "app/Informe.h"
 #include "app/Salida.h"
 #include "caja/base/Conversiones.h"
 #include "caja/base/Texto.h"
@@ -185,8 +186,9 @@ std::vector<MontoMedio> totalesDe(Contexto& c, const Filtro& f, bool porTipo) {
 }
 
 // What was counted per method: amounts given whole, or notes and coins
-// ("EFE:20x3,5x1"); a method counted twice is a mistake of the command line.
-std::map<std::string, Currency> contados(Contexto& c) {
+// ("EFE:20x3,5x1"), kept in `denominaciones`; a method counted twice is a
+// mistake of the command line.
+std::map<std::string, Currency> contados(Contexto& c, std::vector<Denominacion>& denominaciones) {
   std::map<std::string, Currency> lista;
   auto anotar = [&](const std::string& codigo, Currency monto, const char* opcion) {
     if (!lista.emplace(codigoDe(codigo, opcion), monto).second)
@@ -205,8 +207,10 @@ std::map<std::string, Currency> contados(Contexto& c) {
       if (x == std::string::npos)
         throw ErrorUso("Denominación no válida: " + pieza + " (use VALORxCANTIDAD)");
       const Currency valor = montoDe(pieza.substr(0, x), "--denominaciones " + codigo);
-      const auto cantidad = enteroDe(pieza.substr(x + 1), "--denominaciones " + codigo, 0, 32767);
-      total += valor * static_cast<std::int16_t>(cantidad);
+      const auto cantidad = static_cast<std::int16_t>(
+          enteroDe(pieza.substr(x + 1), "--denominaciones " + codigo, 0, 32767));
+      total += valor * cantidad;
+      denominaciones.push_back({codigoDe(codigo, "denominaciones"), valor, cantidad});
     }
     anotar(codigo, total, "denominaciones");
   }
@@ -343,17 +347,14 @@ int anular(Contexto& c) {
   return kExito;
 }
 
-int cierre(Contexto& c) {
-  const std::int32_t m = maquina(c);
-  // What made up the expected amounts: every standing movement of the till.
-  const Filtro deLaMaquina{" AND M.machineID = ?", {m}};
-  const auto contado = contados(c);
-  Cierre registro{
-      0, m, Fecha::now(), cajeroDe(c), lineasDeCierre(m, contado), totalesDe(c, deLaMaquina, true)};
-  const Asiento a = asientoDeCierre(c, registro);
+namespace {
+
+// Records the closing, its count note by note, what made up its expected
+// amounts and its row of the trail, which names it.
+void registrar(Contexto& c, Cierre& registro, Asiento a) {
   c.db->EnTransaccion([&] {
     c.db->ExecuteSQL("INSERT INTO hostCierres (MachineID, Fecha, Operador) VALUES (?, ?, ?)",
-                     {m, registro.fecha, registro.operador});
+                     {registro.maquina, registro.fecha, registro.operador});
     registro.id = CLng(c.db->ReadScalar("SELECT scope_identity()"));
     for (const auto& l : registro.lineas)
       c.db->ExecuteSQL(
@@ -361,34 +362,107 @@ int cierre(Contexto& c) {
           "tipoCambio, contado, diferencia) VALUES (?, ?, ?, ?, ?, ?, ?)",
           {registro.id, l.medio, l.esperadoMN, l.esperadoNominal, l.tipoCambio, l.contado,
            l.diferencia});
+    for (const auto& d : registro.denominaciones)
+      c.db->ExecuteSQL(
+          "INSERT INTO hostCierreDenominaciones (idCierre, codigoMedio, valor, cantidad) "
+          "VALUES (?, ?, ?, ?)",
+          {registro.id, d.medio, d.valor, d.cantidad});
+    for (const auto& t : registro.porTipo)
+      c.db->ExecuteSQL(
+          "INSERT INTO hostCierreTipos (idCierre, tipo, codigoMedio, montoMN, montoNominal) "
+          "VALUES (?, ?, ?, ?, ?)",
+          {registro.id, t.tipo, t.medio, t.montoMN, t.montoNominal});
+    a.detalle = "cierre " + std::to_string(registro.id) + "; " + a.detalle;
     anotar(*c.db, a);
   });
+}
+
+void reportar(Contexto& c, const Cierre& registro) {
+  if (const auto pdf = c.args.valor("pdf"))
+    pdfCierre(c, registro, *pdf);
   salida(c).cierres({registro});
+}
+
+// The closing that is read back: its lines, its count and its make-up, and
+// who approved it, from its row of the trail.
+void completar(Contexto& c, Cierre& cierre) {
+  auto d = c.db->openrecordset(
+      "SELECT * FROM hostCierreDetalles WHERE idCierre = ? ORDER BY codigoMedio", {cierre.id});
+  for (; !d->Eof(); d->MoveNext())
+    cierre.lineas.push_back({NzTexto(d->Fields("codigoMedio")), NzMoneda(d->Fields("esperadoMN")),
+                             NzMoneda(d->Fields("esperadoNominal")),
+                             NzDouble(d->Fields("tipoCambio")), NzMoneda(d->Fields("contado")),
+                             NzMoneda(d->Fields("diferencia"))});
+  auto n = c.db->openrecordset(
+      "SELECT * FROM hostCierreDenominaciones WHERE idCierre = ? ORDER BY codigoMedio, valor DESC",
+      {cierre.id});
+  for (; !n->Eof(); n->MoveNext())
+    cierre.denominaciones.push_back({NzTexto(n->Fields("codigoMedio")),
+                                     NzMoneda(n->Fields("valor")),
+                                     static_cast<std::int16_t>(NzLong(n->Fields("cantidad")))});
+  auto t = c.db->openrecordset(
+      "SELECT * FROM hostCierreTipos WHERE idCierre = ? ORDER BY tipo, codigoMedio", {cierre.id});
+  for (; !t->Eof(); t->MoveNext())
+    cierre.porTipo.push_back({NzTexto(t->Fields("codigoMedio")), NzMoneda(t->Fields("montoMN")),
+                              NzMoneda(t->Fields("montoNominal")), NzTexto(t->Fields("tipo"))});
+  cierre.aprobador = NzTexto(c.db->ReadScalar(
+      "SELECT Aprobador FROM hostAuditoria WHERE Accion = 'cierre' AND Detalle LIKE ?",
+      {"cierre " + std::to_string(cierre.id) + ";%"}));
+}
+
+}  // namespace
+
+int cierre(Contexto& c) {
+  const std::int32_t m = maquina(c);
+  // What made up the expected amounts: every standing movement of the till.
+  const Filtro deLaMaquina{" AND M.machineID = ?", {m}};
+  std::vector<Denominacion> denominaciones;
+  const auto contado = contados(c, denominaciones);
+  Cierre registro{0,
+                  m,
+                  Fecha::now(),
+                  cajeroDe(c),
+                  lineasDeCierre(m, contado),
+                  totalesDe(c, deLaMaquina, true),
+                  denominaciones};
+  // A partial count in the middle of a shift records nothing and needs no one.
+  if (!c.args.bandera("parcial")) {
+    const Asiento a = asientoDeCierre(c, registro);
+    registro.aprobador = a.aprobador;
+    registrar(c, registro, a);
+  }
+  reportar(c, registro);
   return kExito;
 }
 
 int cierres(Contexto& c) {
   std::vector<Cierre> lista;
   const auto m = c.args.entero("maquina", 1, 32767);
-  auto rs = m ? c.db->openrecordset("SELECT * FROM hostCierres WHERE MachineID = ? ORDER BY id",
-                                    {static_cast<std::int32_t>(*m)})
-              : c.db->openrecordset("SELECT * FROM hostCierres ORDER BY id");
+  // One closing by its number, or 0 for all of them.
+  const auto uno = static_cast<std::int32_t>(
+      c.args.posicionales().empty()
+          ? 0
+          : enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32));
+  if (c.args.valor("pdf") && uno == 0)
+    throw ErrorUso("--pdf es de un cierre: caja cierres NUMERO --pdf ARCHIVO");
+  auto rs = uno ? c.db->openrecordset("SELECT * FROM hostCierres WHERE id = ?", {uno})
+            : m ? c.db->openrecordset("SELECT * FROM hostCierres WHERE MachineID = ? ORDER BY id",
+                                      {static_cast<std::int32_t>(*m)})
+                : c.db->openrecordset("SELECT * FROM hostCierres ORDER BY id");
   for (; !rs->Eof(); rs->MoveNext())
     lista.push_back({NzLong(rs->Fields("id")),
                      NzLong(rs->Fields("MachineID")),
                      NzFecha(rs->Fields("Fecha")),
                      NzTexto(rs->Fields("Operador")),
                      {}});
-  for (auto& cierre : lista) {
-    auto d = c.db->openrecordset(
-        "SELECT * FROM hostCierreDetalles WHERE idCierre = ? ORDER BY codigoMedio", {cierre.id});
-    for (; !d->Eof(); d->MoveNext())
-      cierre.lineas.push_back({NzTexto(d->Fields("codigoMedio")), NzMoneda(d->Fields("esperadoMN")),
-                               NzMoneda(d->Fields("esperadoNominal")),
-                               NzDouble(d->Fields("tipoCambio")), NzMoneda(d->Fields("contado")),
-                               NzMoneda(d->Fields("diferencia"))});
-  }
-  salida(c).cierres(lista);
+  if (uno && lista.empty())
+    throw Rechazo("Cierre " + std::to_string(uno) + " no encontrado");
+  for (auto& cierre : lista)
+    completar(c, cierre);
+  if (uno)
+    reportar(c, lista.front());
+  else
+    salida(c).cierres(lista);
   return kExito;
 }
 

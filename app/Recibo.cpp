@@ -9,16 +9,6 @@ namespace caja::app {
 
 namespace {
 
-// Exact to the ten-thousandth the database keeps, never fewer than two
-// decimals: "116.00", "0.0011".
-std::string monto(Currency c) {
-  std::string texto = c.toMachineText();
-  const auto punto = texto.find('.');
-  if (punto == std::string::npos)
-    return texto + ".00";
-  return texto.size() - punto == 2 ? texto + "0" : texto;
-}
-
 // The first `n` characters (not bytes) of a UTF-8 text, and the rest.
 std::pair<std::string, std::string> cortar(const std::string& texto, std::size_t n) {
   std::size_t i = 0;
@@ -60,7 +50,7 @@ class Papel {
   // A caption on the left and an amount on the right; the caption on lines
   // of its own when both do not fit.
   void importe(const std::string& leyenda, Currency c) {
-    const std::string cifra = monto(c);
+    const std::string cifra = montoImpreso(c);
     if (largoUtf8(leyenda) + 1 + cifra.size() > n_) {
       texto(leyenda);
       lineas_.push_back({std::string(n_ - std::min(n_, cifra.size()), ' ') + cifra});
@@ -100,7 +90,7 @@ void pagos(Papel& p, const DatosRecibo& d) {
   for (const auto& pago : d.pagos) {
     p.importe(pago.medio, pago.monto);
     if (pago.extranjero)
-      p.texto("  " + pago.codigo + " " + monto(pago.montoNominal) + " x " + pago.tasa);
+      p.texto("  " + pago.codigo + " " + montoImpreso(pago.montoNominal) + " x " + pago.tasa);
     if (!pago.cuenta.empty())
       p.texto("  Cuenta " + enmascarar(pago.cuenta));
     if (!pago.documento.empty())
@@ -116,7 +106,7 @@ void vuelto(Papel& p, const DatosRecibo& d) {
     }
     p.importe("Vuelto " + v.medio, v.monto);
     if (v.montoNominal != v.monto)
-      p.texto("  " + v.codigo + " " + monto(v.montoNominal));
+      p.texto("  " + v.codigo + " " + montoImpreso(v.montoNominal));
   }
 }
 
@@ -155,6 +145,14 @@ std::string bytes(std::initializer_list<unsigned char> lista) {
 }
 
 }  // namespace
+
+std::string montoImpreso(Currency c) {
+  std::string texto = c.toMachineText();
+  const auto punto = texto.find('.');
+  if (punto == std::string::npos)
+    return texto + ".00";
+  return texto.size() - punto == 2 ? texto + "0" : texto;
+}
 
 bool anchoValido(int columnas) {
   return columnas == 32 || columnas == 42 || columnas == 48;

@@ -49,6 +49,9 @@ bool anchoValido(int columnas);
 
 // The receipt laid out in lines of at most `columnas` characters.
 std::vector<LineaRecibo> lineasRecibo(const DatosRecibo& d, int columnas);
+// An amount as papers print it: exact to the ten-thousandth the database
+// keeps, never fewer than two decimals ("116.00", "0.0011").
+std::string montoImpreso(Currency c);
 // A number masked but its last four characters: "************1234".
 std::string enmascarar(const std::string& numero);
 

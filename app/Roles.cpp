@@ -18,7 +18,8 @@ std::vector<std::string> sentenciasDeRoles() {
   const std::string historia =
       lista({"MovimientosCaja", "DetallesVarelta", "DetallesDenominacion", "subDocsMC",
              "SesionesCerradas", "generalEmisores", "hostLog", "hostVueltos", "hostAnulaciones",
-             "hostCierres", "hostCierreDetalles", "hostClaves", "hostAuditoria"});
+             "hostCierres", "hostCierreDetalles", "hostCierreDenominaciones", "hostCierreTipos",
+             "hostClaves", "hostAuditoria"});
   // A void takes its movement's drawer transaction back, as the component
   // does; the movement, its lines and the void itself stay.
   const std::string transacciones = lista({"transaccionesEfectivo", "transaccionEfectivoDetalles"});

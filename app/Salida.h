@@ -40,14 +40,22 @@ struct LineaCierre {
   Currency contado, diferencia;
 };
 
+// Notes or coins of one value counted in a method.
+struct Denominacion {
+  std::string medio;
+  Currency valor;
+  std::int16_t cantidad;
+};
+
 struct Cierre {
-  std::int32_t id, maquina;
+  std::int32_t id, maquina;  // id 0: a partial count, not recorded
   Fecha fecha;
   std::string operador;
   std::vector<LineaCierre> lineas;
-  // The expected amounts' make-up per kind of movement; empty for closings
-  // read back from the database, which keep the count alone.
+  // The expected amounts' make-up per kind of movement.
   std::vector<MontoMedio> porTipo = {};
+  std::vector<Denominacion> denominaciones = {};
+  std::string aprobador = {};  // who approved its difference, if it needed it
 };
 
 // Prints what the commands show, as text for people or as JSON for scripts.

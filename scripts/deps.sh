@@ -3,7 +3,8 @@
 # Sourced by scripts/test and scripts/demo.
 
 CAJA_PAQUETES=(cmake ninja-build g++ pkg-config qt6-base-dev libsqlite3-dev libpq-dev libsodium-dev libgtest-dev
-  libgmock-dev libbenchmark-dev clang libclang-rt-dev xvfb xauth clang-format fonts-dejavu-core qt6-translations-l10n)
+  libgmock-dev libbenchmark-dev clang libclang-rt-dev xvfb xauth clang-format fonts-dejavu-core qt6-translations-l10n
+  qt6-charts-dev libqt6opengl6-dev)
 
 caja_instalar_dependencias() {
   local faltan=()

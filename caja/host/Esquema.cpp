@@ -188,6 +188,21 @@ const std::vector<Tabla> kTablas = {
       {"TransID", T::Entero, "NOT NULL REFERENCES MovimientosCaja (TransID)"},
       {"TransIDServidor", T::Entero, ""}},
      {}},
+    // What a closing counted note by note, and what made up its expected
+    // amounts per kind of movement, for its report.
+    {"hostCierreDenominaciones",
+     {{"idCierre", T::Entero, "NOT NULL REFERENCES hostCierres (id)"},
+      {"codigoMedio", T::Texto, "NOT NULL"},
+      {"valor", T::Dinero, "NOT NULL"},
+      {"cantidad", T::Entero, "NOT NULL"}},
+     {}},
+    {"hostCierreTipos",
+     {{"idCierre", T::Entero, "NOT NULL REFERENCES hostCierres (id)"},
+      {"tipo", T::Texto, "NOT NULL"},
+      {"codigoMedio", T::Texto, "NOT NULL"},
+      {"montoMN", T::Dinero, "NOT NULL DEFAULT 0"},
+      {"montoNominal", T::Dinero, "NOT NULL DEFAULT 0"}},
+     "PRIMARY KEY (idCierre, tipo, codigoMedio)"},
     // Who may act at the till: cashiers (an Argon2id hash of each PIN), the
     // wrong PINs in a row per person and how long a person stays locked out.
     {"hostCajeros",
