@@ -37,6 +37,7 @@ std::unique_ptr<QChart> graficoDe(QAbstractBarSeries* serie, const QStringList& 
   y->setLabelFormat("%.0f");
   g->addAxis(y, Qt::AlignLeft);
   serie->attachAxis(y);
+  y->applyNiceNumbers();
   g->legend()->setAlignment(Qt::AlignBottom);
   return g;
 }

@@ -5,6 +5,7 @@
 // program exits 1 when a median is over it.
 //
 //   CAJA_PRUEBA_PG=postgresql:///postgres bench_informe [RONDAS]
+//   CAJA_INFORME_PNG=docs/informe.png bench_informe 1    (the month's chart for the docs)
 
 #include <sys/wait.h>
 
@@ -107,6 +108,9 @@ int main(int argc, char** argv) {
       continue;
     }
     sembrar(*base.db);
+    // The docs' picture of a month comes from here.
+    if (const char* png = std::getenv("CAJA_INFORME_PNG"); png && motor == test::Motor::Sqlite)
+      informe(base.destino(), {"--png", png, "--tamano", "1200x600"});
     const auto pdf = (base.carpeta.ruta() / "mes.pdf").string();
     for (const auto& [que, mas] : std::vector<std::pair<const char*, std::vector<std::string>>>{
              {"texto", {}}, {"PDF con gráfico", {"--pdf", pdf}}}) {
