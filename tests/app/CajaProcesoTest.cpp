@@ -88,6 +88,12 @@ class ProcesoCaja : public test::PorMotor {
       EXPECT_NE(texto.find(parte), std::string::npos) << parte << "\n" << texto;
   }
 
+  // Runs each step, which must succeed, with the same standard input.
+  void pasos(const std::vector<std::string>& lista, const std::string& entrada) {
+    for (const auto& paso : lista)
+      ASSERT_EQ(correr(paso, entrada).estado, 0) << paso;
+  }
+
   Currency monto(const std::string& sql) { return CCur(db->ReadScalar(sql)); }
   // The shop's settings file of application ZOR, as the program reads it.
   void ajustes(const std::string& texto) {
@@ -321,8 +327,7 @@ TEST_P(CajaProceso, ARefundAFloatAndWithdrawalsCloseWithTheAmountsCountedByHand)
       "salida --pago EFE=100 --motivo \"Caja fuerte\"" + ana,
       "salida --pago USD=5 --motivo Proveedor" + ana,
   };
-  for (const auto& paso : dia)
-    ASSERT_EQ(correr(paso, "2468\n").estado, 0) << paso;
+  pasos(dia, "2468\n");
   espera("salida --pago USD=7.01 --motivo Banco" + ana, 1, "En la caja hay 7.00 de USD", "2468\n");
   espera("devolver --monto 200 --pago EFE=200 --aceptar" + ana, 1,
          "no alcanza para entregar 200.00", "2468\n");
@@ -373,8 +378,7 @@ TEST_P(CajaProceso, TheDaysPapersReadBackWithTheAmountsCountedByHand) {
       "salida --pago EFE=100 --motivo \"Caja fuerte\"" + ana,
       "anular 5" + ana,
   };
-  for (const auto& paso : dia)
-    ASSERT_EQ(correr(paso, "2468\n").estado, 0) << paso;
+  pasos(dia, "2468\n");
   EXPECT_NE(leer(impresora).find("\x1bp"), std::string::npos);
   std::filesystem::remove(impresora);
   ASSERT_EQ(correr("cobrar --venta 10 --pago TDC=10 --aceptar" + imprimir).estado, 0);
