@@ -123,6 +123,15 @@ void aPdf(const std::vector<LineaRecibo>& lineas, int ancho, const std::string& 
   p.end();
 }
 
+// The lines as JSON, for a host that prints them its own way.
+std::string jsonRecibo(const std::vector<LineaRecibo>& lineas) {
+  std::string texto = "{\"lineas\":[";
+  for (std::size_t i = 0; i < lineas.size(); ++i)
+    texto += std::string(i ? "," : "") + "{\"texto\":" + json(lineas[i].texto) +
+             ",\"titulo\":" + (lineas[i].titulo ? "true" : "false") + "}";
+  return texto + "]}\n";
+}
+
 }  // namespace
 
 int recibo(Contexto& c) {
@@ -137,7 +146,9 @@ int recibo(Contexto& c) {
     aImpresora(*impresora, escposRecibo(lineas, d.conEfectivo));
   if (pdf)
     aPdf(lineas, ancho, *pdf);
-  if (!impresora && !pdf)
+  if (c.args.bandera("json"))
+    c.out << jsonRecibo(lineas);
+  else if (!impresora && !pdf)
     c.out << textoRecibo(lineas);
   return kExito;
 }
