@@ -536,6 +536,10 @@ int saldo(Contexto& c) {
 int movimiento(Contexto& c) {
   CVarelta mov;
   bool hallado = false;
+  if (!c.args.posicionales().empty() + c.args.valor("documento").has_value() +
+          c.args.valor("local").has_value() !=
+      1)
+    throw ErrorUso("Indique uno: NUMERO, --documento TIPO:NUMERO o --local NUMERO");
   if (const auto doc = c.args.valor("documento")) {
     const auto [tipo, numero] = parDe(*doc, "documento", ':');
     hallado = mov.LoadFromDocumento(
@@ -553,11 +557,9 @@ int movimiento(Contexto& c) {
     hallado =
         enServidor >= 0 &&
         mov.load(enServidor > 0 && !c.sinConexion ? enServidor : static_cast<std::int32_t>(*local));
-  } else if (!c.args.posicionales().empty()) {
+  } else {
     hallado = mov.load(
         static_cast<std::int32_t>(enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32)));
-  } else {
-    throw ErrorUso("Indique NUMERO, --documento TIPO:NUMERO o --local NUMERO");
   }
   if (!hallado)
     throw Rechazo("Movimiento no encontrado");
@@ -568,9 +570,7 @@ int movimiento(Contexto& c) {
 int sincronizar(Contexto& c) {
   const auto diario = abrirDiario(false);
   const Envio envio = diario ? app::sincronizar(c.db, diario) : Envio{};
-  for (const auto& [local, servidor] : envio.enviados)
-    c.out << "Movimiento local " << local << " enviado: " << servidor << " en el servidor\n";
-  c.out << envio.enviados.size() << " movimientos enviados\n";
+  salida(c).envio(envio);
   avisarEnvio(envio);
   if (!envio.fallidos.empty())
     return kError;
@@ -578,11 +578,7 @@ int sincronizar(Contexto& c) {
 }
 
 int pendientesDeEnvio(Contexto& c) {
-  const auto lista = pendientes(*c.db);
-  for (const Pendiente& p : lista)
-    c.out << p.numeroLocal << "  " << p.clave << "  " << p.fecha << "  " << p.documento << "  "
-          << p.debitos.toMachineText() << "  " << p.creditos.toMachineText() << '\n';
-  c.out << lista.size() << " movimientos pendientes de envío\n";
+  salida(c).pendientes(pendientes(*c.db));
   return kExito;
 }
 

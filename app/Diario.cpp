@@ -85,6 +85,11 @@ Guardado leerDelDiario(HostSql& diario, std::int32_t local) {
   return g;
 }
 
+// "3 (máquina 1)": a movement and the till that charged it.
+std::string enCaja(std::int32_t numero, std::int32_t maquina) {
+  return std::to_string(numero) + " (máquina " + std::to_string(maquina) + ")";
+}
+
 // A sale of a document the server already holds as charged (not voided):
 // both are kept, and the conflict is named. A sale without a document
 // (number 0, what `cobrar` records when none is given) is never one.
@@ -92,13 +97,13 @@ std::string conflictoDe(HostSql& servidor, const CVarelta& mov) {
   if (mov.TipoDocRel.empty() || mov.NumeroDocRel == 0 || !mov.Clasificacion.empty())
     return "";
   auto rs = servidor.openrecordset(
-      "SELECT M.TransID FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON A.TransID = "
-      "M.TransID WHERE M.TipoDocumento = ? AND M.NumeroDocumento = ? AND A.TransID IS NULL "
-      "AND COALESCE(M.Clasificacion, '') = '' ORDER BY M.TransID",
+      "SELECT M.TransID, M.machineID FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON "
+      "A.TransID = M.TransID WHERE M.TipoDocumento = ? AND M.NumeroDocumento = ? AND A.TransID "
+      "IS NULL AND COALESCE(M.Clasificacion, '') = '' ORDER BY M.TransID",
       {mov.TipoDocRel, mov.NumeroDocRel});
   std::string previos;
   for (; !rs->Eof(); rs->MoveNext())
-    previos += (previos.empty() ? "" : ", ") + std::to_string(CLng(rs->Fields(0)));
+    previos += (previos.empty() ? "" : ", ") + enCaja(CLng(rs->Fields(0)), NzLong(rs->Fields(1)));
   if (previos.empty())
     return "";
   return "El documento " + mov.TipoDocRel + " " + std::to_string(mov.NumeroDocRel) +
@@ -232,7 +237,11 @@ Envio sincronizar(const std::shared_ptr<HostSql>& servidor,
                          {numero, p.clave});
       envio.enviados.emplace_back(p.numeroLocal, numero);
       if (!conflicto.empty())
-        envio.conflictos.push_back(conflicto + std::to_string(numero));
+        envio.conflictos.push_back(
+            conflicto +
+            enCaja(numero,
+                   NzLong(servidor->ReadScalar(
+                       "SELECT machineID FROM MovimientosCaja WHERE TransID = ?", {numero}))));
     } catch (const CajaError& e) {
       // A movement the server refuses stays in the journal, named, and does
       // not hold back the ones after it; a lost link ends the run.

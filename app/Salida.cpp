@@ -21,6 +21,14 @@ std::string columna(const std::string& texto, std::size_t ancho) {
   return texto + std::string(ancho > n ? ancho - n : 0, ' ');
 }
 
+// A JSON array of strings.
+std::string jsonLista(const std::vector<std::string>& textos) {
+  std::string texto = "[";
+  for (std::size_t i = 0; i < textos.size(); ++i)
+    texto += (i ? "," : "") + json(textos[i]);
+  return texto + "]";
+}
+
 std::string numero(Currency c) {
   return c.toMachineText();
 }
@@ -342,16 +350,46 @@ void Salida::cierres(const std::vector<Cierre>& lista) {
   }
 }
 
+void Salida::pendientes(const std::vector<Pendiente>& lista) {
+  if (json_) {
+    out_ << "[";
+    for (std::size_t i = 0; i < lista.size(); ++i) {
+      const auto& p = lista[i];
+      out_ << (i ? "," : "") << "{\"local\":" << p.numeroLocal << ",\"clave\":" << json(p.clave)
+           << ",\"fecha\":" << json(p.fecha) << ",\"documento\":" << json(p.documento)
+           << ",\"debitos\":" << numero(p.debitos) << ",\"creditos\":" << numero(p.creditos) << "}";
+    }
+    out_ << "]\n";
+    return;
+  }
+  for (const Pendiente& p : lista)
+    out_ << p.numeroLocal << "  " << p.clave << "  " << p.fecha << "  " << p.documento << "  "
+         << numero(p.debitos) << "  " << numero(p.creditos) << '\n';
+  out_ << lista.size() << " movimientos pendientes de envío\n";
+}
+
+void Salida::envio(const Envio& envio) {
+  if (json_) {
+    out_ << "{\"enviados\":[";
+    for (std::size_t i = 0; i < envio.enviados.size(); ++i)
+      out_ << (i ? "," : "") << "{\"local\":" << envio.enviados[i].first
+           << ",\"servidor\":" << envio.enviados[i].second << "}";
+    out_ << "],\"conflictos\":" << jsonLista(envio.conflictos)
+         << ",\"fallidos\":" << jsonLista(envio.fallidos) << "}\n";
+    return;
+  }
+  for (const auto& [local, servidor] : envio.enviados)
+    out_ << "Movimiento local " << local << " enviado: " << servidor << " en el servidor\n";
+  out_ << envio.enviados.size() << " movimientos enviados\n";
+}
+
 void Salida::nombres(const std::vector<std::string>& lista) {
   if (!json_) {
     for (const auto& n : lista)
       out_ << n << '\n';
     return;
   }
-  out_ << "[";
-  for (std::size_t i = 0; i < lista.size(); ++i)
-    out_ << (i ? "," : "") << json(lista[i]);
-  out_ << "]\n";
+  out_ << jsonLista(lista) << '\n';
 }
 
 void Salida::auditoria(const std::vector<Asiento>& filas, bool conCsv) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/Auditoria.h"
+#include "app/Diario.h"
 #include "caja/drawer/SaldoCaja.h"
 #include "caja/movement/CVarelta.h"
 
@@ -69,6 +70,9 @@ class Salida {
   void medios(const std::vector<std::shared_ptr<CMedioPago>>& medios);
   void lineas(const std::string& titulo, Collection<CDetalleIngreso>& lineas);
   void mensaje(const std::string& texto);
+  // What waits in the till's journal, and what one run of sending did.
+  void pendientes(const std::vector<Pendiente>& lista);
+  void envio(const Envio& envio);
   // A list of names, one a line or a JSON array.
   void nombres(const std::vector<std::string>& lista);
   void sesion(std::int32_t numero, std::int32_t maquina);

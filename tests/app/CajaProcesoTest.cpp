@@ -262,6 +262,7 @@ TEST_P(CajaProceso, FaultyCommandLinesAreRefusedInOneSpanishLineAndWriteNothing)
       {"supervisor --agregar ANA", 1, "Falta el PIN nuevo en la entrada estándar"},
       {"supervisor --agregar ANA", 2, "El PIN debe tener al menos 4 caracteres", "246\n"},
       {"cajero --agregar PEDRO --quitar", 2, "Uso: caja cajero"},
+      {"movimiento 1 --local 1", 2, "Indique uno: NUMERO, --documento TIPO:NUMERO o --local"},
       {"salida --pago efe=0.0000 --motivo x", 2, "--pago EFE=0 no mueve nada"},
   };
   const std::string antes = huella(*db);

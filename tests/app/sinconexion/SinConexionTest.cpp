@@ -129,8 +129,8 @@ TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
 
 // Tills 1 and 2 charge invoice 77 offline, and session 2 is closed on the
 // server before till 2 comes back: both sales are kept, till 2's in its
-// closed session, and the second to arrive names both movements (the server
-// numbered the two online sales 1 and 2).
+// closed session, and the second to arrive names both movements and their
+// tills (the server numbered the two online sales 1 and 2).
 TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
   ASSERT_EQ(caja(1, venta(1, 1)), 0);
   ASSERT_EQ(caja(2, venta(2, 1)), 0);
@@ -142,7 +142,8 @@ TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
   EXPECT_EQ(caja(1, "sincronizar"), 0);
   int estado = 0;
   EXPECT_NE(salida(2, "sincronizar", &estado)
-                .find("El documento FAC 77 se cobró en más de una caja: movimientos 3 y 4"),
+                .find("El documento FAC 77 se cobró en más de una caja: movimientos 3 (máquina 1) "
+                      "y 4 (máquina 2)"),
             std::string::npos);
   EXPECT_EQ(estado, 1);
   const auto db = otraConexion();
@@ -197,11 +198,15 @@ TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
             std::string::npos);
   EXPECT_EQ(estado, 3);
   EXPECT_NE(salida(1, "pendientes").find("1 movimientos pendientes"), std::string::npos);
+  EXPECT_NE(salida(1, "pendientes --json").find("[{\"local\":2,"), std::string::npos);
   const std::string online = salida(1, venta(1, 5), &estado);
   EXPECT_EQ(estado, 0) << online;
   EXPECT_NE(online.find("Movimiento local 2 no enviado: "), std::string::npos) << online;
   db->ExecuteSQL("ALTER TABLE MovimientosCaja DROP CONSTRAINT prueba");
-  EXPECT_EQ(caja(1, "sincronizar"), 0);
+  // Refused inserts took numbers of the server's sequence: the number is not asserted.
+  const std::string json = salida(1, "sincronizar --json");
+  EXPECT_EQ(json.rfind("{\"enviados\":[{\"local\":2,\"servidor\":", 0), 0u) << json;
+  EXPECT_NE(json.find("}],\"conflictos\":[],\"fallidos\":[]}"), std::string::npos) << json;
   // 1 + 65 + 66 + 67 + 5.
   EXPECT_EQ(cajon(*db, 1), cur("204"));
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 5);
