@@ -895,6 +895,7 @@ const std::vector<Comando>& comandos() {
          {"denominaciones", "CODIGO:VALORxCANTIDAD,...",
           "lo contado de un medio por denominaciones", true},
          {"parcial", nullptr, "un arqueo a mitad del turno: no queda registrado"},
+         {"forzar", nullptr, "aunque queden movimientos de esta caja sin enviar al servidor"},
          kPdf}},
        cierre},
       {{"cierres",

@@ -9,6 +9,7 @@
 #include "app/Auditoria.h"
 #include "app/Autorizacion.h"
 #include "app/Comandos.h"
+#include "app/Diario.h"
 #include "app/Informe.h"
 #include "app/Salida.h"
 #include "caja/base/Conversiones.h"
@@ -237,8 +238,10 @@ std::vector<LineaCierre> lineasDeCierre(std::int32_t m, std::map<std::string, Cu
 
 // The closing's row of the trail, with each method's count; a difference
 // beyond what the shop tolerates, valued in national currency, needs a
-// supervisor's approval first. The total is the differences so valued.
-Asiento asientoDeCierre(Contexto& c, const Cierre& registro) {
+// supervisor's approval first, and a closing forced with movements still
+// unsent (`sinEnviar`, their local numbers) one of the forcing level. The
+// total is the differences so valued.
+Asiento asientoDeCierre(Contexto& c, const Cierre& registro, const std::string& sinEnviar) {
   Asiento a;
   a.maquina = registro.maquina;
   a.cajero = registro.operador;
@@ -252,9 +255,16 @@ Asiento asientoDeCierre(Contexto& c, const Cierre& registro) {
                  l.esperadoNominal.toMachineText() + " contado " + l.contado.toMachineText() +
                  " diferencia " + l.diferencia.toMachineText();
   }
-  if (mayor > diferenciaTolerada())
+  if (!sinEnviar.empty()) {
+    a.accion = "cierre forzado";
+    a.detalle += "; sin enviar: locales " + sinEnviar;
+    a.aprobador =
+        aprobacion(c, "cerrar sin los movimientos locales " + sinEnviar,
+                   std::max(nivelExigido("NivelAprobacion"), nivelExigido("NivelForzar")));
+  } else if (mayor > diferenciaTolerada()) {
     a.aprobador = aprobacion(c, "cerrar la caja con una diferencia de " + mayor.toMachineText(),
                              nivelExigido("NivelAprobacion"));
+  }
   return a;
 }
 
@@ -406,8 +416,30 @@ void completar(Contexto& c, Cierre& cierre) {
     cierre.porTipo.push_back({NzTexto(t->Fields("codigoMedio")), NzMoneda(t->Fields("montoMN")),
                               NzMoneda(t->Fields("montoNominal")), NzTexto(t->Fields("tipo"))});
   cierre.aprobador = NzTexto(c.db->ReadScalar(
-      "SELECT Aprobador FROM hostAuditoria WHERE Accion = 'cierre' AND Detalle LIKE ?",
+      "SELECT Aprobador FROM hostAuditoria WHERE Accion IN ('cierre', 'cierre forzado') AND "
+      "Detalle LIKE ?",
       {"cierre " + std::to_string(cierre.id) + ";%"}));
+}
+
+// On a server, what waits in this till's journal goes first: a closing
+// that left movements out would count a drawer the server does not have.
+// What still waits refuses the closing, naming it, unless --forzar, which a
+// supervisor approves and the trail records.
+std::string pendientesAlCerrar(Contexto& c) {
+  const auto diario = c.conServidor ? abrirDiario(false) : nullptr;
+  if (!diario)
+    return "";
+  avisarEnvio(sincronizar(c.db, diario));
+  std::string locales;
+  for (const Pendiente& p : pendientes(*diario))
+    locales += (locales.empty() ? "" : ", ") + std::to_string(p.numeroLocal);
+  if (locales.empty())
+    return "";
+  if (!c.args.bandera("forzar"))
+    throw Rechazo("Quedan movimientos de esta caja sin enviar al servidor (locales " + locales +
+                  "): el cierre no los contaría; envíelos con caja sincronizar, o cierre con "
+                  "--forzar; nada se guardó");
+  return locales;
 }
 
 }  // namespace
@@ -427,7 +459,7 @@ int cierre(Contexto& c) {
                   denominaciones};
   // A partial count in the middle of a shift records nothing and needs no one.
   if (!c.args.bandera("parcial")) {
-    const Asiento a = asientoDeCierre(c, registro);
+    const Asiento a = asientoDeCierre(c, registro, pendientesAlCerrar(c));
     registro.aprobador = a.aprobador;
     registrar(c, registro, a);
   }

@@ -183,8 +183,8 @@ TEST_F(SinConexion, ALinkLostInTheMiddleOfASaveKeepsTheSaleWhole) {
 
 // The server refuses one of three offline sales (a check the test adds):
 // the other two are sent, the refused one stays pending and named, a sale
-// with the server there still goes through, and once the server takes it
-// the journal empties.
+// with the server there still goes through, the till cannot close while it
+// waits, and once the server takes it the journal empties and the till closes.
 TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
   ASSERT_EQ(caja(1, venta(1, 1)), 0);
   servidor("stop");
@@ -199,6 +199,10 @@ TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
   EXPECT_EQ(estado, 3);
   EXPECT_NE(salida(1, "pendientes").find("1 movimientos pendientes"), std::string::npos);
   EXPECT_NE(salida(1, "pendientes --json").find("[{\"local\":2,"), std::string::npos);
+  EXPECT_NE(salida(1, "cierre --maquina 1 --contado EFE=133", &estado)
+                .find("Quedan movimientos de esta caja sin enviar al servidor (locales 2)"),
+            std::string::npos);
+  EXPECT_EQ(estado, 1);
   const std::string online = salida(1, venta(1, 5), &estado);
   EXPECT_EQ(estado, 0) << online;
   EXPECT_NE(online.find("Movimiento local 2 no enviado: "), std::string::npos) << online;
@@ -210,6 +214,8 @@ TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
   // 1 + 65 + 66 + 67 + 5.
   EXPECT_EQ(cajon(*db, 1), cur("204"));
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 5);
+  EXPECT_EQ(caja(1, "cierre --maquina 1 --contado EFE=204"), 0);
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM hostCierres")), 1);
 }
 
 // A till killed at random points while it sends its journal: after a last
