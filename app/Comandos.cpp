@@ -9,6 +9,7 @@
 #include "app/Autorizacion.h"
 #include "app/Demo.h"
 #include "app/Diario.h"
+#include "app/Enviador.h"
 #include "app/Impresos.h"
 #include "app/Informe.h"
 #include "app/Roles.h"
@@ -289,9 +290,10 @@ void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, co
     olvidarGuardado(mov);
     guardarEn(c, v, sesion, mov, cambio, alrededor, clave);
   }
-  if (c.sinConexion)
+  if (c.sinConexion) {
     std::cerr << "guardado sin conexión; se enviará al volver el servidor" << std::endl;
-  else if (c.diario)
+    lanzarEnviador(*c.args.valor("db"));
+  } else if (c.diario)
     reflejarCajas(c);
 }
 
@@ -882,6 +884,12 @@ const std::vector<Comando>& comandos() {
        sincronizar},
       {{"pendientes", "", "lo guardado sin conexión que espera su envío al servidor", {}},
        pendientesDeEnvio},
+      {{"enviar",
+        "[--continuo]",
+        "envía al servidor lo que espera en el diario de esta caja, reintentando mientras el "
+        "servidor no está; una caja a la vez",
+        {{"continuo", nullptr, "no terminar nunca: para un servicio que corre todo el día"}}},
+       enviar},
       {{"saldo", "[--maquina N]", "el saldo de la caja por medio, con su tasa", {kMaquina}}, saldo},
       {{"cierre",
         "[--maquina N] [--contado CODIGO=MONTO ...] [--denominaciones CODIGO:VxC,...] "

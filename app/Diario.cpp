@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "app/Auditoria.h"
+#include "app/Enviador.h"
 #include "caja/base/Conversiones.h"
 #include "caja/host/ArchivosPrivados.h"
 #include "caja/host/DialectoSql.h"
@@ -225,6 +226,7 @@ std::vector<Pendiente> pendientes(HostSql& diario) {
 
 Envio sincronizar(const std::shared_ptr<HostSql>& servidor,
                   const std::shared_ptr<HostSql>& diario) {
+  const Cerrojo enviando(carpetaDeDatos(true) / "envio.lock", true);
   Envio envio;
   for (const Pendiente& p : pendientes(*diario)) {
     try {
@@ -253,6 +255,8 @@ Envio sincronizar(const std::shared_ptr<HostSql>& servidor,
   }
   InicializarEntorno(servidor);
   enviarAuditoria(*servidor, *diario);
+  if (envio.fallidos.empty())
+    anotarEnvio();
   return envio;
 }
 

@@ -53,8 +53,9 @@ struct Envio {
 // Says on standard error, a line each, the documents charged twice and the
 // movements the server refused.
 void avisarEnvio(const Envio& envio);
-// Sends the pending movements, oldest first, each in one server transaction;
-// the component's host is the server afterwards. A lost link is raised.
+// Sends the pending movements, oldest first, each in one server transaction,
+// holding the till's sending lock; the component's host is the server
+// afterwards. A lost link is raised.
 Envio sincronizar(const std::shared_ptr<HostSql>& servidor, const std::shared_ptr<HostSql>& diario);
 
 // The server's number of a movement saved in the journal as `local`: 0 while

@@ -1,5 +1,7 @@
 #include "app/Salida.h"
 
+#include "app/Enviador.h"
+
 #include <QString>
 #include <charconv>
 #include <cstdio>
@@ -366,6 +368,8 @@ void Salida::pendientes(const std::vector<Pendiente>& lista) {
     out_ << p.numeroLocal << "  " << p.clave << "  " << p.fecha << "  " << p.documento << "  "
          << numero(p.debitos) << "  " << numero(p.creditos) << '\n';
   out_ << lista.size() << " movimientos pendientes de envío\n";
+  if (const std::string cuando = ultimoEnvio(); !cuando.empty())
+    out_ << "Último envío sin rechazos: " << cuando << '\n';
 }
 
 void Salida::envio(const Envio& envio) {

@@ -39,12 +39,17 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
     ASSERT_EQ(std::system(cmd.c_str()), 0) << accion;
   }
 
+  // Whether a sale saved offline starts the till's sender; the other tests
+  // send by hand, when they choose.
+  bool conEnviador = false;
+
   // The command line of till `maquina` (session `maquina`), each with its
   // own data folder and so its own journal.
   std::string linea(int maquina, const std::string& argumentos) const {
     const auto datos = carpeta.ruta() / ("caja" + std::to_string(maquina));
-    return "env -u DISPLAY XDG_DATA_HOME=" + datos.string() + " XDG_CONFIG_HOME=" + datos.string() +
-           " " + CAJA_BIN + " " + argumentos + " --db '" + destino() + "'";
+    return std::string("env -u DISPLAY ") + (conEnviador ? "" : "CAJA_PRUEBA_SIN_ENVIADOR=1 ") +
+           "XDG_DATA_HOME=" + datos.string() + " XDG_CONFIG_HOME=" + datos.string() + " " +
+           CAJA_BIN + " " + argumentos + " --db '" + destino() + "'";
   }
 
   // `pin`, when given, is the one line the command reads.
@@ -216,6 +221,33 @@ TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 5);
   EXPECT_EQ(caja(1, "cierre --maquina 1 --contado EFE=204"), 0);
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM hostCierres")), 1);
+}
+
+// The first sale saved offline starts the till's sender, which backs off
+// while the server is away; another sender started meanwhile exits at once.
+// When the server returns the sender ships what waits by itself, once, and
+// ends.
+TEST_F(SinConexion, TheSenderShipsBehindTheCashierAndOnlyOneRunsAtATime) {
+  conEnviador = true;
+  ASSERT_EQ(caja(1, venta(1, 1)), 0);
+  servidor("stop");
+  for (int i = 2; i <= 4; ++i)
+    ASSERT_EQ(caja(1, venta(1, i)), 0) << i;
+  for (int otro = 0; otro < 2; ++otro)
+    EXPECT_NE(salida(1, "enviar").find("Ya hay un envío en curso en esta caja"), std::string::npos);
+  servidor("start");
+  std::string quedan;
+  for (int s = 0; s < 90; ++s) {
+    quedan = salida(1, "pendientes");
+    if (quedan.find("0 movimientos pendientes") != std::string::npos)
+      break;
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+  }
+  EXPECT_NE(quedan.find("0 movimientos pendientes"), std::string::npos) << quedan;
+  EXPECT_NE(quedan.find("Último envío sin rechazos: "), std::string::npos) << quedan;
+  const auto db = otraConexion();
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 4);
+  EXPECT_EQ(cajon(*db, 1), cur("10"));  // 1 + 2 + 3 + 4
 }
 
 // A till killed at random points while it sends its journal: after a last
