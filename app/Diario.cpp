@@ -255,7 +255,9 @@ Envio sincronizar(const std::shared_ptr<HostSql>& servidor,
   }
   InicializarEntorno(servidor);
   enviarAuditoria(*servidor, *diario);
-  if (envio.fallidos.empty())
+  // Noted only when something went, so that a sale with nothing to send
+  // writes nothing more.
+  if (envio.fallidos.empty() && !envio.enviados.empty())
     anotarEnvio();
   return envio;
 }

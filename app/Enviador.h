@@ -33,8 +33,8 @@ class Cerrojo {
 // `caja enviar` sends until nothing waits, backing off while the server is
 // away (1, 2, 4... up to 60 s), and gives up after ten minutes; `--continuo`
 // never ends, for a till that runs it all day as a service. After each batch
-// the journal's copy of what a sale reads is refreshed, and a batch with
-// nothing refused notes its time for `pendientes`.
+// the journal's copy of what a sale reads is refreshed, and a batch that
+// sent something with nothing refused notes its time for `pendientes`.
 int enviar(Contexto& c);
 
 // Starts `caja enviar` for the server `uri`, detached, unless a sender of
@@ -44,7 +44,7 @@ void lanzarEnviador(const std::string& uri);
 
 // When the last batch with nothing refused ended, or empty.
 std::string ultimoEnvio();
-// Notes now as the time of the last batch with nothing refused.
+// Notes now as the time of the last batch that sent with nothing refused.
 void anotarEnvio();
 
 }  // namespace caja::app

@@ -20,7 +20,7 @@ namespace caja::app {
 namespace {
 
 // A method as the customer reads it: the catalogue's title.
-std::string tituloDe(std::string codigo) {
+std::string nombreDeMedio(std::string codigo) {
   const auto medio = ObtenerMedioPago(codigo);
   if (medio && !medio->Titulo.empty())
     return medio->Titulo;
@@ -29,7 +29,7 @@ std::string tituloDe(std::string codigo) {
 
 PagoRecibo pagoDe(const CDetalleIngreso& linea) {
   PagoRecibo p;
-  p.medio = tituloDe(linea.medio);
+  p.medio = nombreDeMedio(linea.medio);
   p.codigo = linea.medio;
   p.montoNominal = linea.montoNominal;
   p.monto = linea.Monto;
@@ -46,7 +46,7 @@ DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
   if (!mov.load(numero))
     throw Rechazo("Movimiento " + std::to_string(numero) + " no encontrado");
   DatosRecibo d;
-  d.empresa = NzTexto(c.db->ReadScalar("SELECT Nombre FROM hostEmpresa WHERE id = 1"));
+  d.empresa = nombreEmpresa(c);
   d.numero = numero;
   d.maquina =
       NzLong(c.db->ReadScalar("SELECT machineID FROM MovimientosCaja WHERE TransID = ?", {numero}));
@@ -63,7 +63,7 @@ DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
   for (const auto& linea : *lineas)
     d.pagos.push_back(pagoDe(*linea));
   for (const auto& v : vueltoDe(c, numero)) {
-    d.vuelto.push_back({tituloDe(v.medio), v.medio, v.montoNominal, v.montoMN});
+    d.vuelto.push_back({nombreDeMedio(v.medio), v.medio, v.montoNominal, v.montoMN});
     d.conEfectivo = d.conEfectivo || v.medio != "CREDITO";
   }
   d.igtf = mov.montoIGTF;
@@ -73,6 +73,10 @@ DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
 }
 
 }  // namespace
+
+std::string nombreEmpresa(Contexto& c) {
+  return NzTexto(c.db->ReadScalar("SELECT Nombre FROM hostEmpresa WHERE id = 1"));
+}
 
 int columnasRecibo(Contexto& c) {
   const auto ancho = c.args.entero("ancho", 1, 1000).value_or(42);

@@ -11,6 +11,7 @@
 #include <set>
 
 #include "app/DocumentoPdf.h"
+#include "app/Impresos.h"
 #include "app/Recibo.h"
 #include "caja/base/Conversiones.h"
 #include "caja/service/HostUtil.h"
@@ -56,10 +57,6 @@ std::unique_ptr<QChart> barrasCierre(const std::vector<LineaCierre>& lineas) {
   serie->append(esperado);
   serie->append(contado);
   return graficoDe(serie, medios, "Esperado y contado por medio, en su moneda");
-}
-
-std::string empresa(Contexto& c) {
-  return NzTexto(c.db->ReadScalar("SELECT Nombre FROM hostEmpresa WHERE id = 1"));
 }
 
 // One day of the month.
@@ -267,8 +264,8 @@ void textoDelMes(std::ostream& out, const Mes& mes) {
 void pdfDelMes(Contexto& c, const Mes& mes, const std::string& archivo) {
   DocumentoPdf doc(archivo, "Informe");
   doc.titulo("Informe del " + mes.desde.date().toString() + " al " + mes.hasta.date().toString());
-  doc.parrafo(empresa(c) + (mes.maquina ? " · máquina " + std::to_string(*mes.maquina)
-                                        : " · todas las máquinas"));
+  doc.parrafo(nombreEmpresa(c) + (mes.maquina ? " · máquina " + std::to_string(*mes.maquina)
+                                              : " · todas las máquinas"));
   doc.grafico(barrasDelMes(mes), 90);
   std::vector<DocumentoPdf::Columna> columnas{{"Fecha", false}};
   for (const auto& col : columnasDe(mes))
@@ -299,7 +296,7 @@ std::pair<int, int> tamanoDe(Contexto& c) {
 void pdfCierre(Contexto& c, const Cierre& k, const std::string& archivo) {
   DocumentoPdf doc(archivo, k.id ? "Cierre de caja" : "Arqueo parcial");
   doc.titulo(k.id ? "Cierre de caja " + std::to_string(k.id) : "Arqueo parcial, no registrado");
-  if (const std::string nombre = empresa(c); !nombre.empty())
+  if (const std::string nombre = nombreEmpresa(c); !nombre.empty())
     doc.parrafo(nombre);
   doc.parrafo("Máquina " + std::to_string(k.maquina) + " · " + k.fecha.toIsoText());
   doc.parrafo("Contó: " + k.operador);

@@ -66,24 +66,22 @@ class Papel {
   std::vector<LineaRecibo> lineas_;
 };
 
-const char* tituloDe(const std::string& tipo) {
-  if (tipo == "devolucion")
-    return "DEVOLUCIÓN";
-  if (tipo == "entrada")
-    return "ENTRADA DE EFECTIVO";
-  if (tipo == "salida")
-    return "SALIDA DE EFECTIVO";
-  return "RECIBO DE PAGO";
-}
+// What the paper calls each kind of movement, and its total; a sale last.
+struct Clase {
+  const char* tipo;
+  const char* titulo;
+  const char* total;
+};
+constexpr Clase kClases[] = {{"devolucion", "DEVOLUCIÓN", "Total devuelto"},
+                             {"entrada", "ENTRADA DE EFECTIVO", "Total ingresado"},
+                             {"salida", "SALIDA DE EFECTIVO", "Total retirado"},
+                             {"venta", "RECIBO DE PAGO", "Total"}};
 
-const char* totalDe(const std::string& tipo) {
-  if (tipo == "devolucion")
-    return "Total devuelto";
-  if (tipo == "entrada")
-    return "Total ingresado";
-  if (tipo == "salida")
-    return "Total retirado";
-  return "Total";
+const Clase& claseDe(const std::string& tipo) {
+  for (const Clase& c : kClases)
+    if (tipo == c.tipo)
+      return c;
+  return kClases[std::size(kClases) - 1];
 }
 
 void pagos(Papel& p, const DatosRecibo& d) {
@@ -169,7 +167,7 @@ std::vector<LineaRecibo> lineasRecibo(const DatosRecibo& d, int columnas) {
   Papel p(static_cast<std::size_t>(columnas));
   if (!d.empresa.empty())
     p.titulo(d.empresa);
-  p.titulo(tituloDe(d.tipo));
+  p.titulo(claseDe(d.tipo).titulo);
   if (d.anulado)
     p.titulo("*** ANULADO ***");
   p.texto("Movimiento " + std::to_string(d.numero));
@@ -183,7 +181,7 @@ std::vector<LineaRecibo> lineasRecibo(const DatosRecibo& d, int columnas) {
   p.raya();
   if (!d.igtf.isZero())
     p.importe("IGTF", d.igtf);
-  p.importe(totalDe(d.tipo), d.total);
+  p.importe(claseDe(d.tipo).total, d.total);
   vuelto(p, d);
   return std::move(p).lineas();
 }
