@@ -145,18 +145,28 @@ void exigirTasa(Contexto& c) {
     throw Rechazo("La caja no tiene tasa de cambio: fíjela con caja tasa VALOR");
 }
 
+// The movement of the database that charged the sale's document and was
+// not voided, or empty.
+std::string cobradoEn(HostSql& db, const Venta& v) {
+  CVarelta previo;
+  if (!previo.LoadFromDocumento(v.tipoDoc, v.numDoc) ||
+      !db.ReadScalar("SELECT TransID FROM hostAnulaciones WHERE TransID = ?", {previo.TransID})
+           .isEmpty())
+    return "";
+  return std::to_string(previo.TransID);
+}
+
 // The same document is charged once: a second charge names the first one,
 // unless the cashier says --repetir. A voided charge does not count.
 void exigirDocumentoLibre(Contexto& c, const Venta& v) {
   if (!v.conDocumento || c.args.bandera("repetir"))
     return;
-  CVarelta previo;
-  if (!previo.LoadFromDocumento(v.tipoDoc, v.numDoc) ||
-      !c.db->ReadScalar("SELECT TransID FROM hostAnulaciones WHERE TransID = ?", {previo.TransID})
-           .isEmpty())
+  const std::string previo =
+      c.enDiario ? cobradoSegunDiario(*c.db, v.tipoDoc, v.numDoc) : cobradoEn(*c.db, v);
+  if (previo.empty())
     return;
   throw Rechazo("El documento " + v.tipoDoc + " " + std::to_string(v.numDoc) +
-                " ya se cobró en el movimiento " + std::to_string(previo.TransID) +
+                " ya se cobró en el movimiento " + previo +
                 " (use --repetir para cobrarlo de nuevo)");
 }
 
@@ -244,9 +254,11 @@ struct Alrededor {
 
 // Saves and commits in one host transaction, with the change and the
 // movement's key: a failed save leaves nothing, and a save that collided
-// with another till's runs again.
-void guardarEn(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
-               const Vuelto* cambio, const Alrededor& alrededor, const std::string& clave) {
+// with another till's runs again. On a server till the host is the till's
+// journal, from where the sender ships the movement under its key.
+void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, const Vuelto* cambio,
+             const Alrededor& alrededor = {}) {
+  const std::string clave = nuevaClave();
   c.db->EnTransaccion(
       [&] {
         alrededor.antes();
@@ -259,42 +271,6 @@ void guardarEn(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov,
                          {clave, mov.TransID});
       },
       [&] { olvidarGuardado(mov); });
-}
-
-// The journal's drawers follow the server's after each online save. The sale
-// is saved whatever happens here: a failed copy only leaves the journal's
-// drawers as the previous save left them.
-void reflejarCajas(Contexto& c) {
-  try {
-    copiarCajas(*c.db, *c.diario);
-  } catch (const std::exception& e) {
-    avisarDiarioSinActualizar(e);
-  }
-}
-
-// A server lost in the middle of the save sends the sale whole to the till's
-// journal. The key is made once per sale: when the link dropped after the
-// server committed, sending the journal finds the key there and only marks
-// the movement as sent.
-void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, const Vuelto* cambio,
-             const Alrededor& alrededor = {}) {
-  const std::string clave = nuevaClave();
-  try {
-    guardarEn(c, v, sesion, mov, cambio, alrededor, clave);
-  } catch (const CajaError& e) {
-    if (!c.diario || c.sinConexion || e.number() != kErrorConexion)
-      throw;
-    c.db = c.diario;
-    c.sinConexion = true;
-    InicializarEntorno(c.db);
-    olvidarGuardado(mov);
-    guardarEn(c, v, sesion, mov, cambio, alrededor, clave);
-  }
-  if (c.sinConexion) {
-    std::cerr << "guardado sin conexión; se enviará al volver el servidor" << std::endl;
-    lanzarEnviador(*c.args.valor("db"));
-  } else if (c.diario)
-    reflejarCajas(c);
 }
 
 // A line of `monto` in the method's own currency, valued at the catalogue's rate.
@@ -548,17 +524,12 @@ int movimiento(Contexto& c) {
                   tipo, static_cast<std::int32_t>(enteroDe(numero, "--documento", 0, kMaximo32))) &&
               mov.load(mov.TransID);
   } else if (const auto local = c.args.entero("local", 1, kMaximo32)) {
-    const auto diario = c.sinConexion ? c.db : abrirDiario(false);
-    const std::int32_t enServidor =
-        diario ? numeroEnServidor(*diario, static_cast<std::int32_t>(*local)) : -1;
-    if (enServidor == 0 && !c.sinConexion) {
-      c.db = diario;
-      InicializarEntorno(diario);
+    const std::int32_t enServidor = numeroEnServidor(*c.db, static_cast<std::int32_t>(*local));
+    if (enServidor == 0)
       c.out << "Pendiente de envío: el movimiento del diario de esta caja\n";
-    }
-    hallado =
-        enServidor >= 0 &&
-        mov.load(enServidor > 0 && !c.sinConexion ? enServidor : static_cast<std::int32_t>(*local));
+    else if (enServidor > 0)
+      c.out << "Enviado: movimiento " << enServidor << " del servidor\n";
+    hallado = enServidor >= 0 && mov.load(static_cast<std::int32_t>(*local));
   } else {
     hallado = mov.load(
         static_cast<std::int32_t>(enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32)));
@@ -570,8 +541,13 @@ int movimiento(Contexto& c) {
 }
 
 int sincronizar(Contexto& c) {
-  const auto diario = abrirDiario(false);
-  const Envio envio = diario ? app::sincronizar(c.db, diario) : Envio{};
+  // Both ways: what waits goes to the server, and the journal takes a fresh
+  // copy of what a sale reads.
+  Envio envio;
+  if (const auto diario = abrirDiario(false)) {
+    envio = app::sincronizar(*c.db, *diario);
+    copiarReferencias(*c.db, *diario);
+  }
   salida(c).envio(envio);
   avisarEnvio(envio);
   if (!envio.fallidos.empty())

@@ -29,9 +29,8 @@ struct Contexto {
   std::shared_ptr<HostSql> db;
   std::ostream& out;
   bool conPantalla;
-  bool conServidor = false;         // --db names a server
-  bool sinConexion = false;         // ...which could not be reached: `db` is the till's journal
-  std::shared_ptr<HostSql> diario;  // the till's journal beside a reachable server
+  bool conServidor = false;  // --db names a server
+  bool enDiario = false;     // ...and `db` is the till's journal
 };
 
 // The kind of a movement, kept in its Clasificacion: sales keep it empty, as

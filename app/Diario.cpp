@@ -1,14 +1,19 @@
 #include "app/Diario.h"
 
 #include <QUuid>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <map>
+#include <sstream>
 
 #include "app/Auditoria.h"
 #include "app/Enviador.h"
+#include "app/Salida.h"
 #include "caja/base/Conversiones.h"
+#include "caja/base/Texto.h"
 #include "caja/host/ArchivosPrivados.h"
 #include "caja/host/DialectoSql.h"
 #include "caja/host/SqliteFactoria.h"
@@ -20,6 +25,21 @@
 namespace caja::app {
 
 namespace {
+
+// Movements sent in one call: few round trips for a backlog, and a batch
+// small enough that one the server refuses is soon sent again one by one.
+constexpr std::size_t kLote = 100;
+
+// The documents the server holds as charged and not voided, since a day:
+// what a till checks a sale's document against. Today's and yesterday's,
+// where nearly every repeat happens, keep the copy small enough to take
+// after every send; an older repeat is still named when it is sent.
+constexpr const char* kDocumentosCobrados =
+    "SELECT M.TipoDocumento, M.NumeroDocumento, M.TransID, M.machineID FROM MovimientosCaja M "
+    "LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE A.TransID IS NULL AND "
+    "COALESCE(M.Clasificacion, '') = '' AND COALESCE(M.TipoDocumento, '') <> '' AND "
+    "M.NumeroDocumento <> 0 AND M.Fecha >= ?";
+constexpr int kDiasDocumentos = 1;
 
 // What a sale reads besides the movements: copied whole from the server.
 constexpr const char* kReferencias[] = {"MediosPago",        "SesionesPOS", "SesionesCerradas",
@@ -33,15 +53,20 @@ const Tabla& tablaDe(const std::string& nombre) {
   throw CajaError(kErrorBaseDatos, "caja", "Tabla desconocida: " + nombre);
 }
 
-void copiarTabla(HostSql& servidor, HostSql& diario, const Tabla& t) {
+// Replaces the journal's rows of `t` with what `consulta` reads on the
+// server (by default the server's whole table).
+void copiarTabla(HostSql& servidor, HostSql& diario, const Tabla& t, std::string consulta = "",
+                 const Argumentos& args = {}) {
   std::string columnas, marcas;
   for (const Columna& c : t.columnas) {
     columnas += (columnas.empty() ? "" : ", ") + std::string(c.nombre);
     marcas += marcas.empty() ? "?" : ", ?";
   }
   const std::string tabla(t.nombre);
+  if (consulta.empty())
+    consulta = "SELECT " + columnas + " FROM " + tabla;
   diario.ExecuteSQL("DELETE FROM " + tabla);
-  auto rs = servidor.openrecordset("SELECT " + columnas + " FROM " + tabla);
+  auto rs = servidor.openrecordset(consulta, args);
   const std::string insertar =
       "INSERT INTO " + tabla + " (" + columnas + ") VALUES (" + marcas + ")";
   for (; !rs->Eof(); rs->MoveNext()) {
@@ -70,20 +95,97 @@ void enUnaInstantanea(HostSql& servidor, const std::function<void()>& lectura) {
   transaccion.commit();
 }
 
-// The movement of the journal as saved there, with how its change went back.
-struct Guardado {
-  CVarelta mov;
-  std::vector<Argumentos> vueltos;  // Medio, Monto, MontoNominal
+// A value as JSON: money and numbers by their exact text, dates as the
+// server reads them.
+std::string valorJson(const Variant& v) {
+  switch (v.type()) {
+    case VarType::Empty:
+    case VarType::Null:
+    case VarType::Object:
+      return "null";
+    case VarType::Boolean:
+      return v.asBool() ? "true" : "false";
+    case VarType::Integer:
+    case VarType::Long:
+      return std::to_string(CLng(v));
+    case VarType::Double:
+      return std::isfinite(v.asDouble()) ? textoDeTasa(v.asDouble()) : "null";
+    case VarType::Currency:
+      return v.asCurrency().toMachineText();
+    case VarType::Date:
+      return json(v.asDate().toIsoText());
+    case VarType::String:
+      return json(v.asString());
+  }
+  return "null";
+}
+
+// The rows of a table that `donde` picks, each a JSON object by the
+// server's (lower-case) column names, with the value of its first column:
+// the row's own number, which its children point at.
+struct FilaJson {
+  std::string texto;
+  std::int32_t numero;
 };
 
-Guardado leerDelDiario(HostSql& diario, std::int32_t local) {
-  Guardado g;
-  g.mov.load(local);
+std::vector<FilaJson> filasJson(HostSql& diario, const char* tabla, const std::string& donde,
+                                const Argumentos& args) {
+  const Tabla& t = tablaDe(tabla);
+  std::string columnas;
+  for (const Columna& c : t.columnas)
+    columnas += (columnas.empty() ? "" : ", ") + std::string(c.nombre);
   auto rs = diario.openrecordset(
-      "SELECT Medio, Monto, MontoNominal FROM hostVueltos WHERE TransID = ?", {local});
-  for (; !rs->Eof(); rs->MoveNext())
-    g.vueltos.push_back({rs->Fields(0), rs->Fields(1), rs->Fields(2)});
-  return g;
+      "SELECT " + columnas + " FROM " + std::string(t.nombre) + " WHERE " + donde, args);
+  std::vector<FilaJson> filas;
+  for (; !rs->Eof(); rs->MoveNext()) {
+    std::string texto;
+    for (std::size_t i = 0; i < t.columnas.size(); ++i)
+      texto += std::string(texto.empty() ? "{" : ",") + json(lowerAscii(t.columnas[i].nombre)) +
+               ":" + valorJson(rs->Fields(static_cast<int>(i)));
+    filas.push_back({texto + "}", NzLong(rs->Fields(0))});
+  }
+  return filas;
+}
+
+std::string unidas(const std::vector<std::string>& partes) {
+  std::string texto;
+  for (const auto& p : partes)
+    texto += (texto.empty() ? "" : ",") + p;
+  return "[" + texto + "]";
+}
+
+// Rows with their children: {"fila": row, `hijos`: [child rows]}.
+std::string conHijos(HostSql& diario, const std::vector<FilaJson>& filas, const char* hijos,
+                     const char* tablaHija, const std::string& donde) {
+  std::vector<std::string> partes;
+  for (const FilaJson& f : filas) {
+    std::vector<std::string> deEsta;
+    for (const FilaJson& h : filasJson(diario, tablaHija, donde, {f.numero}))
+      deEsta.push_back(h.texto);
+    partes.push_back("{\"fila\":" + f.texto + ",\"" + hijos + "\":" + unidas(deEsta) + "}");
+  }
+  return unidas(partes);
+}
+
+// A pending movement as the server's batch receiver takes it: its key, its
+// header, lines with their coins, drawer transactions with their lines, and
+// how its change went back.
+std::string movimientoJson(HostSql& diario, const Pendiente& p) {
+  const Argumentos local{p.numeroLocal};
+  const auto cabecera = filasJson(diario, "MovimientosCaja", "TransID = ?", local);
+  std::vector<std::string> vueltos;
+  for (const FilaJson& v : filasJson(diario, "hostVueltos", "TransID = ?", local))
+    vueltos.push_back(v.texto);
+  return "{\"clave\":" + json(p.clave) + ",\"movimiento\":" + cabecera.at(0).texto +
+         ",\"lineas\":" +
+         conHijos(diario, filasJson(diario, "DetallesVarelta", "TransID = ? ORDER BY Id", local),
+                  "denominaciones", "DetallesDenominacion", "idDetalle = ? ORDER BY Id") +
+         ",\"transacciones\":" +
+         conHijos(diario,
+                  filasJson(diario, "transaccionesEfectivo",
+                            "tipoTrans = 0 AND idOrigen = ? ORDER BY id", local),
+                  "detalles", "transaccionEfectivoDetalles", "transID = ?") +
+         ",\"vueltos\":" + unidas(vueltos) + "}";
 }
 
 // "3 (máquina 1)": a movement and the till that charged it.
@@ -91,58 +193,64 @@ std::string enCaja(std::int32_t numero, std::int32_t maquina) {
   return std::to_string(numero) + " (máquina " + std::to_string(maquina) + ")";
 }
 
-// A sale of a document the server already holds as charged (not voided):
-// both are kept, and the conflict is named. A sale without a document
-// (number 0, what `cobrar` records when none is given) is never one.
-std::string conflictoDe(HostSql& servidor, const CVarelta& mov) {
-  if (mov.TipoDocRel.empty() || mov.NumeroDocRel == 0 || !mov.Clasificacion.empty())
-    return "";
-  auto rs = servidor.openrecordset(
-      "SELECT M.TransID, M.machineID FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON "
-      "A.TransID = M.TransID WHERE M.TipoDocumento = ? AND M.NumeroDocumento = ? AND A.TransID "
-      "IS NULL AND COALESCE(M.Clasificacion, '') = '' ORDER BY M.TransID",
-      {mov.TipoDocRel, mov.NumeroDocRel});
-  std::string previos;
-  for (; !rs->Eof(); rs->MoveNext())
-    previos += (previos.empty() ? "" : ", ") + enCaja(CLng(rs->Fields(0)), NzLong(rs->Fields(1)));
-  if (previos.empty())
-    return "";
-  return "El documento " + mov.TipoDocRel + " " + std::to_string(mov.NumeroDocRel) +
-         " se cobró en más de una caja: movimientos " + previos + " y ";
+// The server's answer for a sale of a document it already held as charged
+// ("NUMBER:MACHINE ..."): both are kept, and the conflict is named once.
+std::string conflictoDe(const Pendiente& p, const std::string& previos, std::int32_t numero) {
+  std::string nombrados;
+  std::istringstream lista(previos);
+  for (std::string par; lista >> par;) {
+    const auto dos = par.find(':');
+    nombrados += (nombrados.empty() ? "" : ", ") +
+                 enCaja(std::stoi(par.substr(0, dos)), std::stoi(par.substr(dos + 1)));
+  }
+  const auto dos = p.documento.find(':');
+  return "El documento " + p.documento.substr(0, dos) + " " + p.documento.substr(dos + 1) +
+         " se cobró en más de una caja: movimientos " + nombrados + " y " +
+         enCaja(numero, p.maquina);
 }
 
-// One movement to the server in one transaction, unless the server has its
-// key already; the server's number either way.
-std::int32_t enviar(HostSql& servidor, Guardado& g, const std::string& clave,
-                    std::string& conflicto) {
-  std::int32_t numero = 0;
-  servidor.EnTransaccion(
-      [&] {
-        const Variant previo =
-            servidor.ReadScalar("SELECT TransID FROM hostClaves WHERE Clave = ?", {clave});
-        if (!previo.isEmpty()) {
-          numero = CLng(previo);
-          return;
-        }
-        conflicto = conflictoDe(servidor, g.mov);
-        CVarelta& m = g.mov;
-        olvidarGuardado(m);
-        m.Save(m.Sesion, m.Operador, m.TipoDocRel, m.NumeroDocRel, m.TipoEntidad, m.CodigoEntidad,
-               m.Descripcion, m.fecha, Variant(), m.Clasificacion, m.Beneficiario, m.montoIGTF,
-               m.tipoCambio);
-        m.commitTransEf();
-        for (auto v : g.vueltos) {
-          v.insert(v.begin(), m.TransID);
-          servidor.ExecuteSQL(
-              "INSERT INTO hostVueltos (TransID, Medio, Monto, MontoNominal) VALUES (?, ?, ?, ?)",
-              v);
-        }
-        servidor.ExecuteSQL("INSERT INTO hostClaves (Clave, TransID) VALUES (?, ?)",
-                            {clave, m.TransID});
-        numero = m.TransID;
-      },
-      [&] { olvidarGuardado(g.mov); });
-  return numero;
+// Sends a batch in one call, in one server transaction; the journal marks
+// each movement with the number the server gave it. Exactly once: the
+// server keeps each key with its movement, so a batch whose answer was lost
+// is answered again from the keys when it is sent once more.
+void enviarLote(HostSql& servidor, HostSql& diario, const std::vector<Pendiente>& lote,
+                Envio& envio) {
+  std::vector<std::string> movimientos;
+  for (const Pendiente& p : lote)
+    movimientos.push_back(movimientoJson(diario, p));
+  const std::string texto = unidas(movimientos);
+  std::map<std::string, std::pair<std::int32_t, std::string>> respuesta;
+  servidor.EnTransaccion([&] {
+    respuesta.clear();
+    auto rs =
+        servidor.openrecordset("SELECT enviada, numero, previos FROM caja_recibir(?)", {texto});
+    for (; !rs->Eof(); rs->MoveNext())
+      respuesta[NzTexto(rs->Fields(0))] = {NzLong(rs->Fields(1)), NzTexto(rs->Fields(2))};
+  });
+  diario.EnTransaccion([&] {
+    for (const Pendiente& p : lote)
+      diario.ExecuteSQL("UPDATE hostClaves SET TransIDServidor = ? WHERE Clave = ?",
+                        {respuesta.at(p.clave).first, p.clave});
+  });
+  for (const Pendiente& p : lote) {
+    const auto& [numero, previos] = respuesta.at(p.clave);
+    envio.enviados.emplace_back(p.numeroLocal, numero);
+    if (!previos.empty())
+      envio.conflictos.push_back(conflictoDe(p, previos, numero));
+  }
+}
+
+// One movement alone, after its batch was refused: a refusal of its own is
+// named, and it stays pending.
+void enviarSolo(HostSql& servidor, HostSql& diario, const Pendiente& p, Envio& envio) {
+  try {
+    enviarLote(servidor, diario, {p}, envio);
+  } catch (const CajaError& e) {
+    if (e.number() == kErrorConexion)
+      throw;
+    envio.fallidos.push_back("Movimiento local " + std::to_string(p.numeroLocal) +
+                             " no enviado: " + e.description());
+  }
 }
 
 // The journal's trail rows the server has not got, in order, each with its
@@ -198,68 +306,74 @@ void copiarReferencias(HostSql& servidor, HostSql& diario) {
     diario.EnTransaccion([&] {
       for (const char* tabla : kReferencias)
         copiarTabla(servidor, diario, tablaDe(tabla));
-      copiarCajasEn(servidor, diario);
+      copiarTabla(servidor, diario, tablaDe("hostDocumentosCobrados"), kDocumentosCobrados,
+                  {Fecha::today() - Fecha(kDiasDocumentos)});
+      // Checked inside the journal's write transaction, so that no sale
+      // slips in between.
+      if (pendientes(diario).empty())
+        copiarCajasEn(servidor, diario);
     });
   });
-}
-
-void copiarCajas(HostSql& servidor, HostSql& diario) {
-  enUnaInstantanea(servidor,
-                   [&] { diario.EnTransaccion([&] { copiarCajasEn(servidor, diario); }); });
 }
 
 std::vector<Pendiente> pendientes(HostSql& diario) {
   std::vector<Pendiente> lista;
   auto rs = diario.openrecordset(
       "SELECT K.Clave, K.TransID, M.Fecha, M.TipoDocumento, M.NumeroDocumento, M.Debitos, "
-      "M.Creditos FROM hostClaves K INNER JOIN MovimientosCaja M ON M.TransID = K.TransID "
+      "M.Creditos, M.machineID FROM hostClaves K INNER JOIN MovimientosCaja M ON M.TransID = "
+      "K.TransID "
       "WHERE K.TransIDServidor IS NULL ORDER BY K.TransID");
   for (; !rs->Eof(); rs->MoveNext()) {
     const std::string tipo = NzTexto(rs->Fields(3));
     lista.push_back({NzTexto(rs->Fields(0)), NzLong(rs->Fields(1)),
                      NzFecha(rs->Fields(2)).date().toString(),
                      tipo.empty() ? "" : tipo + ":" + std::to_string(NzLong(rs->Fields(4))),
-                     NzMoneda(rs->Fields(5)), NzMoneda(rs->Fields(6))});
+                     NzMoneda(rs->Fields(5)), NzMoneda(rs->Fields(6)), NzLong(rs->Fields(7))});
   }
   return lista;
 }
 
-Envio sincronizar(const std::shared_ptr<HostSql>& servidor,
-                  const std::shared_ptr<HostSql>& diario) {
+Envio sincronizar(HostSql& servidor, HostSql& diario) {
   const Cerrojo enviando(carpetaDeDatos(true) / "envio.lock", true);
   Envio envio;
-  for (const Pendiente& p : pendientes(*diario)) {
+  const std::vector<Pendiente> lista = pendientes(diario);
+  for (std::size_t desde = 0; desde < lista.size(); desde += kLote) {
+    const std::vector<Pendiente> lote(
+        lista.begin() + static_cast<std::ptrdiff_t>(desde),
+        lista.begin() + static_cast<std::ptrdiff_t>(std::min(lista.size(), desde + kLote)));
     try {
-      InicializarEntorno(diario);
-      Guardado g = leerDelDiario(*diario, p.numeroLocal);
-      InicializarEntorno(servidor);
-      std::string conflicto;
-      const std::int32_t numero = enviar(*servidor, g, p.clave, conflicto);
-      diario->ExecuteSQL("UPDATE hostClaves SET TransIDServidor = ? WHERE Clave = ?",
-                         {numero, p.clave});
-      envio.enviados.emplace_back(p.numeroLocal, numero);
-      if (!conflicto.empty())
-        envio.conflictos.push_back(
-            conflicto +
-            enCaja(numero,
-                   NzLong(servidor->ReadScalar(
-                       "SELECT machineID FROM MovimientosCaja WHERE TransID = ?", {numero}))));
+      enviarLote(servidor, diario, lote, envio);
     } catch (const CajaError& e) {
-      // A movement the server refuses stays in the journal, named, and does
-      // not hold back the ones after it; a lost link ends the run.
+      // A lost link ends the run. A batch the server refuses is sent again
+      // a movement at a time, so that the one it refuses stays in the
+      // journal, named, and does not hold back the others.
       if (e.number() == kErrorConexion)
         throw;
-      envio.fallidos.push_back("Movimiento local " + std::to_string(p.numeroLocal) +
-                               " no enviado: " + e.description());
+      for (const Pendiente& p : lote)
+        enviarSolo(servidor, diario, p, envio);
     }
   }
-  InicializarEntorno(servidor);
-  enviarAuditoria(*servidor, *diario);
+  enviarAuditoria(servidor, diario);
   // Noted only when something went, so that a sale with nothing to send
   // writes nothing more.
   if (envio.fallidos.empty() && !envio.enviados.empty())
     anotarEnvio();
   return envio;
+}
+
+std::string cobradoSegunDiario(HostSql& diario, const std::string& tipo, std::int32_t numero) {
+  const Variant servidor = diario.ReadScalar(
+      "SELECT MIN(TransID) FROM hostDocumentosCobrados WHERE TipoDocumento = ? AND "
+      "NumeroDocumento = ?",
+      {tipo, numero});
+  if (!servidor.isNull() && !servidor.isEmpty())
+    return std::to_string(CLng(servidor));
+  const Variant local = diario.ReadScalar(
+      "SELECT MIN(M.TransID) FROM MovimientosCaja M INNER JOIN hostClaves K ON K.TransID = "
+      "M.TransID WHERE K.TransIDServidor IS NULL AND M.TipoDocumento = ? AND M.NumeroDocumento "
+      "= ? AND COALESCE(M.Clasificacion, '') = ''",
+      {tipo, numero});
+  return local.isNull() || local.isEmpty() ? "" : "local " + std::to_string(CLng(local));
 }
 
 std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local) {

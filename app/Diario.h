@@ -25,13 +25,12 @@ std::filesystem::path carpetaDeDatos(bool crear);
 std::string rutaDiario(bool crearCarpeta);
 // The journal, created when `crear`; nullptr when it is not there.
 std::shared_ptr<HostSql> abrirDiario(bool crear);
-// Replaces the journal's copy of what a sale reads, and of the drawers, with
-// the server's.
+// Replaces the journal's copy of what a sale reads with the server's, and
+// its drawers too while nothing waits to be sent. A till's drawer moves on
+// the server only by what the till sends, so in the journal it always reads
+// as the server had it at the last copy plus what the till saved since:
+// what `saldo` shows offline and what a withdrawal may take.
 void copiarReferencias(HostSql& servidor, HostSql& diario);
-// Replaces the journal's drawers with the server's. Offline, a drawer then
-// reads as the server had it at the till's last online save plus what the
-// till saved since: what `saldo` shows and what a withdrawal may take.
-void copiarCajas(HostSql& servidor, HostSql& diario);
 
 // A movement waiting in the journal.
 struct Pendiente {
@@ -39,6 +38,7 @@ struct Pendiente {
   std::int32_t numeroLocal;
   std::string fecha, documento;
   Currency debitos, creditos;
+  std::int32_t maquina;
 };
 std::vector<Pendiente> pendientes(HostSql& diario);
 
@@ -53,11 +53,17 @@ struct Envio {
 // Says on standard error, a line each, the documents charged twice and the
 // movements the server refused.
 void avisarEnvio(const Envio& envio);
-// Sends the pending movements, oldest first, each in one server transaction,
-// holding the till's sending lock; the component's host is the server
-// afterwards. A lost link is raised.
-Envio sincronizar(const std::shared_ptr<HostSql>& servidor, const std::shared_ptr<HostSql>& diario);
+// Sends the pending movements, oldest first, a batch of them per call of
+// the server's receiver (caja_recibir) and per server transaction, holding
+// the till's sending lock; then the journal's trail rows. Neither host
+// becomes the component's. A lost link is raised.
+Envio sincronizar(HostSql& servidor, HostSql& diario);
 
+// Where a till on a server finds a document charged already, without a
+// round trip: the journal's copy of the server's recent documents ("12",
+// the server's movement), then the till's own sales not sent yet ("local
+// 3"); empty when neither has it.
+std::string cobradoSegunDiario(HostSql& diario, const std::string& tipo, std::int32_t numero);
 // The server's number of a movement saved in the journal as `local`: 0 while
 // it waits to be sent, -1 when the journal has no such movement.
 std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local);

@@ -34,7 +34,7 @@ std::filesystem::path enCarpeta(const char* nombre) {
 // copy of what a sale reads. Whether anything still waits.
 bool lote(const std::string& uri, const std::shared_ptr<HostSql>& diario) {
   const auto servidor = PostgresFactoria::Conectar(uri);
-  const Envio envio = sincronizar(servidor, diario);
+  const Envio envio = sincronizar(*servidor, *diario);
   avisarEnvio(envio);
   copiarReferencias(*servidor, *diario);
   return !pendientes(*diario).empty();

@@ -429,7 +429,7 @@ std::string pendientesAlCerrar(Contexto& c) {
   const auto diario = c.conServidor ? abrirDiario(false) : nullptr;
   if (!diario)
     return "";
-  avisarEnvio(sincronizar(c.db, diario));
+  avisarEnvio(sincronizar(*c.db, *diario));
   std::string locales;
   for (const Pendiente& p : pendientes(*diario))
     locales += (locales.empty() ? "" : ", ") + std::to_string(p.numeroLocal);

@@ -218,8 +218,7 @@ const std::vector<Tabla> kTablas = {
     // so that a row changed or removed breaks the chain. Numbered by the
     // program, one after the other, under a lock. A row a till's journal
     // recorded offline reaches the server with the journal row's hash as its
-    // `Origen`. Last of the schema with the next table, so that a database
-    // made before them is completed.
+    // `Origen`.
     {"hostAuditoria",
      {{"id", T::Entero, "PRIMARY KEY"},
       {"Fecha", T::TextoExacto, "NOT NULL"},
@@ -236,6 +235,16 @@ const std::vector<Tabla> kTablas = {
      {}},
     // In a till's journal: the rows of its trail already on the server.
     {"hostAuditoriaEnviada", {{"id", T::Entero, "PRIMARY KEY"}}, {}},
+    // In a till's journal: the documents the server holds as charged lately
+    // and not voided, so that a till tells a document charged already
+    // without a round trip. Last of the schema, so that a database made
+    // before it is completed.
+    {"hostDocumentosCobrados",
+     {{"TipoDocumento", T::Texto, "NOT NULL"},
+      {"NumeroDocumento", T::Entero, "NOT NULL"},
+      {"TransID", T::Entero, "NOT NULL"},
+      {"machineID", T::Entero, ""}},
+     {}},
 };
 
 const std::vector<Indice> kIndices = {
@@ -252,6 +261,7 @@ const std::vector<Indice> kIndices = {
     {"ixCvCajaMachineID", "cvCaja", "MachineID"},
     {"ixCvCajaDetalles", "cvCajaDetalles", "idCec, codigoMedio"},
     {"ixHostAuditoriaOrigen", "hostAuditoria", "Origen"},
+    {"ixHostDocumentosCobrados", "hostDocumentosCobrados", "TipoDocumento, NumeroDocumento"},
 };
 
 }  // namespace

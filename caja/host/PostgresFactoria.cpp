@@ -25,6 +25,88 @@ constexpr Oid kBool = 16, kInt8 = 20, kInt2 = 21, kInt4 = 23, kText = 25, kFloat
 // first time do not both create the schema.
 constexpr std::int32_t kCerrojoEsquema = 0x63616a61;
 
+// What a till's sender calls: a batch of movements from its journal, as a
+// JSON array, saved in one call. Each element carries its key, the header
+// row, its lines with their coins, its drawer transactions with their lines
+// and how its change went back, every row by its column names; identities
+// are the server's own (OVERRIDING USER VALUE) and each child row points at
+// its parent's new one. A key the server has already answers with the
+// movement it names, so a batch sent twice saves nothing twice. For each
+// element it answers the key, the server's number and, for a sale of a
+// document already charged and not voided, those movements as
+// "NUMBER:MACHINE" separated by blanks.
+constexpr const char* kRecibir = R"sql(CREATE OR REPLACE FUNCTION caja_recibir(lote text)
+RETURNS TABLE (enviada text, numero integer, previos text) LANGUAGE plpgsql AS $$
+DECLARE
+  m jsonb; cab jsonb; l jsonb; t jsonb; d jsonb;
+  linea integer; trans integer; cec integer; det integer; maquina integer;
+BEGIN
+  FOR m IN SELECT value FROM jsonb_array_elements(lote::jsonb) LOOP
+    enviada := m->>'clave';
+    cab := m->'movimiento';
+    previos := '';
+    SELECT k.transid INTO numero FROM hostclaves k WHERE k.clave = enviada;
+    IF FOUND THEN
+      RETURN NEXT;
+      CONTINUE;
+    END IF;
+    IF coalesce(cab->>'tipodocumento', '') <> '' AND coalesce((cab->>'numerodocumento')::integer, 0) <> 0
+       AND coalesce(cab->>'clasificacion', '') = '' THEN
+      SELECT coalesce(string_agg(p.transid || ':' || coalesce(p.machineid, 0), ' ' ORDER BY p.transid), '')
+        INTO previos FROM movimientoscaja p LEFT JOIN hostanulaciones a ON a.transid = p.transid
+       WHERE p.tipodocumento = cab->>'tipodocumento'
+         AND p.numerodocumento = (cab->>'numerodocumento')::integer
+         AND a.transid IS NULL AND coalesce(p.clasificacion, '') = '';
+    END IF;
+    INSERT INTO movimientoscaja OVERRIDING USER VALUE
+      SELECT r.* FROM jsonb_populate_record(NULL::movimientoscaja, cab) r RETURNING transid INTO numero;
+    FOR l IN SELECT value FROM jsonb_array_elements(m->'lineas') LOOP
+      INSERT INTO detallesvarelta OVERRIDING USER VALUE
+        SELECT r.* FROM jsonb_populate_record(NULL::detallesvarelta,
+                                              l->'fila' || jsonb_build_object('transid', numero)) r
+        RETURNING id INTO linea;
+      IF coalesce(l->'fila'->>'emisor', '') <> '' THEN
+        INSERT INTO generalemisores (tipodocumento, codigoemisor)
+          SELECT l->'fila'->>'medio', l->'fila'->>'emisor' WHERE NOT EXISTS (
+            SELECT * FROM generalemisores g
+             WHERE g.tipodocumento = l->'fila'->>'medio' AND g.codigoemisor = l->'fila'->>'emisor');
+      END IF;
+      INSERT INTO detallesdenominacion OVERRIDING USER VALUE
+        SELECT r.* FROM jsonb_array_elements(l->'denominaciones') x,
+          jsonb_populate_record(NULL::detallesdenominacion, x.value || jsonb_build_object('iddetalle', linea)) r;
+    END LOOP;
+    FOR t IN SELECT value FROM jsonb_array_elements(m->'transacciones') LOOP
+      INSERT INTO transaccionesefectivo OVERRIDING USER VALUE
+        SELECT r.* FROM jsonb_populate_record(NULL::transaccionesefectivo,
+                                              t->'fila' || jsonb_build_object('idorigen', numero)) r
+        RETURNING id, machineid INTO trans, maquina;
+      SELECT c.id INTO cec FROM cvcaja c WHERE c.machineid = maquina ORDER BY c.id LIMIT 1;
+      IF cec IS NULL THEN
+        INSERT INTO cvcaja (efectivomn, machineid) VALUES (0, maquina) RETURNING id INTO cec;
+      END IF;
+      UPDATE cvcaja SET efectivomn = efectivomn + (t->'fila'->>'efectivomn')::numeric WHERE id = cec;
+      FOR d IN SELECT value FROM jsonb_array_elements(t->'detalles') LOOP
+        INSERT INTO transaccionefectivodetalles
+          SELECT r.* FROM jsonb_populate_record(NULL::transaccionefectivodetalles,
+                                                d || jsonb_build_object('transid', trans)) r;
+        SELECT c.id INTO det FROM cvcajadetalles c
+         WHERE c.idcec = cec AND c.codigomedio = d->>'codigomedio' ORDER BY c.id LIMIT 1;
+        IF det IS NULL THEN
+          INSERT INTO cvcajadetalles (idcec, codigomedio) VALUES (cec, d->>'codigomedio')
+            RETURNING id INTO det;
+        END IF;
+        UPDATE cvcajadetalles SET valormn = valormn + (d->>'valormn')::numeric,
+               valornominal = valornominal + (d->>'valornominal')::numeric WHERE id = det;
+      END LOOP;
+    END LOOP;
+    INSERT INTO hostvueltos
+      SELECT r.* FROM jsonb_array_elements(m->'vueltos') x,
+        jsonb_populate_record(NULL::hostvueltos, x.value || jsonb_build_object('transid', numero)) r;
+    INSERT INTO hostclaves (clave, transid) VALUES (enviada, numero);
+    RETURN NEXT;
+  END LOOP;
+END $$)sql";
+
 // The SQL Server functions the component calls, as the server's own. Each
 // reads this session's sequences only; with none yet they answer NULL, as
 // SQL Server does.
@@ -44,6 +126,7 @@ const char* const kFunciones[] = {
     "AND a.attidentity <> ''; "
     "IF secuencia IS NULL THEN RETURN NULL; END IF; RETURN currval(secuencia); "
     "EXCEPTION WHEN object_not_in_prerequisite_state THEN RETURN NULL; END $$",
+    kRecibir,
 };
 
 std::string primeraLinea(const std::string& texto) {
@@ -269,7 +352,9 @@ void PostgresFactoria::conectar(const std::string& uri) {
 // tells that the rest is there, since all of it is created in one transaction.
 void PostgresFactoria::prepararEsquema() {
   const std::string ultima = lowerAscii(tablasEsquema().back().nombre);
-  const std::string existe = "SELECT to_regclass(?) IS NOT NULL";
+  // The batch receiver is checked too: a database made before it gets it.
+  const std::string existe =
+      "SELECT to_regclass(?) IS NOT NULL AND to_regprocedure('caja_recibir(text)') IS NOT NULL";
   if (CBool(ReadScalar(existe, {ultima})))
     return;
   BeginTrans();

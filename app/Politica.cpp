@@ -1,0 +1,116 @@
+#include "app/Politica.h"
+
+#include <filesystem>
+#include <iostream>
+
+#include "app/Diario.h"
+#include "app/Enviador.h"
+#include "caja/base/Conversiones.h"
+#include "caja/host/PostgresFactoria.h"
+#include "caja/host/SqliteFactoria.h"
+#include "caja/service/General.h"
+
+namespace caja::app {
+
+namespace {
+
+bool esUno(const std::string& comando, std::initializer_list<const char*> lista) {
+  for (const char* c : lista)
+    if (comando == c)
+      return true;
+  return false;
+}
+
+bool guardaMovimiento(const std::string& comando) {
+  return esUno(comando, {"cobrar", "devolver", "entrada", "salida"});
+}
+
+// What a sale reads (a voided movement frees its document) and these
+// commands change on the server.
+bool cambiaReferencias(const std::string& comando) {
+  return esUno(comando,
+               {"init", "tasa", "sesion", "medios", "supervisor", "cajero", "anular", "cierre"});
+}
+
+// The default file, under the user's data folder; the folder is made only
+// for a command that creates the database.
+std::string baseDeDatosPorDefecto(bool crear) {
+  return (carpetaDeDatos(crear) / "caja.db").string();
+}
+
+// A server by its connection URI, or the file. Only `init` creates a file:
+// every other command needs the database it names to be there already, so a
+// mistyped --db never leaves an empty database behind.
+std::shared_ptr<HostSql> abrirBaseDeDatos(const LineaComandos& args) {
+  const auto db = args.valor("db");
+  if (db && PostgresFactoria::EsUri(*db))
+    return PostgresFactoria::Conectar(*db);
+  const bool crear = args.comando() == "init";
+  const std::string archivo = db ? *db : baseDeDatosPorDefecto(crear);
+  if (!crear && !std::filesystem::exists(archivo))
+    throw CajaError(kErrorBaseDatos, "caja",
+                    "No existe la base de datos " + archivo + " (créela con caja init)");
+  return SqliteFactoria::Abrir(archivo);
+}
+
+// A journal that never took a copy of what a sale reads takes it now, from
+// the server: the till's first sale waits on the link once.
+void copiaInicial(const LineaComandos& args, HostSql& diario) {
+  if (CLng(diario.ReadScalar("SELECT COUNT(*) FROM MediosPago")) > 0)
+    return;
+  copiarReferencias(*PostgresFactoria::Conectar(*args.valor("db")), diario);
+}
+
+// The journal's copy after a change on the server. The change is made
+// whatever happens here: a failed copy is said in one line, and the sender
+// refreshes it after the next sale.
+void refrescarCopia(Contexto& c) {
+  try {
+    if (const auto diario = abrirDiario(false))
+      copiarReferencias(*c.db, *diario);
+  } catch (const std::exception& e) {
+    avisarDiarioSinActualizar(e);
+  }
+}
+
+}  // namespace
+
+void PoliticaCaja::abrir(Contexto& c) {
+  const auto uri = c.args.valor("db");
+  c.conServidor = uri && PostgresFactoria::EsUri(*uri);
+  const std::string& comando = c.args.comando();
+  if (comando == "enviar" && !c.conServidor)
+    throw ErrorUso("caja enviar es de una caja con servidor: --db postgresql://...");
+  const bool local = esUno(comando, {"pendientes", "enviar"}) ||
+                     (c.conServidor && guardaMovimiento(comando)) ||
+                     (comando == "movimiento" && c.args.valor("local"));
+  if (local) {
+    c.db = abrirDiario(true);
+    c.enDiario = true;
+    if (c.conServidor && guardaMovimiento(comando))
+      copiaInicial(c.args, *c.db);
+    return;
+  }
+  try {
+    c.db = abrirBaseDeDatos(c.args);
+  } catch (const CajaError& e) {
+    const bool lectura = esUno(comando, {"saldo", "movimientos", "movimiento"});
+    c.db = c.conServidor && e.number() == kErrorConexion && lectura ? abrirDiario(false) : nullptr;
+    if (!c.db)
+      throw;
+    c.enDiario = true;
+    std::cerr << "Sin conexión con el servidor: cifras locales de esta caja" << std::endl;
+  }
+}
+
+void PoliticaCaja::despues(Contexto& c) {
+  const std::string& comando = c.args.comando();
+  if (!c.conServidor)
+    return;
+  if (guardaMovimiento(comando))
+    lanzarEnviador(*c.args.valor("db"));
+  else if (!c.enDiario && cambiaReferencias(comando))
+    refrescarCopia(c);
+}
+
+}  // namespace caja::app
