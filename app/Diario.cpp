@@ -53,36 +53,43 @@ const Tabla& tablaDe(const std::string& nombre) {
   throw CajaError(kErrorBaseDatos, "caja", "Tabla desconocida: " + nombre);
 }
 
-// Replaces the journal's rows of `t` with what `consulta` reads on the
-// server (by default the server's whole table).
-void copiarTabla(HostSql& servidor, HostSql& diario, const Tabla& t, std::string consulta = "",
-                 const Argumentos& args = {}) {
-  std::string columnas, marcas;
-  for (const Columna& c : t.columnas) {
+// A table's rows as the server holds them, read before the journal is
+// written: `consulta` picks them, by default the whole table.
+struct Copia {
+  const Tabla& tabla;
+  std::shared_ptr<Recordset> filas;
+};
+
+std::string columnasDe(const Tabla& t) {
+  std::string columnas;
+  for (const Columna& c : t.columnas)
     columnas += (columnas.empty() ? "" : ", ") + std::string(c.nombre);
-    marcas += marcas.empty() ? "?" : ", ?";
-  }
-  const std::string tabla(t.nombre);
-  if (consulta.empty())
-    consulta = "SELECT " + columnas + " FROM " + tabla;
-  diario.ExecuteSQL("DELETE FROM " + tabla);
-  auto rs = servidor.openrecordset(consulta, args);
-  const std::string insertar =
-      "INSERT INTO " + tabla + " (" + columnas + ") VALUES (" + marcas + ")";
-  for (; !rs->Eof(); rs->MoveNext()) {
-    Argumentos fila;
-    for (int i = 0; i < rs->FieldCount(); ++i)
-      fila.push_back(rs->Fields(i));
-    diario.ExecuteSQL(insertar, fila);
-  }
+  return columnas;
 }
 
-// The drawers as the server holds them; the details go first, since they
-// point at their drawer.
-void copiarCajasEn(HostSql& servidor, HostSql& diario) {
-  diario.ExecuteSQL("DELETE FROM cvCajaDetalles");
-  copiarTabla(servidor, diario, tablaDe("cvCaja"));
-  copiarTabla(servidor, diario, tablaDe("cvCajaDetalles"));
+Copia leerTabla(HostSql& servidor, const char* nombre, std::string consulta = "",
+                const Argumentos& args = {}) {
+  const Tabla& t = tablaDe(nombre);
+  if (consulta.empty())
+    consulta = "SELECT " + columnasDe(t) + " FROM " + std::string(t.nombre);
+  return {t, servidor.openrecordset(consulta, args)};
+}
+
+// Replaces the journal's rows of the table with the copy's.
+void escribir(HostSql& diario, const Copia& copia) {
+  std::string marcas;
+  for (std::size_t i = 0; i < copia.tabla.columnas.size(); ++i)
+    marcas += marcas.empty() ? "?" : ", ?";
+  const std::string tabla(copia.tabla.nombre);
+  diario.ExecuteSQL("DELETE FROM " + tabla);
+  const std::string insertar =
+      "INSERT INTO " + tabla + " (" + columnasDe(copia.tabla) + ") VALUES (" + marcas + ")";
+  for (auto& rs = *copia.filas; !rs.Eof(); rs.MoveNext()) {
+    Argumentos fila;
+    for (int i = 0; i < rs.FieldCount(); ++i)
+      fila.push_back(rs.Fields(i));
+    diario.ExecuteSQL(insertar, fila);
+  }
 }
 
 // Reads the server in one snapshot. Other tills keep saving while the
@@ -302,17 +309,28 @@ std::shared_ptr<HostSql> abrirDiario(bool crear) {
 }
 
 void copiarReferencias(HostSql& servidor, HostSql& diario) {
+  std::vector<Copia> copias, cajas;
   enUnaInstantanea(servidor, [&] {
-    diario.EnTransaccion([&] {
-      for (const char* tabla : kReferencias)
-        copiarTabla(servidor, diario, tablaDe(tabla));
-      copiarTabla(servidor, diario, tablaDe("hostDocumentosCobrados"), kDocumentosCobrados,
-                  {Fecha::today() - Fecha(kDiasDocumentos)});
-      // Checked inside the journal's write transaction, so that no sale
-      // slips in between.
-      if (pendientes(diario).empty())
-        copiarCajasEn(servidor, diario);
-    });
+    for (const char* tabla : kReferencias)
+      copias.push_back(leerTabla(servidor, tabla));
+    copias.push_back(leerTabla(servidor, "hostDocumentosCobrados", kDocumentosCobrados,
+                               {Fecha::today() - Fecha(kDiasDocumentos)}));
+    cajas.push_back(leerTabla(servidor, "cvCaja"));
+    cajas.push_back(leerTabla(servidor, "cvCajaDetalles"));
+  });
+  // The journal is written only once all is read, in one short local
+  // transaction: a sale at the till never waits on the link for its lock.
+  diario.EnTransaccion([&] {
+    for (const Copia& c : copias)
+      escribir(diario, c);
+    // Checked inside the journal's write transaction, so that no sale
+    // slips in between; the drawer lines go first, since they point at
+    // their drawer.
+    if (pendientes(diario).empty()) {
+      diario.ExecuteSQL("DELETE FROM cvCajaDetalles");
+      for (const Copia& c : cajas)
+        escribir(diario, c);
+    }
   });
 }
 

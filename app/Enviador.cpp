@@ -52,12 +52,11 @@ Cerrojo::~Cerrojo() {
     ::close(fd_);
 }
 
-int enviar(Contexto& c) {
-  const Cerrojo vivo(enCarpeta("enviador.lock"), false);
-  if (!vivo.tomado()) {
-    c.out << "Ya hay un envío en curso en esta caja\n";
-    return kExito;
-  }
+namespace {
+
+// Sends while the lock is held, until nothing waits or, unless
+// `--continuo`, ten minutes have passed.
+int enviarConCerrojo(Contexto& c) {
   const std::string uri = *c.args.valor("db");
   const bool continuo = c.args.bandera("continuo");
   const auto hasta = std::chrono::steady_clock::now() + kPlazo;
@@ -65,10 +64,8 @@ int enviar(Contexto& c) {
   for (;;) {
     int pausa = kPausaContinuaS;
     try {
-      if (!lote(uri, c.db) && !continuo) {
-        c.out << "Nada espera envío\n";
+      if (!lote(uri, c.db) && !continuo)
         return kExito;
-      }
       espera = 1;
     } catch (const CajaError& e) {
       // A server that is away, or one that refuses what it is sent: try
@@ -84,6 +81,29 @@ int enviar(Contexto& c) {
       return kError;
     }
     std::this_thread::sleep_for(std::chrono::seconds(pausa));
+  }
+}
+
+}  // namespace
+
+int enviar(Contexto& c) {
+  for (bool primera = true;; primera = false) {
+    {
+      const Cerrojo vivo(enCarpeta("enviador.lock"), false);
+      if (!vivo.tomado()) {
+        if (primera)
+          c.out << "Ya hay un envío en curso en esta caja\n";
+        return kExito;
+      }
+      if (const int estado = enviarConCerrojo(c); estado != kExito)
+        return estado;
+    }
+    // A sale saved after the last look found this sender still running and
+    // started none: one more look once the lock is free.
+    if (pendientes(*c.db).empty()) {
+      c.out << "Nada espera envío\n";
+      return kExito;
+    }
   }
 }
 
