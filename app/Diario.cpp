@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <iostream>
 #include <map>
 #include <sstream>
@@ -20,7 +19,6 @@
 #include "caja/movement/CVarelta.h"
 #include "caja/service/General.h"
 #include "caja/service/HostUtil.h"
-#include "caja/service/TransaccionHost.h"
 
 namespace caja::app {
 
@@ -54,7 +52,7 @@ const Tabla& tablaDe(const std::string& nombre) {
 }
 
 // A table's rows as the server holds them, read before the journal is
-// written: `consulta` picks them, by default the whole table.
+// written.
 struct Copia {
   const Tabla& tabla;
   std::shared_ptr<Recordset> filas;
@@ -67,12 +65,10 @@ std::string columnasDe(const Tabla& t) {
   return columnas;
 }
 
-Copia leerTabla(HostSql& servidor, const char* nombre, std::string consulta = "",
-                const Argumentos& args = {}) {
-  const Tabla& t = tablaDe(nombre);
-  if (consulta.empty())
-    consulta = "SELECT " + columnasDe(t) + " FROM " + std::string(t.nombre);
-  return {t, servidor.openrecordset(consulta, args)};
+// The read of a whole table, its columns in the schema's order.
+std::pair<std::string, Argumentos> lecturaDe(const char* tabla) {
+  const Tabla& t = tablaDe(tabla);
+  return {"SELECT " + columnasDe(t) + " FROM " + std::string(t.nombre), {}};
 }
 
 // Replaces the journal's rows of the table with the copy's.
@@ -90,16 +86,6 @@ void escribir(HostSql& diario, const Copia& copia) {
       fila.push_back(rs.Fields(i));
     diario.ExecuteSQL(insertar, fila);
   }
-}
-
-// Reads the server in one snapshot. Other tills keep saving while the
-// journal copies: read table by table, a drawer line made by another till's
-// first sale between two reads would reach the journal without its drawer.
-void enUnaInstantanea(HostSql& servidor, const std::function<void()>& lectura) {
-  TransaccionHost transaccion(servidor);
-  servidor.ExecuteSQL("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY");
-  lectura();
-  transaccion.commit();
 }
 
 // A value as JSON: money and numbers by their exact text, dates as the
@@ -216,7 +202,7 @@ std::string conflictoDe(const Pendiente& p, const std::string& previos, std::int
          enCaja(numero, p.maquina);
 }
 
-// Sends a batch in one call, in one server transaction; the journal marks
+// Sends a batch in one call, one server transaction; the journal marks
 // each movement with the number the server gave it. Exactly once: the
 // server keeps each key with its movement, so a batch whose answer was lost
 // is answered again from the keys when it is sent once more.
@@ -227,7 +213,8 @@ void enviarLote(HostSql& servidor, HostSql& diario, const std::vector<Pendiente>
     movimientos.push_back(movimientoJson(diario, p));
   const std::string texto = unidas(movimientos);
   std::map<std::string, std::pair<std::int32_t, std::string>> respuesta;
-  servidor.EnTransaccion([&] {
+  // One statement, its own transaction: one round trip.
+  servidor.Reintentando([&] {
     respuesta.clear();
     auto rs =
         servidor.openrecordset("SELECT enviada, numero, previos FROM caja_recibir(?)", {texto});
@@ -309,15 +296,23 @@ std::shared_ptr<HostSql> abrirDiario(bool crear) {
 }
 
 void copiarReferencias(HostSql& servidor, HostSql& diario) {
+  // Read together, in one snapshot and one round trip: other tills keep
+  // saving meanwhile, and a drawer line made by another till's first sale
+  // between two reads would reach the journal without its drawer.
+  std::vector<const char*> tablas(std::begin(kReferencias), std::end(kReferencias));
+  std::vector<std::pair<std::string, Argumentos>> lecturas;
+  for (const char* t : tablas)
+    lecturas.push_back(lecturaDe(t));
+  lecturas.emplace_back(kDocumentosCobrados, Argumentos{Fecha::today() - Fecha(kDiasDocumentos)});
+  tablas.push_back("hostDocumentosCobrados");
+  for (const char* t : {"cvCaja", "cvCajaDetalles"}) {
+    lecturas.push_back(lecturaDe(t));
+    tablas.push_back(t);
+  }
+  const auto filas = servidor.LeerJuntas(lecturas);
   std::vector<Copia> copias, cajas;
-  enUnaInstantanea(servidor, [&] {
-    for (const char* tabla : kReferencias)
-      copias.push_back(leerTabla(servidor, tabla));
-    copias.push_back(leerTabla(servidor, "hostDocumentosCobrados", kDocumentosCobrados,
-                               {Fecha::today() - Fecha(kDiasDocumentos)}));
-    cajas.push_back(leerTabla(servidor, "cvCaja"));
-    cajas.push_back(leerTabla(servidor, "cvCajaDetalles"));
-  });
+  for (std::size_t i = 0; i < tablas.size(); ++i)
+    (i + 2 < tablas.size() ? copias : cajas).push_back({tablaDe(tablas[i]), filas[i]});
   // The journal is written only once all is read, in one short local
   // transaction: a sale at the till never waits on the link for its lock.
   diario.EnTransaccion([&] {

@@ -32,11 +32,10 @@ std::filesystem::path enCarpeta(const char* nombre) {
 
 // One batch: what waits goes to the server, then the journal takes a fresh
 // copy of what a sale reads. Whether anything still waits.
-bool lote(const std::string& uri, const std::shared_ptr<HostSql>& diario) {
-  const auto servidor = PostgresFactoria::Conectar(uri);
-  const Envio envio = sincronizar(*servidor, *diario);
+bool lote(HostSql& servidor, const std::shared_ptr<HostSql>& diario) {
+  const Envio envio = sincronizar(servidor, *diario);
   avisarEnvio(envio);
-  copiarReferencias(*servidor, *diario);
+  copiarReferencias(servidor, *diario);
   return !pendientes(*diario).empty();
 }
 
@@ -61,13 +60,18 @@ int enviarConCerrojo(Contexto& c) {
   const bool continuo = c.args.bandera("continuo");
   const auto hasta = std::chrono::steady_clock::now() + kPlazo;
   int espera = 1;
+  // One connection while it works; a failure makes a new one next time.
+  std::shared_ptr<PostgresFactoria> servidor;
   for (;;) {
     int pausa = kPausaContinuaS;
     try {
-      if (!lote(uri, c.db) && !continuo)
+      if (!servidor)
+        servidor = PostgresFactoria::Conectar(uri);
+      if (!lote(*servidor, c.db) && !continuo)
         return kExito;
       espera = 1;
     } catch (const CajaError& e) {
+      servidor.reset();
       // A server that is away, or one that refuses what it is sent: try
       // again later, less often each time.
       std::cerr << e.description() << "; nuevo intento en " << espera << " s" << std::endl;

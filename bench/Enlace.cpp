@@ -52,8 +52,8 @@ std::vector<std::string> venta(int i, const std::string& db) {
 
 // Three lines: national cash, a dollar and a debit card.
 std::vector<std::string> ventaDeTresLineas(const std::string& db) {
-  return {"cobrar", "--venta", "100",      "--pago", "EFE=10",    "--pago",
-          "USD=1",  "--pago",  "TDD=60",   "--aceptar", "--db",   db};
+  return {"cobrar", "--venta", "100",    "--pago",    "EFE=10", "--pago",
+          "USD=1",  "--pago",  "TDD=60", "--aceptar", "--db",   db};
 }
 
 double correr(const std::filesystem::path& datos, const std::vector<std::string>& argumentos,
@@ -79,8 +79,8 @@ std::shared_ptr<SqliteFactoria> diarioDe(const Caja& c) {
 }
 
 long pendientesEn(const Caja& c) {
-  return CLng(diarioDe(c)->ReadScalar(
-      "SELECT COUNT(*) FROM hostClaves WHERE TransIDServidor IS NULL"));
+  return CLng(
+      diarioDe(c)->ReadScalar("SELECT COUNT(*) FROM hostClaves WHERE TransIDServidor IS NULL"));
 }
 
 // Until the till's senders have shipped all it saved (a minute at most).
@@ -213,14 +213,14 @@ int main(int argc, char** argv) {
   std::vector<double> razones;
   for (std::size_t i = 0; i < archivo.tiempos.size(); ++i)
     razones.push_back(a50.tiempos[i] / archivo.tiempos[i]);
-  bool bien = cumple("espera a 50 ms / archivo, mediana por ronda", test::percentil(razones, 0.5),
-                     1.2, "");
+  bool bien =
+      cumple("espera a 50 ms / archivo, mediana por ronda", test::percentil(razones, 0.5), 1.2, "");
 
   const auto llegada = medirLlegada(a50, *servidor.db, std::min(ventas, 10));
   std::printf("de la venta al servidor a 50 ms: p50 %.0f ms, máx %.0f ms\n",
               test::percentil(llegada, 0.5), test::percentil(llegada, 1.0));
-  bien &= cumple("de la venta al servidor a 50 ms, máximo", test::percentil(llegada, 1.0) / 1000,
-                 2, "s");
+  bien &= cumple("de la venta al servidor a 50 ms, máximo", test::percentil(llegada, 1.0) / 1000, 2,
+                 "s");
 
   Caja atrasada{"atrasada", {}, a50.db};
   correr(atrasada.datos.ruta(), venta(1, atrasada.db), false);
@@ -243,8 +243,8 @@ int main(int argc, char** argv) {
   nube.contarDesdeCero();
   correr(contada.datos.ruta(), {"sincronizar", "--db", contada.db}, false);
   const long conVenta = nube.idasYVueltas();
-  std::printf("idas y vueltas de sincronizar: %ld sin nada pendiente, %ld con una venta\n",
-              sinNada, conVenta);
+  std::printf("idas y vueltas de sincronizar: %ld sin nada pendiente, %ld con una venta\n", sinNada,
+              conVenta);
   bien &= cumple("idas y vueltas del envío de una venta de 3 líneas",
                  static_cast<double>(conVenta - sinNada), 3, "");
   std::printf("idas y vueltas del guardado del componente por PostgresFactoria, 3 líneas: %ld\n",

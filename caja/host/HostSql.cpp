@@ -105,13 +105,11 @@ Variant HostSql::EjecutarProcedimiento(const std::string& nombre,
   return it->second(argumentos);
 }
 
-void HostSql::EnTransaccion(const std::function<void()>& trabajo,
-                            const std::function<void()>& antesDeReintentar, int intentos) {
+void HostSql::Reintentando(const std::function<void()>& trabajo,
+                           const std::function<void()>& antesDeReintentar, int intentos) {
   for (int intento = 1;; ++intento) {
     try {
-      TransaccionHost transaccion(*this);
       trabajo();
-      transaccion.commit();
       return;
     } catch (const CajaError& e) {
       if (e.number() != kErrorConflicto || intento >= intentos)
@@ -121,6 +119,28 @@ void HostSql::EnTransaccion(const std::function<void()>& trabajo,
     if (antesDeReintentar)
       antesDeReintentar();
   }
+}
+
+void HostSql::EnTransaccion(const std::function<void()>& trabajo,
+                            const std::function<void()>& antesDeReintentar, int intentos) {
+  Reintentando(
+      [&] {
+        TransaccionHost transaccion(*this);
+        trabajo();
+        transaccion.commit();
+      },
+      antesDeReintentar, intentos);
+}
+
+std::vector<std::shared_ptr<Recordset>> HostSql::LeerJuntas(
+    const std::vector<std::pair<std::string, Argumentos>>& consultas) {
+  std::vector<std::shared_ptr<Recordset>> lecturas;
+  EnTransaccion([&] {
+    lecturas.clear();
+    for (const auto& [sql, args] : consultas)
+      lecturas.push_back(openrecordset(sql, args));
+  });
+  return lecturas;
 }
 
 Variant enteroComoVariant(long long n) {

@@ -55,6 +55,15 @@ class CAJA_EXPORT HostSql : public Factoria, public std::enable_shared_from_this
   // rolls back and reaches the caller.
   void EnTransaccion(const std::function<void()>& trabajo,
                      const std::function<void()>& antesDeReintentar = {}, int intentos = 8);
+  // The same, for work that is one statement and so its own transaction.
+  void Reintentando(const std::function<void()>& trabajo,
+                    const std::function<void()>& antesDeReintentar = {}, int intentos = 8);
+
+  // Runs the reads together, in one transaction, so that they see the data
+  // as of one moment; a server host sends them in one round trip. Each
+  // value's type comes from its place in the statement.
+  virtual std::vector<std::shared_ptr<Recordset>> LeerJuntas(
+      const std::vector<std::pair<std::string, Argumentos>>& consultas);
 
  protected:
   HostSql() = default;

@@ -379,51 +379,132 @@ PostgresFactoria::~PostgresFactoria() {
   PQfinish(conexion_);
 }
 
+namespace {
+
+bool fallido(const PGresult* r) {
+  const auto estado = PQresultStatus(r);
+  return estado != PGRES_COMMAND_OK && estado != PGRES_TUPLES_OK;
+}
+
+// A statement of a flight, with its values as libpq's text format takes
+// them (null pointers for SQL NULL).
+struct Paso {
+  std::string clave, texto;
+  bool nueva = false;
+  std::vector<std::optional<std::string>> textos;
+  std::vector<const char*> valores;
+};
+
+}  // namespace
+
 // Each statement is prepared once per connection and kind of values, under
 // a name of its own, so that the server parses and plans it once; past a
-// bound the connection's statements are dropped and prepared afresh.
-const PostgresFactoria::Preparada& PostgresFactoria::preparar(const std::string& sql,
-                                                              const Argumentos& args) {
-  const std::string clave = claveDePreparada(sql, args);
-  if (const auto it = preparadas_.find(clave); it != preparadas_.end())
-    return it->second;
-  if (preparadas_.size() >= kMaximoPreparadas) {
+// bound the connection's statements are dropped and prepared afresh. A
+// statement not prepared yet is prepared and run in the same flight
+// (libpq's pipeline mode), and so are several statements sent together:
+// one round trip for all of them.
+std::vector<PostgresFactoria::Resultado> PostgresFactoria::viaje(
+    const std::vector<std::pair<std::string, Argumentos>>& sentencias, bool todos) {
+  if (preparadas_.size() + sentencias.size() > kMaximoPreparadas) {
     Resultado r(PQexec(conexion_, "DEALLOCATE ALL"));
     preparadas_.clear();
   }
-  Preparada p;
-  const std::string texto = traducirSql(sql, kDialectoPostgres, p.marcas);
-  p.nombre = "caja" + std::to_string(++nombradas_);
-  for (const bool todos : {false, true}) {
-    const std::vector<Oid> tipos = tiposDeValores(args, p.marcas, todos);
-    Resultado r(PQprepare(conexion_, p.nombre.c_str(), texto.c_str(), p.marcas, tipos.data()));
-    if (PQresultStatus(r.get()) == PGRES_COMMAND_OK)
-      break;
-    // Inside a transaction the failed attempt has already aborted it.
-    if (todos || !sinTipo(r.get()) || PQtransactionStatus(conexion_) != PQTRANS_IDLE)
-      fallar(r.get(), args);
+  std::vector<Paso> pasos(sentencias.size());
+  std::vector<Preparada> nuevas(sentencias.size());
+  for (std::size_t i = 0; i < sentencias.size(); ++i) {
+    const auto& [sql, args] = sentencias[i];
+    Paso& paso = pasos[i];
+    paso.clave = claveDePreparada(sql, args);
+    if (const auto it = preparadas_.find(paso.clave); it != preparadas_.end()) {
+      nuevas[i] = it->second;
+    } else {
+      paso.nueva = true;
+      paso.texto = traducirSql(sql, kDialectoPostgres, nuevas[i].marcas);
+      nuevas[i].nombre = "caja" + std::to_string(++nombradas_);
+    }
+    if (static_cast<std::size_t>(nuevas[i].marcas) > args.size())
+      throw CajaError(kErrorBaseDatos, kFuente,
+                      "Faltan valores para uno o mas parametros requeridos");
+    for (int j = 0; j < nuevas[i].marcas; ++j)
+      paso.textos.push_back(textoParametro(args[static_cast<std::size_t>(j)]));
+    for (const auto& t : paso.textos)
+      paso.valores.push_back(t ? t->c_str() : nullptr);
   }
-  return preparadas_.emplace(clave, std::move(p)).first->second;
+  PQenterPipelineMode(conexion_);
+  for (std::size_t i = 0; i < pasos.size(); ++i) {
+    const Preparada& p = nuevas[i];
+    if (pasos[i].nueva) {
+      const std::vector<Oid> tipos = tiposDeValores(sentencias[i].second, p.marcas, todos);
+      PQsendPrepare(conexion_, p.nombre.c_str(), pasos[i].texto.c_str(), p.marcas, tipos.data());
+    }
+    PQsendQueryPrepared(conexion_, p.nombre.c_str(), p.marcas, pasos[i].valores.data(), nullptr,
+                        nullptr, 0);
+  }
+  PQpipelineSync(conexion_);
+  std::vector<Resultado> resultados;
+  for (std::size_t i = 0; i < pasos.size(); ++i) {
+    if (pasos[i].nueva) {
+      Resultado preparacion(siguienteResultado());
+      if (fallido(preparacion.get())) {
+        // Its run was skipped: the failed preparation says why.
+        Resultado omitido(siguienteResultado());
+        resultados.push_back(std::move(preparacion));
+        continue;
+      }
+      preparadas_.emplace(pasos[i].clave, nuevas[i]);
+    }
+    resultados.emplace_back(siguienteResultado());
+  }
+  for (PGresult* r; (r = PQgetResult(conexion_)) != nullptr;) {
+    const bool sincronizado = PQresultStatus(r) == PGRES_PIPELINE_SYNC;
+    PQclear(r);
+    if (sincronizado)
+      break;
+  }
+  PQexitPipelineMode(conexion_);
+  return resultados;
+}
+
+// The result of the next statement of a flight, and past the end of it.
+PGresult* PostgresFactoria::siguienteResultado() {
+  PGresult* r = PQgetResult(conexion_);
+  if (r)
+    while (PGresult* mas = PQgetResult(conexion_))
+      PQclear(mas);
+  return r;
 }
 
 PostgresFactoria::Resultado PostgresFactoria::ejecutar(const std::string& sql,
                                                        const Argumentos& args) {
-  const Preparada& p = preparar(sql, args);
-  if (static_cast<std::size_t>(p.marcas) > args.size())
-    throw CajaError(kErrorBaseDatos, kFuente,
-                    "Faltan valores para uno o mas parametros requeridos");
-  std::vector<std::optional<std::string>> textos;
-  for (int i = 0; i < p.marcas; ++i)
-    textos.push_back(textoParametro(args[static_cast<std::size_t>(i)]));
-  std::vector<const char*> valores;
-  for (const auto& t : textos)
-    valores.push_back(t ? t->c_str() : nullptr);
-  Resultado r(
-      PQexecPrepared(conexion_, p.nombre.c_str(), p.marcas, valores.data(), nullptr, nullptr, 0));
-  const auto estado = PQresultStatus(r.get());
-  if (estado != PGRES_COMMAND_OK && estado != PGRES_TUPLES_OK)
-    fallar(r.get(), args);
-  return r;
+  std::vector<Resultado> r = viaje({{sql, args}}, false);
+  // A value whose type the context does not give (`-?`) is typed by the
+  // value once the server has said so; inside a transaction the failed
+  // attempt has already aborted it.
+  if (fallido(r.front().get()) && sinTipo(r.front().get()) &&
+      PQtransactionStatus(conexion_) == PQTRANS_IDLE)
+    r = viaje({{sql, args}}, true);
+  if (fallido(r.front().get()))
+    fallar(r.front().get(), args);
+  return std::move(r.front());
+}
+
+std::vector<std::shared_ptr<Recordset>> PostgresFactoria::LeerJuntas(
+    const std::vector<std::pair<std::string, Argumentos>>& consultas) {
+  std::vector<std::pair<std::string, Argumentos>> sentencias{
+      {"BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", {}}};
+  sentencias.insert(sentencias.end(), consultas.begin(), consultas.end());
+  sentencias.push_back({"COMMIT", {}});
+  std::vector<Resultado> r = viaje(sentencias, false);
+  for (std::size_t i = 0; i < r.size(); ++i)
+    if (fallido(r[i].get())) {
+      if (PQtransactionStatus(conexion_) == PQTRANS_INERROR)
+        Resultado(PQexec(conexion_, "ROLLBACK"));
+      fallar(r[i].get(), i > 0 && i <= consultas.size() ? consultas[i - 1].second : Argumentos{});
+    }
+  std::vector<std::shared_ptr<Recordset>> lecturas;
+  for (std::size_t i = 1; i <= consultas.size(); ++i)
+    lecturas.push_back(recordsetDe(r[i]));
+  return lecturas;
 }
 
 void PostgresFactoria::fallar(const PGresult* r, const Argumentos& args) const {
@@ -461,7 +542,10 @@ Variant PostgresFactoria::ReadScalar(const std::string& sql, const Argumentos& a
 
 std::shared_ptr<Recordset> PostgresFactoria::openrecordset(const std::string& sql,
                                                            const Argumentos& args) {
-  const Resultado r = ejecutar(sql, args);
+  return recordsetDe(ejecutar(sql, args));
+}
+
+std::shared_ptr<Recordset> PostgresFactoria::recordsetDe(const Resultado& r) {
   std::vector<std::string> columnas;
   for (int j = 0; j < r.columnas(); ++j)
     columnas.emplace_back(PQfname(r.get(), j));

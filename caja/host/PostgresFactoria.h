@@ -40,6 +40,9 @@ class CAJA_EXPORT PostgresFactoria : public HostSql {
   void BeginTrans() override;
   void CommitTrans() override;
   void Rollback() override;
+  // In one round trip and one snapshot: BEGIN, the reads, COMMIT.
+  std::vector<std::shared_ptr<Recordset>> LeerJuntas(
+      const std::vector<std::pair<std::string, Argumentos>>& consultas) override;
 
  private:
   PostgresFactoria() = default;
@@ -51,8 +54,11 @@ class CAJA_EXPORT PostgresFactoria : public HostSql {
   static constexpr std::size_t kMaximoPreparadas = 256;
   void conectar(const std::string& uri);
   void prepararEsquema();
-  const Preparada& preparar(const std::string& sql, const Argumentos& args);
+  std::vector<Resultado> viaje(const std::vector<std::pair<std::string, Argumentos>>& sentencias,
+                               bool todos);
+  pg_result* siguienteResultado();
   Resultado ejecutar(const std::string& sql, const Argumentos& args);
+  static std::shared_ptr<Recordset> recordsetDe(const Resultado& r);
   [[noreturn]] void fallar(const pg_result* r, const Argumentos& args) const;
 
   pg_conn* conexion_ = nullptr;
