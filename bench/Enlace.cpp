@@ -142,31 +142,6 @@ void atrasar(const Caja& caja, int cuantos) {
   gMediosPago.reset();
 }
 
-// 4. The component's save of a three-line sale through PostgresFactoria on
-// the link, as a host that saves directly does: its round trips.
-long idasYVueltasDelGuardado(test::EnlaceDemorado& enlace, const std::string& uri) {
-  const auto host = PostgresFactoria::Conectar(enlace.uri(uri));
-  InicializarEntorno(host);
-  CVarelta mov;
-  for (const auto& [medio, nominal, monto] :
-       {std::tuple{"EFE", 10, 10}, std::tuple{"USD", 1, 36}, std::tuple{"TDD", 54, 54}}) {
-    auto d = std::make_shared<CDetalleIngreso>();
-    d->medio = medio;
-    d->montoNominal = Currency::fromUnits(nominal);
-    d->Monto = Currency::fromUnits(monto);
-    mov.colDetalles->Add(d);
-  }
-  enlace.contarDesdeCero();
-  host->EnTransaccion([&] {
-    mov.Save(1, "DIRECTO", "", 0, "CLI", "C0001", "directo", Fecha::today());
-    mov.commitTransEf();
-  });
-  const long cuenta = enlace.idasYVueltas();
-  gFactoria.reset();
-  gMediosPago.reset();
-  return cuenta;
-}
-
 bool cumple(const char* que, double valor, double objetivo, const char* unidad) {
   const bool bien = valor <= objetivo;
   std::printf("%-48s %9.2f %s (objetivo <= %g)%s\n", que, valor, unidad, objetivo,
@@ -248,6 +223,6 @@ int main(int argc, char** argv) {
   bien &= cumple("idas y vueltas del envío de una venta de 3 líneas",
                  static_cast<double>(conVenta - sinNada), 3, "");
   std::printf("idas y vueltas del guardado del componente por PostgresFactoria, 3 líneas: %ld\n",
-              idasYVueltasDelGuardado(nube, servidor.destino()));
+              test::idasYVueltasDelGuardado(nube, servidor.destino()));
   return bien ? 0 : 1;
 }

@@ -10,6 +10,12 @@
 #include <cstdlib>
 #include <deque>
 #include <stdexcept>
+#include <tuple>
+
+#include "caja/host/PostgresFactoria.h"
+#include "caja/movement/CVarelta.h"
+#include "caja/service/General.h"
+#include "caja/service/Settings.h"
 
 namespace caja::test {
 
@@ -152,6 +158,30 @@ void EnlaceDemorado::llevar(int desde, int hasta, bool delCliente,
     vuelo.cv.notify_one();
   }
   escritor.join();
+}
+
+long idasYVueltasDelGuardado(EnlaceDemorado& enlace, const std::string& directa) {
+  setSettingsStore(std::make_shared<MemoriaSettingsStore>());
+  const auto host = PostgresFactoria::Conectar(enlace.uri(directa));
+  InicializarEntorno(host);
+  CVarelta mov;
+  for (const auto& [medio, nominal, monto] :
+       {std::tuple{"EFE", 10, 10}, std::tuple{"USD", 1, 36}, std::tuple{"TDD", 54, 54}}) {
+    auto d = std::make_shared<CDetalleIngreso>();
+    d->medio = medio;
+    d->montoNominal = Currency::fromUnits(nominal);
+    d->Monto = Currency::fromUnits(monto);
+    mov.colDetalles->Add(d);
+  }
+  enlace.contarDesdeCero();
+  host->EnTransaccion([&] {
+    mov.Save(1, "DIRECTO", "", 0, "CLI", "C0001", "directo", Fecha::today());
+    mov.commitTransEf();
+  });
+  const long cuenta = enlace.idasYVueltas();
+  gFactoria.reset();
+  gMediosPago.reset();
+  return cuenta;
 }
 
 }  // namespace caja::test

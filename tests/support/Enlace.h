@@ -46,4 +46,10 @@ class EnlaceDemorado {
   std::thread aceptador_;
 };
 
+// The round trips of the component's save of a three-line sale (national
+// cash, a dollar, a debit card) on the database `directa` names, through the
+// link, as a host that saves directly does it: Save and commitTransEf in
+// one host transaction.
+long idasYVueltasDelGuardado(EnlaceDemorado& enlace, const std::string& directa);
+
 }  // namespace caja::test
