@@ -2,13 +2,16 @@
 
 #include <filesystem>
 #include <iostream>
+#include <map>
 
 #include "app/Diario.h"
 #include "app/Enviador.h"
+#include "app/Salida.h"
 #include "caja/base/Conversiones.h"
 #include "caja/host/PostgresFactoria.h"
 #include "caja/host/SqliteFactoria.h"
 #include "caja/service/General.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja::app {
 
@@ -73,6 +76,54 @@ void refrescarCopia(Contexto& c) {
   }
 }
 
+// What the movements waiting in the journal add to the till's drawers, per
+// method, from their drawer transactions.
+std::vector<MontoMedio> aporteDe(HostSql& diario) {
+  std::map<std::string, MontoMedio> porMedio;
+  const std::string pendiente =
+      " INNER JOIN hostClaves K ON K.TransID = T.idOrigen AND T.tipoTrans = 0 WHERE "
+      "K.TransIDServidor IS NULL";
+  for (auto rs =
+           diario.openrecordset("SELECT T.efectivoMN FROM transaccionesEfectivo T" + pendiente);
+       !rs->Eof(); rs->MoveNext()) {
+    auto& efe = porMedio.try_emplace("EFE", MontoMedio{"EFE", {}, {}}).first->second;
+    efe.montoMN += NzMoneda(rs->Fields(0));
+    efe.montoNominal += NzMoneda(rs->Fields(0));
+  }
+  for (auto rs = diario.openrecordset(
+           "SELECT D.codigoMedio, D.valorMN, D.valorNominal FROM transaccionEfectivoDetalles D "
+           "INNER JOIN transaccionesEfectivo T ON T.id = D.transID" +
+           pendiente);
+       !rs->Eof(); rs->MoveNext()) {
+    const std::string medio = NzTexto(rs->Fields(0));
+    auto& m = porMedio.try_emplace(medio, MontoMedio{medio, {}, {}}).first->second;
+    m.montoMN += NzMoneda(rs->Fields(1));
+    m.montoNominal += NzMoneda(rs->Fields(2));
+  }
+  std::vector<MontoMedio> aporte;
+  for (const auto& [medio, m] : porMedio)
+    aporte.push_back(m);
+  return aporte;
+}
+
+// A read of the server says so, and what waits at this till, which the
+// server does not have yet: after the server's balances and listings, in
+// text, with what it adds to the drawers; in JSON, CSV and for one
+// movement only on standard error, so that the document stays the
+// server's.
+void decirOrigen(Contexto& c) {
+  const auto diario = abrirDiario(false);
+  const auto lista = diario ? pendientes(*diario) : std::vector<Pendiente>{};
+  if (lista.empty()) {
+    std::cerr << "Cifras del servidor" << std::endl;
+    return;
+  }
+  std::cerr << "Cifras del servidor; esperan envío en esta caja " << lista.size()
+            << " movimientos (caja pendientes)" << std::endl;
+  if (!c.args.bandera("json") && !c.args.bandera("csv") && c.args.comando() != "movimiento")
+    Salida(c.out, false).esperanEnvio(lista, aporteDe(*diario));
+}
+
 }  // namespace
 
 void PoliticaCaja::abrir(Contexto& c) {
@@ -111,6 +162,8 @@ void PoliticaCaja::despues(Contexto& c) {
     lanzarEnviador(*c.args.valor("db"));
   else if (!c.enDiario && cambiaReferencias(comando))
     refrescarCopia(c);
+  else if (!c.enDiario && esUno(comando, {"saldo", "movimientos", "movimiento"}))
+    decirOrigen(c);
 }
 
 }  // namespace caja::app

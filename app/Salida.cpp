@@ -387,6 +387,14 @@ void Salida::envio(const Envio& envio) {
   out_ << envio.enviados.size() << " movimientos enviados\n";
 }
 
+void Salida::esperanEnvio(const std::vector<Pendiente>& lista,
+                          const std::vector<MontoMedio>& aporte) {
+  out_ << "\nEsperan envío en esta caja, y no están en estas cifras:\n";
+  pendientes(lista);
+  out_ << "Lo que suman a las cajas (medio, moneda nacional, nominal):\n";
+  totalesTexto(out_, aporte);
+}
+
 void Salida::nombres(const std::vector<std::string>& lista) {
   if (!json_) {
     for (const auto& n : lista)

@@ -73,6 +73,9 @@ class Salida {
   // What waits in the till's journal, and what one run of sending did.
   void pendientes(const std::vector<Pendiente>& lista);
   void envio(const Envio& envio);
+  // After a read of the server: the movements waiting at this till, which
+  // it does not have yet, and what they add to the drawers.
+  void esperanEnvio(const std::vector<Pendiente>& lista, const std::vector<MontoMedio>& aporte);
   // A list of names, one a line or a JSON array.
   void nombres(const std::vector<std::string>& lista);
   void sesion(std::int32_t numero, std::int32_t maquina);

@@ -273,6 +273,14 @@ TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
             std::string::npos);
   EXPECT_EQ(estado, 3);
   EXPECT_NE(salida(1, "pendientes").find("1 movimientos pendientes"), std::string::npos);
+  // The server's balance says so, and adds what waits at the till.
+  const std::string saldo = salida(1, "saldo");
+  EXPECT_NE(saldo.find("Cifras del servidor; esperan envío en esta caja 1 movimientos"),
+            std::string::npos)
+      << saldo;
+  EXPECT_NE(saldo.find("  EFE                      66.00                   66.00\n"),
+            std::string::npos)
+      << saldo;
   EXPECT_NE(salida(1, "pendientes --json").find("[{\"local\":3,"), std::string::npos);
   EXPECT_NE(salida(1, "cierre --maquina 1 --contado EFE=133", &estado)
                 .find("Quedan movimientos de esta caja sin enviar al servidor (locales 3)"),
