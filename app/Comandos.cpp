@@ -287,7 +287,7 @@ std::shared_ptr<CDetalleIngreso> lineaDe(std::string codigo, Currency monto) {
 int mostrarGuardado(Contexto& c, std::int32_t transId) {
   CVarelta guardado;
   guardado.load(transId);
-  salida(c).movimiento(guardado, vueltoDe(c, transId));
+  salida(c).movimiento(guardado, vueltoDe(c, transId), c.enDiario && c.conServidor);
   if (c.args.bandera("imprimir"))
     imprimirGuardado(c, transId);
   return kExito;
@@ -536,7 +536,7 @@ int movimiento(Contexto& c) {
   }
   if (!hallado)
     throw Rechazo("Movimiento no encontrado");
-  salida(c).movimiento(mov, vueltoDe(c, mov.TransID));
+  salida(c).movimiento(mov, vueltoDe(c, mov.TransID), c.enDiario && c.conServidor);
   return kExito;
 }
 
@@ -846,10 +846,13 @@ const std::vector<Comando>& comandos() {
          {"csv", nullptr, "salida en CSV"}}},
        movimientos},
       {{"anular",
-        "NUMERO [--motivo TEXTO]",
+        "NUMERO | --local NUMERO [--motivo TEXTO]",
         "anula un movimiento: revierte su transacción de caja y lo marca anulado",
-        {{"motivo", "TEXTO", "por qué se anula"}, kOperador, kAutoriza},
-        1,
+        {{"motivo", "TEXTO", "por qué se anula"},
+         {"local", "NUMERO", "el movimiento con ese número en el diario de esta caja"},
+         kOperador,
+         kAutoriza},
+        0,
         1},
        anular},
       {{"sincronizar",

@@ -140,6 +140,13 @@ std::vector<FilaJson> filasJson(HostSql& diario, const char* tabla, const std::s
   return filas;
 }
 
+std::vector<std::string> textos(const std::vector<FilaJson>& filas) {
+  std::vector<std::string> lista;
+  for (const FilaJson& f : filas)
+    lista.push_back(f.texto);
+  return lista;
+}
+
 std::string unidas(const std::vector<std::string>& partes) {
   std::string texto;
   for (const auto& p : partes)
@@ -166,9 +173,7 @@ std::string conHijos(HostSql& diario, const std::vector<FilaJson>& filas, const 
 std::string movimientoJson(HostSql& diario, const Pendiente& p) {
   const Argumentos local{p.numeroLocal};
   const auto cabecera = filasJson(diario, "MovimientosCaja", "TransID = ?", local);
-  std::vector<std::string> vueltos;
-  for (const FilaJson& v : filasJson(diario, "hostVueltos", "TransID = ?", local))
-    vueltos.push_back(v.texto);
+  const auto vueltos = textos(filasJson(diario, "hostVueltos", "TransID = ?", local));
   return "{\"clave\":" + json(p.clave) + ",\"movimiento\":" + cabecera.at(0).texto +
          ",\"lineas\":" +
          conHijos(diario, filasJson(diario, "DetallesVarelta", "TransID = ? ORDER BY Id", local),
@@ -178,7 +183,8 @@ std::string movimientoJson(HostSql& diario, const Pendiente& p) {
                   filasJson(diario, "transaccionesEfectivo",
                             "tipoTrans = 0 AND idOrigen = ? ORDER BY id", local),
                   "detalles", "transaccionEfectivoDetalles", "transID = ?") +
-         ",\"vueltos\":" + unidas(vueltos) + "}";
+         ",\"vueltos\":" + unidas(vueltos) + ",\"anulaciones\":" +
+         unidas(textos(filasJson(diario, "hostAnulaciones", "TransID = ?", local))) + "}";
 }
 
 // "3 (máquina 1)": a movement and the till that charged it.
@@ -383,8 +389,9 @@ std::string cobradoSegunDiario(HostSql& diario, const std::string& tipo, std::in
     return std::to_string(CLng(servidor));
   const Variant local = diario.ReadScalar(
       "SELECT MIN(M.TransID) FROM MovimientosCaja M INNER JOIN hostClaves K ON K.TransID = "
-      "M.TransID WHERE K.TransIDServidor IS NULL AND M.TipoDocumento = ? AND M.NumeroDocumento "
-      "= ? AND COALESCE(M.Clasificacion, '') = ''",
+      "M.TransID LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE K.TransIDServidor "
+      "IS NULL AND A.TransID IS NULL AND M.TipoDocumento = ? AND M.NumeroDocumento = ? AND "
+      "COALESCE(M.Clasificacion, '') = ''",
       {tipo, numero});
   return local.isNull() || local.isEmpty() ? "" : "local " + std::to_string(CLng(local));
 }

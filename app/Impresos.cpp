@@ -48,6 +48,7 @@ DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
   DatosRecibo d;
   d.empresa = nombreEmpresa(c);
   d.numero = numero;
+  d.local = c.enDiario && c.conServidor;
   d.maquina =
       NzLong(c.db->ReadScalar("SELECT machineID FROM MovimientosCaja WHERE TransID = ?", {numero}));
   d.sesion = mov.Sesion;

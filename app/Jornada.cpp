@@ -322,12 +322,38 @@ int movimientos(Contexto& c) {
   return kExito;
 }
 
+namespace {
+
+// The movement a void names: by its number where the command runs, or by
+// the number it has in this till's journal. One the journal holds unsent is
+// voided there (the command runs on the journal); one sent already is
+// voided on the server, under the number the server gave it.
+std::int32_t numeroAAnular(Contexto& c) {
+  const auto local = c.args.entero("local", 1, kMaximo32);
+  if (c.args.posicionales().empty() == !local.has_value())
+    throw ErrorUso("Indique uno: NUMERO o --local NUMERO");
+  if (!local)
+    return static_cast<std::int32_t>(
+        enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32));
+  const auto numero = static_cast<std::int32_t>(*local);
+  if (c.enDiario)
+    return numero;
+  const auto diario = abrirDiario(false);
+  const std::int32_t enServidor = diario ? numeroEnServidor(*diario, numero) : -1;
+  if (enServidor <= 0)
+    throw Rechazo("Movimiento local " + std::to_string(numero) + " no encontrado");
+  return enServidor;
+}
+
+}  // namespace
+
 int anular(Contexto& c) {
-  const auto numero =
-      static_cast<std::int32_t>(enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32));
+  const std::int32_t numero = numeroAAnular(c);
+  const std::string nombre =
+      (c.enDiario && c.conServidor ? "Movimiento local " : "Movimiento ") + std::to_string(numero);
   CVarelta mov;
   if (!mov.load(numero))
-    throw Rechazo("Movimiento " + std::to_string(numero) + " no encontrado");
+    throw Rechazo(nombre + " no encontrado");
   Asiento a;
   a.maquina =
       NzLong(c.db->ReadScalar("SELECT machineID FROM MovimientosCaja WHERE TransID = ?", {numero}));
@@ -353,7 +379,7 @@ int anular(Contexto& c) {
         {numero, a.cajero, a.detalle});
     anotar(*c.db, a);
   });
-  salida(c).mensaje("Movimiento " + std::to_string(numero) + " anulado");
+  salida(c).mensaje(nombre + " anulado");
   return kExito;
 }
 

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <limits>
 #include <map>
 
 #include "app/Diario.h"
@@ -124,6 +125,14 @@ void decirOrigen(Contexto& c) {
     Salida(c.out, false).esperanEnvio(lista, aporteDe(*diario));
 }
 
+// A void of a movement the till's journal holds unsent is the journal's,
+// and goes to the server with its movement.
+bool anulaEnDiario(const LineaComandos& args) {
+  const auto local = args.entero("local", 1, std::numeric_limits<std::int32_t>::max());
+  const auto diario = local ? abrirDiario(false) : nullptr;
+  return diario && numeroEnServidor(*diario, static_cast<std::int32_t>(*local)) == 0;
+}
+
 }  // namespace
 
 void PoliticaCaja::abrir(Contexto& c) {
@@ -134,7 +143,8 @@ void PoliticaCaja::abrir(Contexto& c) {
     throw ErrorUso("caja enviar es de una caja con servidor: --db postgresql://...");
   const bool local = esUno(comando, {"pendientes", "enviar"}) ||
                      (c.conServidor && guardaMovimiento(comando)) ||
-                     (comando == "movimiento" && c.args.valor("local"));
+                     (comando == "movimiento" && c.args.valor("local")) ||
+                     (c.conServidor && comando == "anular" && anulaEnDiario(c.args));
   if (local) {
     c.db = abrirDiario(true);
     c.enDiario = true;
@@ -158,7 +168,7 @@ void PoliticaCaja::despues(Contexto& c) {
   const std::string& comando = c.args.comando();
   if (!c.conServidor)
     return;
-  if (guardaMovimiento(comando))
+  if (c.enDiario && (guardaMovimiento(comando) || comando == "anular"))
     lanzarEnviador(*c.args.valor("db"));
   else if (!c.enDiario && cambiaReferencias(comando))
     refrescarCopia(c);

@@ -170,7 +170,7 @@ std::vector<LineaRecibo> lineasRecibo(const DatosRecibo& d, int columnas) {
   p.titulo(claseDe(d.tipo).titulo);
   if (d.anulado)
     p.titulo("*** ANULADO ***");
-  p.texto("Movimiento " + std::to_string(d.numero));
+  p.texto((d.local ? "Movimiento local " : "Movimiento ") + std::to_string(d.numero));
   p.texto(d.fecha.date().toString() + " " + d.hora.timeOfDay().toString());
   p.texto("Caja " + std::to_string(d.maquina) + "  Sesión " + std::to_string(d.sesion));
   p.texto("Cajero: " + d.cajero);

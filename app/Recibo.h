@@ -32,6 +32,7 @@ struct DatosRecibo {
   std::string cajero, documento, tipo;  // tipo: "venta", "devolucion", "entrada", "salida"
   Fecha fecha, hora;
   bool anulado = false;
+  bool local = false;  // numbered by the till's journal, not yet by the server
   std::vector<PagoRecibo> pagos;
   std::vector<VueltoRecibo> vuelto;
   Currency igtf, total;

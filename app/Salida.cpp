@@ -111,7 +111,7 @@ std::string csv(const std::string& texto) {
   return "\"" + replaceAll(texto, "\"", "\"\"") + "\"";
 }
 
-void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto) {
+void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto, bool local) {
   auto lineas = mov.detalles();
   const std::pair<const char*, Currency> totales[] = {
       {"Efectivo", mov.Efectivo()},    {"TCVisa", mov.TCVisa()},
@@ -121,8 +121,9 @@ void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto) {
       {"EfectivoME", mov.EfectivoME()}};
   auto conceptos = mov.Conceptos();
   if (json_) {
-    out_ << "{\"numero\":" << mov.Numero() << ",\"fecha\":" << json(mov.fecha.toString())
-         << ",\"sesion\":" << mov.Sesion << ",\"operador\":" << json(mov.Operador)
+    out_ << "{\"numero\":" << mov.Numero() << ",\"local\":" << (local ? "true" : "false")
+         << ",\"fecha\":" << json(mov.fecha.toString()) << ",\"sesion\":" << mov.Sesion
+         << ",\"operador\":" << json(mov.Operador)
          << ",\"documento\":" << json(mov.TipoDocRel + ":" + std::to_string(mov.NumeroDocRel))
          << ",\"debitos\":" << numero(mov.Debitos) << ",\"creditos\":" << numero(mov.Creditos)
          << ",\"igtf\":" << numero(mov.montoIGTF) << ",\"tipoCambio\":" << numero(mov.tipoCambio)
@@ -145,8 +146,8 @@ void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto) {
     out_ << "]}\n";
     return;
   }
-  out_ << "Movimiento " << mov.Numero() << "  " << mov.fecha.toString() << "  sesión " << mov.Sesion
-       << "  operador " << mov.Operador << "\n"
+  out_ << (local ? "Movimiento local " : "Movimiento ") << mov.Numero() << "  "
+       << mov.fecha.toString() << "  sesión " << mov.Sesion << "  operador " << mov.Operador << "\n"
        << "Documento " << mov.TipoDocRel << " " << mov.NumeroDocRel << "  débitos "
        << monto(mov.Debitos) << "  créditos " << monto(mov.Creditos) << "  IGTF "
        << monto(mov.montoIGTF) << "\n"

@@ -65,7 +65,9 @@ class Salida {
   Salida(std::ostream& out, bool json) : out_(out), json_(json) {}
 
   // A movement with how its change went back (the credited part as "CREDITO").
-  void movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto);
+  // `local`: a movement of the journal of a till on a server, numbered by
+  // the till until the server gives it its own.
+  void movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto, bool local = false);
   void saldo(SaldoCaja& saldo);
   void medios(const std::vector<std::shared_ptr<CMedioPago>>& medios);
   void lineas(const std::string& titulo, Collection<CDetalleIngreso>& lineas);

@@ -27,8 +27,9 @@ constexpr std::int32_t kCerrojoEsquema = 0x63616a61;
 
 // What a till's sender calls: a batch of movements from its journal, as a
 // JSON array, saved in one call. Each element carries its key, the header
-// row, its lines with their coins, its drawer transactions with their lines
-// and how its change went back, every row by its column names; identities
+// row, its lines with their coins, its drawer transactions with their lines,
+// how its change went back and its void if the till voided it before
+// sending it, every row by its column names; identities
 // are the server's own (OVERRIDING USER VALUE) and each child row points at
 // its parent's new one. A key the server has already answers with the
 // movement it names, so a batch sent twice saves nothing twice. For each
@@ -51,7 +52,8 @@ BEGIN
       CONTINUE;
     END IF;
     IF coalesce(cab->>'tipodocumento', '') <> '' AND coalesce((cab->>'numerodocumento')::integer, 0) <> 0
-       AND coalesce(cab->>'clasificacion', '') = '' THEN
+       AND coalesce(cab->>'clasificacion', '') = ''
+       AND coalesce(jsonb_array_length(m->'anulaciones'), 0) = 0 THEN
       SELECT coalesce(string_agg(p.transid || ':' || coalesce(p.machineid, 0), ' ' ORDER BY p.transid), '')
         INTO previos FROM movimientoscaja p LEFT JOIN hostanulaciones a ON a.transid = p.transid
        WHERE p.tipodocumento = cab->>'tipodocumento'
@@ -102,6 +104,9 @@ BEGIN
     INSERT INTO hostvueltos
       SELECT r.* FROM jsonb_array_elements(m->'vueltos') x,
         jsonb_populate_record(NULL::hostvueltos, x.value || jsonb_build_object('transid', numero)) r;
+    INSERT INTO hostanulaciones
+      SELECT r.* FROM jsonb_array_elements(coalesce(m->'anulaciones', '[]')) x,
+        jsonb_populate_record(NULL::hostanulaciones, x.value || jsonb_build_object('transid', numero)) r;
     INSERT INTO hostclaves (clave, transid) VALUES (enviada, numero);
     RETURN NEXT;
   END LOOP;
