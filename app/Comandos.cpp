@@ -857,11 +857,11 @@ const std::vector<Comando>& comandos() {
        anular},
       {{"sincronizar",
         "",
-        "envía al servidor lo guardado sin conexión, del más antiguo al más nuevo; sale con 1 "
-        "si un documento quedó cobrado en más de una caja",
+        "envía al servidor lo que espera en el diario de esta caja, del más antiguo al más "
+        "nuevo, y renueva su copia; sale con 1 si un documento quedó cobrado en más de una caja",
         {}},
        sincronizar},
-      {{"pendientes", "", "lo guardado sin conexión que espera su envío al servidor", {}},
+      {{"pendientes", "", "lo guardado en esta caja que espera su envío al servidor", {}},
        pendientesDeEnvio},
       {{"enviar",
         "[--continuo]",
