@@ -135,11 +135,8 @@ void HostSql::EnTransaccion(const std::function<void()>& trabajo,
 std::vector<std::shared_ptr<Recordset>> HostSql::LeerJuntas(
     const std::vector<std::pair<std::string, Argumentos>>& consultas) {
   std::vector<std::shared_ptr<Recordset>> lecturas;
-  EnTransaccion([&] {
-    lecturas.clear();
-    for (const auto& [sql, args] : consultas)
-      lecturas.push_back(openrecordset(sql, args));
-  });
+  for (const auto& [sql, args] : consultas)
+    lecturas.push_back(openrecordset(sql, args));
   return lecturas;
 }
 

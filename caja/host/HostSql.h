@@ -59,9 +59,11 @@ class CAJA_EXPORT HostSql : public Factoria, public std::enable_shared_from_this
   void Reintentando(const std::function<void()>& trabajo,
                     const std::function<void()>& antesDeReintentar = {}, int intentos = 8);
 
-  // Runs the reads together, in one transaction, so that they see the data
-  // as of one moment; a server host sends them in one round trip. Each
-  // value's type comes from its place in the statement.
+  // Runs the reads in their order. A server host sends them in one round
+  // trip and, outside a transaction of the caller's, in one read-only
+  // transaction of their own, so that they see the data as of one moment;
+  // each value's type then comes from its place in the statement. Here,
+  // one after the other, in the caller's transaction if there is one.
   virtual std::vector<std::shared_ptr<Recordset>> LeerJuntas(
       const std::vector<std::pair<std::string, Argumentos>>& consultas);
 

@@ -495,20 +495,29 @@ PostgresFactoria::Resultado PostgresFactoria::ejecutar(const std::string& sql,
 
 std::vector<std::shared_ptr<Recordset>> PostgresFactoria::LeerJuntas(
     const std::vector<std::pair<std::string, Argumentos>>& consultas) {
-  std::vector<std::pair<std::string, Argumentos>> sentencias{
-      {"BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", {}}};
+  // Inside the caller's transaction a COMMIT of this flight would end it.
+  const bool propia = PQtransactionStatus(conexion_) == PQTRANS_IDLE;
+  std::vector<std::pair<std::string, Argumentos>> sentencias;
+  if (propia)
+    sentencias.push_back({"BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", {}});
   sentencias.insert(sentencias.end(), consultas.begin(), consultas.end());
-  sentencias.push_back({"COMMIT", {}});
+  if (propia)
+    sentencias.push_back({"COMMIT", {}});
   std::vector<Resultado> r = viaje(sentencias, false);
+  const std::size_t primera = propia ? 1 : 0;
   for (std::size_t i = 0; i < r.size(); ++i)
     if (fallido(r[i].get())) {
-      if (PQtransactionStatus(conexion_) == PQTRANS_INERROR)
+      // A failed read leaves its own transaction aborted, not the caller's
+      // to end.
+      if (propia && PQtransactionStatus(conexion_) == PQTRANS_INERROR)
         Resultado(PQexec(conexion_, "ROLLBACK"));
-      fallar(r[i].get(), i > 0 && i <= consultas.size() ? consultas[i - 1].second : Argumentos{});
+      const std::size_t consulta = i - primera;
+      fallar(r[i].get(), i >= primera && consulta < consultas.size() ? consultas[consulta].second
+                                                                     : Argumentos{});
     }
   std::vector<std::shared_ptr<Recordset>> lecturas;
-  for (std::size_t i = 1; i <= consultas.size(); ++i)
-    lecturas.push_back(recordsetDe(r[i]));
+  for (std::size_t i = 0; i < consultas.size(); ++i)
+    lecturas.push_back(recordsetDe(r[i + primera]));
   return lecturas;
 }
 

@@ -40,7 +40,8 @@ class CAJA_EXPORT PostgresFactoria : public HostSql {
   void BeginTrans() override;
   void CommitTrans() override;
   void Rollback() override;
-  // In one round trip and one snapshot: BEGIN, the reads, COMMIT.
+  // In one round trip: BEGIN (repeatable read, read only), the reads,
+  // COMMIT; inside the caller's transaction, the reads alone.
   std::vector<std::shared_ptr<Recordset>> LeerJuntas(
       const std::vector<std::pair<std::string, Argumentos>>& consultas) override;
 

@@ -401,6 +401,33 @@ TEST_P(Host, MalformedStatementsAreTheHostsErrors) {
   }
 }
 
+// Reads sent together answer each in its order; a failing one raises the
+// database's error and leaves the connection usable, in or out of the
+// caller's transaction.
+TEST_P(Host, ReadsTogetherAnswerInOrder) {
+  const std::int32_t mov = insertarMovimiento();
+  const auto lecturas = db->LeerJuntas(
+      {{"SELECT Debitos FROM MovimientosCaja WHERE TransID = ?", {mov}},
+       {"SELECT COUNT(*) FROM MovimientosCaja WHERE Debitos > ?", test::valores(cur("10.49"))},
+       {"SELECT Debitos FROM MovimientosCaja WHERE TransID = ?", {mov + 1}}});
+  ASSERT_EQ(lecturas.size(), 3u);
+  EXPECT_EQ(lecturas[0]->Fields(0), Variant(cur("10.5")));
+  EXPECT_EQ(CLng(lecturas[1]->Fields(0)), 1);
+  EXPECT_TRUE(lecturas[2]->Eof());
+  for (const bool enTransaccion : {false, true}) {
+    SCOPED_TRACE(enTransaccion);
+    if (enTransaccion)
+      db->BeginTrans();
+    EXPECT_EQ(numeroError([&] {
+                db->LeerJuntas({{"SELECT 1", {}}, {"SELECT NoExiste FROM MovimientosCaja", {}}});
+              }),
+              kErrorBaseDatos);
+    if (enTransaccion)
+      db->Rollback();
+    EXPECT_EQ(contarFilas("MovimientosCaja"), 1);
+  }
+}
+
 TEST_P(Host, HostObjects) {
   EXPECT_EQ(crearObjeto<Empresa>(*db, "Empresa")->ContribuyenteEspecial(), Variant::Null());
   db->ExecuteSQL(
