@@ -222,7 +222,10 @@ int main(int argc, char** argv) {
               conVenta);
   bien &= cumple("idas y vueltas del envío de una venta de 3 líneas",
                  static_cast<double>(conVenta - sinNada), 3, "");
-  std::printf("idas y vueltas del guardado del componente por PostgresFactoria, 3 líneas: %ld\n",
-              test::idasYVueltasDelGuardado(nube, servidor.destino()));
+  for (const bool diferir : {false, true})
+    std::printf(
+        "idas y vueltas del guardado del componente por PostgresFactoria, 3 líneas%s: %ld\n",
+        diferir ? ", escrituras diferidas" : "",
+        test::idasYVueltasDelGuardado(nube, servidor.destino(), diferir));
   return bien ? 0 : 1;
 }

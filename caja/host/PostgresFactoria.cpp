@@ -3,6 +3,7 @@
 #include <libpq-fe.h>
 
 #include <charconv>
+#include <cstring>
 #include <memory>
 
 #include "caja/base/CajaError.h"
@@ -391,6 +392,18 @@ bool fallido(const PGresult* r) {
   return estado != PGRES_COMMAND_OK && estado != PGRES_TUPLES_OK;
 }
 
+// A statement that answers only with a count of rows.
+bool esEscritura(const std::string& sql) {
+  const std::string texto = lowerAscii(sql);
+  const auto inicio = texto.find_first_not_of(" \t\r\n");
+  if (inicio == std::string::npos || texto.find("returning") != std::string::npos)
+    return false;
+  for (const char* verbo : {"insert", "update", "delete"})
+    if (texto.compare(inicio, std::strlen(verbo), verbo) == 0)
+      return true;
+  return false;
+}
+
 // A statement of a flight, with its values as libpq's text format takes
 // them (null pointers for SQL NULL).
 struct Paso {
@@ -479,45 +492,46 @@ PGresult* PostgresFactoria::siguienteResultado() {
   return r;
 }
 
+// Sends the statement after those waiting, in one flight; the first that
+// failed raises its error.
 PostgresFactoria::Resultado PostgresFactoria::ejecutar(const std::string& sql,
                                                        const Argumentos& args) {
-  std::vector<Resultado> r = viaje({{sql, args}}, false);
+  std::vector<std::pair<std::string, Argumentos>> sentencias;
+  sentencias.swap(diferidas_);
+  sentencias.emplace_back(sql, args);
+  std::vector<Resultado> r = viaje(sentencias, false);
   // A value whose type the context does not give (`-?`) is typed by the
   // value once the server has said so; inside a transaction the failed
   // attempt has already aborted it.
-  if (fallido(r.front().get()) && sinTipo(r.front().get()) &&
+  if (r.size() == 1 && fallido(r.front().get()) && sinTipo(r.front().get()) &&
       PQtransactionStatus(conexion_) == PQTRANS_IDLE)
-    r = viaje({{sql, args}}, true);
-  if (fallido(r.front().get()))
-    fallar(r.front().get(), args);
-  return std::move(r.front());
+    r = viaje(sentencias, true);
+  for (std::size_t i = 0; i < r.size(); ++i)
+    if (fallido(r[i].get()))
+      fallar(r[i].get(), sentencias[i].second);
+  return std::move(r.back());
 }
 
 std::vector<std::shared_ptr<Recordset>> PostgresFactoria::LeerJuntas(
     const std::vector<std::pair<std::string, Argumentos>>& consultas) {
-  // Inside the caller's transaction a COMMIT of this flight would end it.
-  const bool propia = PQtransactionStatus(conexion_) == PQTRANS_IDLE;
-  std::vector<std::pair<std::string, Argumentos>> sentencias;
-  if (propia)
-    sentencias.push_back({"BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", {}});
+  // Inside the caller's transaction a COMMIT of this flight would end it;
+  // there each read goes in turn, after what waits.
+  if (enTransaccion_ || PQtransactionStatus(conexion_) != PQTRANS_IDLE)
+    return HostSql::LeerJuntas(consultas);
+  std::vector<std::pair<std::string, Argumentos>> sentencias{
+      {"BEGIN ISOLATION LEVEL REPEATABLE READ, READ ONLY", {}}};
   sentencias.insert(sentencias.end(), consultas.begin(), consultas.end());
-  if (propia)
-    sentencias.push_back({"COMMIT", {}});
+  sentencias.push_back({"COMMIT", {}});
   std::vector<Resultado> r = viaje(sentencias, false);
-  const std::size_t primera = propia ? 1 : 0;
   for (std::size_t i = 0; i < r.size(); ++i)
     if (fallido(r[i].get())) {
-      // A failed read leaves its own transaction aborted, not the caller's
-      // to end.
-      if (propia && PQtransactionStatus(conexion_) == PQTRANS_INERROR)
+      if (PQtransactionStatus(conexion_) == PQTRANS_INERROR)
         Resultado(PQexec(conexion_, "ROLLBACK"));
-      const std::size_t consulta = i - primera;
-      fallar(r[i].get(), i >= primera && consulta < consultas.size() ? consultas[consulta].second
-                                                                     : Argumentos{});
+      fallar(r[i].get(), sentencias[i].second);
     }
   std::vector<std::shared_ptr<Recordset>> lecturas;
-  for (std::size_t i = 0; i < consultas.size(); ++i)
-    lecturas.push_back(recordsetDe(r[i + primera]));
+  for (std::size_t i = 1; i <= consultas.size(); ++i)
+    lecturas.push_back(recordsetDe(r[i]));
   return lecturas;
 }
 
@@ -540,6 +554,10 @@ void PostgresFactoria::fallar(const PGresult* r, const Argumentos& args) const {
 }
 
 long PostgresFactoria::ExecuteSQL(const std::string& sql, const Argumentos& args) {
+  if (diferir_ && enTransaccion_ && esEscritura(sql)) {
+    diferidas_.emplace_back(sql, args);
+    return 0;
+  }
   const Resultado r = ejecutar(sql, args);
   if (PQresultStatus(r.get()) == PGRES_TUPLES_OK)
     return 0;
@@ -574,17 +592,26 @@ std::shared_ptr<Recordset> PostgresFactoria::recordsetDe(const Resultado& r) {
 }
 
 void PostgresFactoria::BeginTrans() {
-  ExecuteSQL("BEGIN");
+  if (diferir_)
+    diferidas_.emplace_back("BEGIN", Argumentos{});
+  else
+    ExecuteSQL("BEGIN");
+  enTransaccion_ = true;
 }
 // A transaction that failed part-way answers COMMIT with a rollback; the
 // caller must hear that nothing was saved.
 void PostgresFactoria::CommitTrans() {
+  enTransaccion_ = false;
   const Resultado r = ejecutar("COMMIT", {});
   if (std::string_view(PQcmdStatus(r.get())) == "ROLLBACK")
     throw CajaError(kErrorBaseDatos, kFuente, "La transacción fue revertida: no se guardó nada");
 }
+// What waits is dropped unsent: the server never began what it undoes.
 void PostgresFactoria::Rollback() {
-  ExecuteSQL("ROLLBACK");
+  enTransaccion_ = false;
+  diferidas_.clear();
+  if (PQtransactionStatus(conexion_) != PQTRANS_IDLE)
+    ExecuteSQL("ROLLBACK");
 }
 
 }  // namespace caja

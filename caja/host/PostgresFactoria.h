@@ -40,6 +40,14 @@ class CAJA_EXPORT PostgresFactoria : public HostSql {
   void BeginTrans() override;
   void CommitTrans() override;
   void Rollback() override;
+  // For hosts that never read what ExecuteSQL returns, such as the
+  // component's save: the writes of a transaction may then wait. BEGIN and
+  // each statement that answers only with a count (INSERT, UPDATE, DELETE
+  // without RETURNING) go with the next statement that needs an answer (a
+  // read, the COMMIT), all in one round trip and in their order; ExecuteSQL
+  // returns 0 for them, and a failure of one is raised by that next
+  // statement, before anything after it. Off unless asked for.
+  void DiferirEscrituras(bool diferir) { diferir_ = diferir; }
   // In one round trip: BEGIN (repeatable read, read only), the reads,
   // COMMIT; inside the caller's transaction, the reads alone.
   std::vector<std::shared_ptr<Recordset>> LeerJuntas(
@@ -67,6 +75,9 @@ class CAJA_EXPORT PostgresFactoria : public HostSql {
   // and the types of their values.
   std::unordered_map<std::string, Preparada> preparadas_;
   long nombradas_ = 0;
+  // Statements of the open transaction not sent yet, while deferring.
+  bool diferir_ = false, enTransaccion_ = false;
+  std::vector<std::pair<std::string, Argumentos>> diferidas_;
 };
 
 }  // namespace caja

@@ -583,6 +583,36 @@ class SoloPostgres : public ::testing::Test, protected test::ConBase {
   }
 };
 
+// Deferred writes go with the next read, in their order: the read sees
+// them, ExecuteSQL returns 0 for them, and one that fails is raised by that
+// read, with its own amounts, before the read runs; a rollback drops what
+// waits, and a commit sends it.
+TEST_F(SoloPostgres, DeferredWritesGoWithTheNextReadInOrder) {
+  auto pg = PostgresFactoria::Conectar(destino());
+  pg->DiferirEscrituras(true);
+  const std::string insertar = "INSERT INTO cvCaja (efectivoMN, MachineID) VALUES (?, ?)";
+  const std::string sumar = "UPDATE cvCaja SET efectivoMN = efectivoMN + ? WHERE MachineID = 1";
+  pg->BeginTrans();
+  EXPECT_EQ(pg->ExecuteSQL(insertar, test::valores(cur("1.5"), 1)), 0);
+  EXPECT_EQ(pg->ExecuteSQL(sumar, test::valores(cur("2.25"))), 0);
+  EXPECT_EQ(pg->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"),
+            Variant(cur("3.75")));
+  pg->ExecuteSQL(sumar, test::valores(cur("922337203685477")));
+  const std::string error =
+      test::errorCompleto([&] { pg->ReadScalar("SELECT COUNT(*) FROM cvCaja"); });
+  EXPECT_EQ(error.rfind("6|", 0), 0u) << error;
+  EXPECT_NE(error.find("922337203685477"), std::string::npos) << error;
+  pg->Rollback();
+  pg->BeginTrans();
+  pg->ExecuteSQL(insertar, test::valores(cur("7"), 2));
+  pg->Rollback();
+  pg->BeginTrans();
+  pg->ExecuteSQL(insertar, test::valores(cur("9"), 3));
+  pg->CommitTrans();
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM cvCaja"), 1);
+  EXPECT_EQ(db->ReadScalar("SELECT efectivoMN FROM cvCaja WHERE MachineID = 3"), Variant(cur("9")));
+}
+
 // A failed connection says why in one line; a connection lost in the middle
 // of a transaction is a clear error and leaves nothing half saved.
 TEST_F(SoloPostgres, ConnectionFailuresAreClearAndLeaveNothing) {

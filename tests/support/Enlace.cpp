@@ -160,9 +160,10 @@ void EnlaceDemorado::llevar(int desde, int hasta, bool delCliente,
   escritor.join();
 }
 
-long idasYVueltasDelGuardado(EnlaceDemorado& enlace, const std::string& directa) {
+long idasYVueltasDelGuardado(EnlaceDemorado& enlace, const std::string& directa, bool diferir) {
   setSettingsStore(std::make_shared<MemoriaSettingsStore>());
   const auto host = PostgresFactoria::Conectar(enlace.uri(directa));
+  host->DiferirEscrituras(diferir);
   InicializarEntorno(host);
   CVarelta mov;
   for (const auto& [medio, nominal, monto] :

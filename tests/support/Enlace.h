@@ -49,7 +49,7 @@ class EnlaceDemorado {
 // The round trips of the component's save of a three-line sale (national
 // cash, a dollar, a debit card) on the database `directa` names, through the
 // link, as a host that saves directly does it: Save and commitTransEf in
-// one host transaction.
-long idasYVueltasDelGuardado(EnlaceDemorado& enlace, const std::string& directa);
+// one host transaction, its writes deferred when `diferir`.
+long idasYVueltasDelGuardado(EnlaceDemorado& enlace, const std::string& directa, bool diferir);
 
 }  // namespace caja::test
