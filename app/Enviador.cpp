@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "app/Diario.h"
+#include "app/Salida.h"
 #include "caja/host/PostgresFactoria.h"
 #include "caja/service/General.h"
 
@@ -96,7 +97,7 @@ int enviar(Contexto& c) {
       const Cerrojo vivo(enCarpeta("enviador.lock"), false);
       if (!vivo.tomado()) {
         if (primera)
-          c.out << "Ya hay un envío en curso en esta caja\n";
+          Salida(c.out, c.args.bandera("json")).mensaje("Ya hay un envío en curso en esta caja");
         return kExito;
       }
       if (const int estado = enviarConCerrojo(c); estado != kExito)
@@ -105,7 +106,7 @@ int enviar(Contexto& c) {
     // A sale saved after the last look found this sender still running and
     // started none: one more look once the lock is free.
     if (pendientes(*c.db).empty()) {
-      c.out << "Nada espera envío\n";
+      Salida(c.out, c.args.bandera("json")).mensaje("Nada espera envío");
       return kExito;
     }
   }

@@ -404,6 +404,18 @@ bool esEscritura(const std::string& sql) {
   return false;
 }
 
+// The statement's values as libpq's text format takes them; a statement
+// with more placeholders than values is refused before anything is sent.
+std::vector<std::optional<std::string>> valoresDe(int marcas, const Argumentos& args) {
+  if (static_cast<std::size_t>(marcas) > args.size())
+    throw CajaError(kErrorBaseDatos, kFuente,
+                    "Faltan valores para uno o mas parametros requeridos");
+  std::vector<std::optional<std::string>> textos;
+  for (int j = 0; j < marcas; ++j)
+    textos.push_back(textoParametro(args[static_cast<std::size_t>(j)]));
+  return textos;
+}
+
 // A statement of a flight, with its values as libpq's text format takes
 // them (null pointers for SQL NULL).
 struct Paso {
@@ -429,22 +441,23 @@ std::vector<PostgresFactoria::Resultado> PostgresFactoria::viaje(
   }
   std::vector<Paso> pasos(sentencias.size());
   std::vector<Preparada> nuevas(sentencias.size());
+  // A statement twice in one flight is prepared by the first.
+  std::unordered_map<std::string, std::size_t> enVuelo;
   for (std::size_t i = 0; i < sentencias.size(); ++i) {
     const auto& [sql, args] = sentencias[i];
     Paso& paso = pasos[i];
     paso.clave = claveDePreparada(sql, args);
     if (const auto it = preparadas_.find(paso.clave); it != preparadas_.end()) {
       nuevas[i] = it->second;
+    } else if (const auto previa = enVuelo.find(paso.clave); previa != enVuelo.end()) {
+      nuevas[i] = nuevas[previa->second];
     } else {
       paso.nueva = true;
       paso.texto = traducirSql(sql, kDialectoPostgres, nuevas[i].marcas);
       nuevas[i].nombre = "caja" + std::to_string(++nombradas_);
+      enVuelo.emplace(paso.clave, i);
     }
-    if (static_cast<std::size_t>(nuevas[i].marcas) > args.size())
-      throw CajaError(kErrorBaseDatos, kFuente,
-                      "Faltan valores para uno o mas parametros requeridos");
-    for (int j = 0; j < nuevas[i].marcas; ++j)
-      paso.textos.push_back(textoParametro(args[static_cast<std::size_t>(j)]));
+    paso.textos = valoresDe(nuevas[i].marcas, args);
     for (const auto& t : paso.textos)
       paso.valores.push_back(t ? t->c_str() : nullptr);
   }
@@ -555,6 +568,10 @@ void PostgresFactoria::fallar(const PGresult* r, const Argumentos& args) const {
 
 long PostgresFactoria::ExecuteSQL(const std::string& sql, const Argumentos& args) {
   if (diferir_ && enTransaccion_ && esEscritura(sql)) {
+    // What the statement lacks is said now, not when it is sent.
+    int marcas = 0;
+    traducirSql(sql, kDialectoPostgres, marcas);
+    valoresDe(marcas, args);
     diferidas_.emplace_back(sql, args);
     return 0;
   }
