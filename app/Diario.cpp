@@ -124,11 +124,8 @@ struct FilaJson {
 std::vector<FilaJson> filasJson(HostSql& diario, const char* tabla, const std::string& donde,
                                 const Argumentos& args) {
   const Tabla& t = tablaDe(tabla);
-  std::string columnas;
-  for (const Columna& c : t.columnas)
-    columnas += (columnas.empty() ? "" : ", ") + std::string(c.nombre);
   auto rs = diario.openrecordset(
-      "SELECT " + columnas + " FROM " + std::string(t.nombre) + " WHERE " + donde, args);
+      "SELECT " + columnasDe(t) + " FROM " + std::string(t.nombre) + " WHERE " + donde, args);
   std::vector<FilaJson> filas;
   for (; !rs->Eof(); rs->MoveNext()) {
     std::string texto;
@@ -158,18 +155,15 @@ std::string unidas(const std::vector<std::string>& partes) {
 std::string conHijos(HostSql& diario, const std::vector<FilaJson>& filas, const char* hijos,
                      const char* tablaHija, const std::string& donde) {
   std::vector<std::string> partes;
-  for (const FilaJson& f : filas) {
-    std::vector<std::string> deEsta;
-    for (const FilaJson& h : filasJson(diario, tablaHija, donde, {f.numero}))
-      deEsta.push_back(h.texto);
-    partes.push_back("{\"fila\":" + f.texto + ",\"" + hijos + "\":" + unidas(deEsta) + "}");
-  }
+  for (const FilaJson& f : filas)
+    partes.push_back("{\"fila\":" + f.texto + ",\"" + hijos +
+                     "\":" + unidas(textos(filasJson(diario, tablaHija, donde, {f.numero}))) + "}");
   return unidas(partes);
 }
 
 // A pending movement as the server's batch receiver takes it: its key, its
-// header, lines with their coins, drawer transactions with their lines, and
-// how its change went back.
+// header, lines with their coins, drawer transactions with their lines, how
+// its change went back, and its void when the till voided it unsent.
 std::string movimientoJson(HostSql& diario, const Pendiente& p) {
   const Argumentos local{p.numeroLocal};
   const auto cabecera = filasJson(diario, "MovimientosCaja", "TransID = ?", local);
