@@ -707,6 +707,7 @@ const Opcion kOperador{"operador", "O",
 const Opcion kAutoriza{"autoriza", "SUPERVISOR",
                        "el supervisor que lo autoriza; su PIN se pide (en pantalla, el diálogo)"};
 const Opcion kMaquina{"maquina", "N", "la máquina de la caja (por omisión 1)"};
+const Opcion kLocal{"local", "NUMERO", "el movimiento con ese número en el diario de esta caja"};
 
 const Opcion kSesion{"sesion", "S", "sesión de la caja (por omisión la única abierta)"};
 const Opcion kForzar{"forzar", nullptr, "aunque deje la caja con saldo negativo"};
@@ -824,16 +825,15 @@ const std::vector<Comando>& comandos() {
       {{"movimiento",
         "NUMERO | --documento TIPO:NUMERO | --local NUMERO",
         "un movimiento guardado con sus líneas, totales y conceptos",
-        {{"documento", "TIPO:NUMERO", "el movimiento que cobró ese documento"},
-         {"local", "NUMERO", "el movimiento con ese número en el diario de esta caja"}},
+        {{"documento", "TIPO:NUMERO", "el movimiento que cobró ese documento"}, kLocal},
         0,
         1},
        movimiento},
       {{"recibo",
-        "NUMERO [--ancho N] [--impresora RUTA] [--pdf ARCHIVO]",
+        "NUMERO | --local NUMERO [--ancho N] [--impresora RUTA] [--pdf ARCHIVO]",
         "el recibo de un movimiento para papel térmico: texto, ESC/POS o PDF",
-        {kAncho, kImpresora, {"pdf", "ARCHIVO", "el recibo en PDF, del ancho del rollo"}},
-        1,
+        {kLocal, kAncho, kImpresora, {"pdf", "ARCHIVO", "el recibo en PDF, del ancho del rollo"}},
+        0,
         1},
        recibo},
       {{"movimientos",
@@ -848,10 +848,7 @@ const std::vector<Comando>& comandos() {
       {{"anular",
         "NUMERO | --local NUMERO [--motivo TEXTO]",
         "anula un movimiento: revierte su transacción de caja y lo marca anulado",
-        {{"motivo", "TEXTO", "por qué se anula"},
-         {"local", "NUMERO", "el movimiento con ese número en el diario de esta caja"},
-         kOperador,
-         kAutoriza},
+        {{"motivo", "TEXTO", "por qué se anula"}, kLocal, kOperador, kAutoriza},
         0,
         1},
        anular},

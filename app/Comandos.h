@@ -46,6 +46,12 @@ const std::vector<DefinicionComando>& definicionesComandos();
 // Runs the command the line names on the open database.
 int ejecutarComando(Contexto& c);
 
+// The movement a command names: NUMERO where it runs, or --local NUMERO,
+// its number in this till's journal (one of the two). One the journal holds
+// unsent is the journal's (the command runs on it); one sent already is
+// named by the number the server gave it.
+std::int32_t numeroNombrado(Contexto& c);
+
 // How a movement's change went back, from the host's own table.
 std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId);
 

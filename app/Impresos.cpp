@@ -140,8 +140,7 @@ std::string jsonRecibo(const std::vector<LineaRecibo>& lineas) {
 }  // namespace
 
 int recibo(Contexto& c) {
-  const auto numero =
-      static_cast<std::int32_t>(enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32));
+  const std::int32_t numero = numeroNombrado(c);
   const int ancho = columnasRecibo(c);
   const DatosRecibo d = datosRecibo(c, numero);
   const auto lineas = lineasRecibo(d, ancho);

@@ -322,13 +322,7 @@ int movimientos(Contexto& c) {
   return kExito;
 }
 
-namespace {
-
-// The movement a void names: by its number where the command runs, or by
-// the number it has in this till's journal. One the journal holds unsent is
-// voided there (the command runs on the journal); one sent already is
-// voided on the server, under the number the server gave it.
-std::int32_t numeroAAnular(Contexto& c) {
+std::int32_t numeroNombrado(Contexto& c) {
   const auto local = c.args.entero("local", 1, kMaximo32);
   if (c.args.posicionales().empty() == !local.has_value())
     throw ErrorUso("Indique uno: NUMERO o --local NUMERO");
@@ -345,10 +339,8 @@ std::int32_t numeroAAnular(Contexto& c) {
   return enServidor;
 }
 
-}  // namespace
-
 int anular(Contexto& c) {
-  const std::int32_t numero = numeroAAnular(c);
+  const std::int32_t numero = numeroNombrado(c);
   const std::string nombre =
       (c.enDiario && c.conServidor ? "Movimiento local " : "Movimiento ") + std::to_string(numero);
   CVarelta mov;

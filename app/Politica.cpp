@@ -125,9 +125,10 @@ void decirOrigen(Contexto& c) {
     Salida(c.out, false).esperanEnvio(lista, aporteDe(*diario));
 }
 
-// A void of a movement the till's journal holds unsent is the journal's,
-// and goes to the server with its movement.
-bool anulaEnDiario(const LineaComandos& args) {
+// A movement named by its number in the journal, which holds it unsent: its
+// void and its receipt are the journal's (a void goes to the server with
+// its movement).
+bool esperaEnDiario(const LineaComandos& args) {
   const auto local = args.entero("local", 1, std::numeric_limits<std::int32_t>::max());
   const auto diario = local ? abrirDiario(false) : nullptr;
   return diario && numeroEnServidor(*diario, static_cast<std::int32_t>(*local)) == 0;
@@ -141,10 +142,10 @@ void PoliticaCaja::abrir(Contexto& c) {
   const std::string& comando = c.args.comando();
   if (comando == "enviar" && !c.conServidor)
     throw ErrorUso("caja enviar es de una caja con servidor: --db postgresql://...");
-  const bool local = esUno(comando, {"pendientes", "enviar"}) ||
-                     (c.conServidor && guardaMovimiento(comando)) ||
-                     (comando == "movimiento" && c.args.valor("local")) ||
-                     (c.conServidor && comando == "anular" && anulaEnDiario(c.args));
+  const bool local =
+      esUno(comando, {"pendientes", "enviar"}) || (c.conServidor && guardaMovimiento(comando)) ||
+      (comando == "movimiento" && c.args.valor("local")) ||
+      (c.conServidor && esUno(comando, {"anular", "recibo"}) && esperaEnDiario(c.args));
   if (local) {
     c.db = abrirDiario(true);
     c.enDiario = true;

@@ -305,13 +305,18 @@ TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
 
 // A sale voided at the till before it was sent: the void is the journal's,
 // frees the document at once, and reaches the server with its movement,
-// which then moves no drawer; its row of the trail names the server's number.
+// which then moves no drawer; its row of the trail names the server's
+// number.
 TEST_F(SinConexion, AVoidAtTheTillTravelsWithItsMovement) {
   ASSERT_EQ(caja(1, venta(1, 7) + " --documento FAC:9"), 0);
   EXPECT_NE(salida(1, "anular 1 --local 1").find("Indique uno"), std::string::npos);
   ASSERT_EQ(caja(1, "anular --local 1 --motivo error --autoriza ANA", "2468"), 0);
   ASSERT_EQ(caja(1, venta(1, 8) + " --documento FAC:9"), 0);
+  // Its receipt, reprinted by the journal's number: the journal's while it
+  // waits, the server's once sent.
+  EXPECT_NE(salida(1, "recibo --local 2").find("Movimiento local 2"), std::string::npos);
   ASSERT_EQ(caja(1, "sincronizar"), 0);
+  EXPECT_NE(salida(1, "recibo --local 2").find("Movimiento 2\n"), std::string::npos);
   const auto db = otraConexion();
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 2);
   EXPECT_EQ(CLng(db->ReadScalar("SELECT A.TransID FROM hostAnulaciones A INNER JOIN "
