@@ -144,7 +144,7 @@ void PoliticaCaja::abrir(Contexto& c) {
     throw ErrorUso("caja enviar es de una caja con servidor: --db postgresql://...");
   const bool local =
       esUno(comando, {"pendientes", "enviar"}) || (c.conServidor && guardaMovimiento(comando)) ||
-      (comando == "movimiento" && c.args.valor("local")) ||
+      (c.conServidor && comando == "movimiento" && c.args.valor("local")) ||
       (c.conServidor && esUno(comando, {"anular", "recibo"}) && esperaEnDiario(c.args));
   if (local) {
     c.db = abrirDiario(true);
