@@ -13,10 +13,11 @@ namespace caja::app {
 
 // A till configured for a server keeps a journal: an SQLite file in its data
 // folder with the server's schema, a copy of what a sale reads (catalogue,
-// sessions, rate, company) and the movements saved while the server could
-// not be reached, each under the key made for it at the till (hostClaves).
-// Sending a movement is idempotent: the server keeps the key with the
-// movement, and a key it already has is only marked as sent.
+// sessions, rate, company, the till's drawer, the documents charged lately)
+// and every movement the till saved, each under the key made for it at the
+// till (hostClaves), with the number the server gave it once sent. Sending
+// a movement is idempotent: the server keeps the key with the movement, and
+// a key it already has is answered with that movement.
 
 // The program's data folder, $XDG_DATA_HOME/caja (~/.local/share/caja),
 // made when `crear`.
@@ -29,7 +30,7 @@ std::shared_ptr<HostSql> abrirDiario(bool crear);
 // its drawers too while nothing waits to be sent. A till's drawer moves on
 // the server only by what the till sends, so in the journal it always reads
 // as the server had it at the last copy plus what the till saved since:
-// what `saldo` shows offline and what a withdrawal may take.
+// what `saldo` shows away from the server and what a withdrawal may take.
 void copiarReferencias(HostSql& servidor, HostSql& diario);
 
 // A movement waiting in the journal.

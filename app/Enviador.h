@@ -26,15 +26,17 @@ class Cerrojo {
 
 // The till's sender: it ships the journal to the server behind the cashier.
 // One runs per till at a time (the lock "enviador.lock" of the data folder,
-// held for its life); each batch it sends holds "envio.lock", which every
-// other sending (`sincronizar`, a sale's) waits for, so that two processes
-// never send the same movement at once. Exactly once stays the key's doing.
+// held for its life, and looked at once more after it is freed); each batch
+// it sends holds "envio.lock", which every other sending (`sincronizar`, a
+// closing's) waits for, so that two processes never send the same movement
+// at once. Exactly once stays the key's doing.
 //
-// `caja enviar` sends until nothing waits, backing off while the server is
-// away (1, 2, 4... up to 60 s), and gives up after ten minutes; `--continuo`
-// never ends, for a till that runs it all day as a service. After each batch
-// the journal's copy of what a sale reads is refreshed, and a batch that
-// sent something with nothing refused notes its time for `pendientes`.
+// `caja enviar` sends until nothing waits, on one connection while it
+// works, backing off while the server is away (1, 2, 4... up to 60 s), and
+// gives up after ten minutes; `--continuo` never ends, for a till that runs
+// it all day as a service. After each batch the journal's copy of what a
+// sale reads is refreshed, and a batch that sent something with nothing
+// refused notes its time for `pendientes`.
 int enviar(Contexto& c);
 
 // Starts `caja enviar` for the server `uri`, detached, unless a sender of
