@@ -24,19 +24,27 @@ namespace {
 
 constexpr int kEsperaMaximaS = 60;
 constexpr auto kPlazo = std::chrono::minutes(10);
-// Between batches of a sender that runs all day.
+// Between batches of a sender that runs all day, and between its copies of
+// what a sale reads while nothing goes.
 constexpr int kPausaContinuaS = 2;
+constexpr auto kCadaCopia = std::chrono::seconds(30);
 
 std::filesystem::path enCarpeta(const char* nombre) {
   return carpetaDeDatos(true) / nombre;
 }
 
 // One batch: what waits goes to the server, then the journal takes a fresh
-// copy of what a sale reads. Whether anything still waits.
-bool lote(HostSql& servidor, const std::shared_ptr<HostSql>& diario) {
+// copy of what a sale reads, unless nothing went and the last copy is
+// recent (a sender that runs all day would otherwise rewrite it every
+// pause). Whether anything still waits.
+bool lote(HostSql& servidor, const std::shared_ptr<HostSql>& diario,
+          std::chrono::steady_clock::time_point& ultimaCopia) {
   const Envio envio = sincronizar(servidor, *diario);
   avisarEnvio(envio);
-  copiarReferencias(servidor, *diario);
+  if (!envio.enviados.empty() || std::chrono::steady_clock::now() - ultimaCopia >= kCadaCopia) {
+    copiarReferencias(servidor, *diario);
+    ultimaCopia = std::chrono::steady_clock::now();
+  }
   return !pendientes(*diario).empty();
 }
 
@@ -63,12 +71,13 @@ int enviarConCerrojo(Contexto& c) {
   int espera = 1;
   // One connection while it works; a failure makes a new one next time.
   std::shared_ptr<PostgresFactoria> servidor;
+  auto ultimaCopia = std::chrono::steady_clock::now() - kCadaCopia;
   for (;;) {
     int pausa = kPausaContinuaS;
     try {
       if (!servidor)
         servidor = PostgresFactoria::Conectar(uri);
-      if (!lote(*servidor, c.db) && !continuo)
+      if (!lote(*servidor, c.db, ultimaCopia) && !continuo)
         return kExito;
       espera = 1;
     } catch (const CajaError& e) {

@@ -34,9 +34,10 @@ class Cerrojo {
 // `caja enviar` sends until nothing waits, on one connection while it
 // works, backing off while the server is away (1, 2, 4... up to 60 s), and
 // gives up after ten minutes; `--continuo` never ends, for a till that runs
-// it all day as a service. After each batch the journal's copy of what a
-// sale reads is refreshed, and a batch that sent something with nothing
-// refused notes its time for `pendientes`.
+// it all day as a service. After a batch that sent something, and every
+// half minute otherwise, the journal's copy of what a sale reads is
+// refreshed; a batch that sent something with nothing refused notes its
+// time for `pendientes`.
 int enviar(Contexto& c);
 
 // Starts `caja enviar` for the server `uri`, detached, unless a sender of
