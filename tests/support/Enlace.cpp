@@ -91,6 +91,7 @@ void EnlaceDemorado::aceptar() {
     const int cliente = ::accept4(escucha_, nullptr, nullptr, SOCK_CLOEXEC);
     if (cliente < 0)
       continue;
+    ++conexiones_;
     auto c = std::make_shared<Conexion>();
     c->cliente = cliente;
     c->servidor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);

@@ -30,6 +30,8 @@ class EnlaceDemorado {
   // the sender waits until its own timeouts.
   void perder(bool perder) { perder_ = perder; }
   long idasYVueltas() const { return idasYVueltas_; }
+  // Connections opened through the link since it was made.
+  long conexiones() const { return conexiones_; }
   void contarDesdeCero() { idasYVueltas_ = 0; }
 
  private:
@@ -40,7 +42,7 @@ class EnlaceDemorado {
   int escucha_ = -1, puerto_ = 0, puertoServidor_ = 5432;
   std::atomic<std::chrono::milliseconds> idaYVuelta_;
   std::atomic<bool> perder_{false}, fin_{false};
-  std::atomic<long> idasYVueltas_{0};
+  std::atomic<long> idasYVueltas_{0}, conexiones_{0};
   std::mutex hilosMutex_;
   std::vector<std::thread> hilos_;
   std::thread aceptador_;

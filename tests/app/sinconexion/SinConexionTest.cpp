@@ -176,10 +176,12 @@ TEST_F(SinConexion, TwoSendersStartedAtOnceSendOnce) {
   EXPECT_EQ(cajon(*db, 1), cur("15"));
 }
 
-// Round trips counted on the link: sending a three-line sale costs one more
-// than a send with nothing waiting (connection, copy and all); the
-// component's own save of such a sale straight through PostgresFactoria,
-// as a host that saves directly does, costs one per statement.
+// Counted on the link: a sale after the till's first opens no connection;
+// sending a three-line sale costs one round trip more than a send with
+// nothing waiting (connection, copy and all); the component's own save of
+// such a sale straight through PostgresFactoria, as a host that saves
+// directly does, costs one per statement, or one per read with its writes
+// deferred.
 TEST_F(SinConexion, RoundTripsOfASaveAreCounted) {
   test::EnlaceDemorado enlace(std::chrono::milliseconds(0));
   servidorDeCajas = enlace.uri(destino());
@@ -190,7 +192,11 @@ TEST_F(SinConexion, RoundTripsOfASaveAreCounted) {
   enlace.contarDesdeCero();
   ASSERT_EQ(caja(1, "sincronizar"), 0);
   const long sinNada = enlace.idasYVueltas();
+  // The sale itself never opens a connection: the cashier waits on nothing
+  // the link does.
+  const long conexiones = enlace.conexiones();
   ASSERT_EQ(caja(1, tresLineas), 0);
+  EXPECT_EQ(enlace.conexiones(), conexiones);
   enlace.contarDesdeCero();
   ASSERT_EQ(caja(1, "sincronizar"), 0);
   // One; a flight the network splits in two may count twice.
