@@ -62,7 +62,14 @@ std::shared_ptr<HostSql> abrirBaseDeDatos(const LineaComandos& args) {
 void copiaInicial(const LineaComandos& args, HostSql& diario) {
   if (CLng(diario.ReadScalar("SELECT COUNT(*) FROM MediosPago")) > 0)
     return;
-  copiarReferencias(*PostgresFactoria::Conectar(*args.valor("db")), diario);
+  try {
+    copiarReferencias(*PostgresFactoria::Conectar(*args.valor("db")), diario);
+  } catch (const CajaError& e) {
+    throw CajaError(e.number(), e.source(),
+                    "Esta caja aún no tiene su copia del catálogo, las sesiones y la tasa, que "
+                    "toma del servidor en su primera venta: " +
+                        e.description());
+  }
 }
 
 // The journal's copy after a change on the server. The change is made

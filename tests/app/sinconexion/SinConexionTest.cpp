@@ -222,6 +222,11 @@ TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
   servidor("stop");
   for (int maquina : {1, 2})
     ASSERT_EQ(caja(maquina, venta(maquina, 30) + " --documento FAC:77"), 0) << maquina;
+  // A till that never had the server has no copy to sell from, and says so.
+  int nueva = 0;
+  EXPECT_NE(salida(9, venta(1, 5), &nueva).find("Esta caja aún no tiene su copia"),
+            std::string::npos);
+  EXPECT_EQ(nueva, 3);
   servidor("start");
   ASSERT_EQ(caja(3, "sesion cerrar --sesion 2"), 0);
   EXPECT_EQ(caja(1, "sincronizar"), 0);
