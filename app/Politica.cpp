@@ -29,6 +29,12 @@ bool guardaMovimiento(const std::string& comando) {
   return esUno(comando, {"cobrar", "devolver", "entrada", "salida"});
 }
 
+// Reads of a till's figures: the server's, or the journal's when the server
+// is away.
+bool leeCifras(const std::string& comando) {
+  return esUno(comando, {"saldo", "movimientos", "movimiento"});
+}
+
 // What a sale reads (a voided movement frees its document) and these
 // commands change on the server.
 bool cambiaReferencias(const std::string& comando) {
@@ -163,8 +169,8 @@ void PoliticaCaja::abrir(Contexto& c) {
   try {
     c.db = abrirBaseDeDatos(c.args);
   } catch (const CajaError& e) {
-    const bool lectura = esUno(comando, {"saldo", "movimientos", "movimiento"});
-    c.db = c.conServidor && e.number() == kErrorConexion && lectura ? abrirDiario(false) : nullptr;
+    c.db = c.conServidor && e.number() == kErrorConexion && leeCifras(comando) ? abrirDiario(false)
+                                                                               : nullptr;
     if (!c.db)
       throw;
     c.enDiario = true;
@@ -180,7 +186,7 @@ void PoliticaCaja::despues(Contexto& c) {
     lanzarEnviador(*c.args.valor("db"));
   else if (!c.enDiario && cambiaReferencias(comando))
     refrescarCopia(c);
-  else if (!c.enDiario && esUno(comando, {"saldo", "movimientos", "movimiento"}))
+  else if (!c.enDiario && leeCifras(comando))
     decirOrigen(c);
 }
 
