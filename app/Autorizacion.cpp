@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "app/Auditoria.h"
+#include "app/EstaCaja.h"
 #include "app/Supervisores.h"
 #include "caja/base/Conversiones.h"
 #include "caja/base/Texto.h"
@@ -217,8 +218,8 @@ std::string nuevoPin() {
 }
 
 std::int32_t maquinaDe(Contexto& c) {
-  if (const auto m = c.args.entero("maquina", 1, 32767))
-    return static_cast<std::int32_t>(*m);
+  if (const auto m = maquinaElegida(c))
+    return *m;
   const auto s = c.args.entero("sesion", 1, kMaximo32);
   auto rs = s ? c.db->openrecordset("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?",
                                     {static_cast<std::int32_t>(*s)})

@@ -41,8 +41,8 @@ Currency diferenciaTolerada();
 // ("LargoMinimoPin", at least 4).
 std::string nuevoPin();
 
-// The till a command acts at, for the trail: --maquina, else the machine of
-// --sesion or of the only open session, else 0.
+// The till a command acts at, for the trail: --maquina or this till's
+// number, else the machine of --sesion or of the only open session, else 0.
 std::int32_t maquinaDe(Contexto& c);
 
 }  // namespace caja::app

@@ -10,6 +10,7 @@
 #include "app/Demo.h"
 #include "app/Diario.h"
 #include "app/Enviador.h"
+#include "app/EstaCaja.h"
 #include "app/Impresos.h"
 #include "app/Informe.h"
 #include "app/Roles.h"
@@ -112,21 +113,19 @@ Venta ventaDe(Contexto& c, const char* opcion = "venta") {
   return v;
 }
 
-// The session the sale goes to: the one given, else the only one open. A
-// closed or unknown session, or no rate, is refused with the command that
-// puts it right.
+// The session the sale goes to: the one given, else the one open at this
+// till. A closed or unknown session, or no rate, is refused with the
+// command that puts it right.
 std::int32_t sesionDeVenta(Contexto& c) {
   const auto dada = c.args.entero("sesion", 1, kMaximo32);
   if (!dada) {
-    auto rs = c.db->openrecordset("SELECT SessionID FROM SesionesPOS ORDER BY SessionID");
-    std::vector<std::int32_t> abiertas;
-    for (; !rs->Eof(); rs->MoveNext())
-      abiertas.push_back(CLng(rs->Fields("SessionID")));
-    if (abiertas.empty())
-      throw Rechazo("No hay ninguna sesión abierta: ábrala con caja sesion abrir --maquina N");
-    if (abiertas.size() > 1)
-      throw Rechazo("Hay varias sesiones abiertas: indique cuál con --sesion S");
-    return abiertas.front();
+    const std::int32_t m = estaMaquina(c);
+    const Variant abierta =
+        c.db->ReadScalar("SELECT MIN(SessionID) FROM SesionesPOS WHERE MachineID = ?", {m});
+    if (abierta.isEmpty() || abierta.isNull())
+      throw Rechazo("La máquina " + std::to_string(m) +
+                    " no tiene ninguna sesión abierta: ábrala con caja sesion abrir");
+    return CLng(abierta);
   }
   const auto s = static_cast<std::int32_t>(*dada);
   if (c.db->ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {s}).isEmpty()) {
@@ -233,6 +232,24 @@ void anotarVuelto(Contexto& c, const CVarelta& mov, const Vuelto* cambio) {
 
 }  // namespace
 
+std::int32_t numeroDondeCorre(Contexto& c, const std::string& numero) {
+  const auto n = static_cast<std::int32_t>(enteroDe(numero, "NUMERO", 1, kMaximo32));
+  return c.enDiario && c.conServidor ? numeroLocalDe(*c.db, n) : n;
+}
+
+void exigirServidor(Contexto& c) {
+  if (!c.conServidor)
+    throw ErrorUso(
+        "--local nombra un movimiento del diario de una caja con servidor: aquí use NUMERO");
+}
+
+NumeroVisible numeroVisible(Contexto& c, std::int32_t transId) {
+  if (!c.enDiario || !c.conServidor)
+    return {transId};
+  const std::int32_t enServidor = numeroEnServidor(*c.db, transId);
+  return enServidor > 0 ? NumeroVisible{enServidor} : NumeroVisible{transId, true};
+}
+
 std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId) {
   std::vector<MontoMedio> lista;
   auto rs = c.db->openrecordset("SELECT * FROM hostVueltos WHERE TransID = ?", {transId});
@@ -287,7 +304,7 @@ std::shared_ptr<CDetalleIngreso> lineaDe(std::string codigo, Currency monto) {
 int mostrarGuardado(Contexto& c, std::int32_t transId) {
   CVarelta guardado;
   guardado.load(transId);
-  salida(c).movimiento(guardado, vueltoDe(c, transId), c.enDiario && c.conServidor);
+  salida(c).movimiento(guardado, vueltoDe(c, transId), numeroVisible(c, transId));
   if (c.args.bandera("imprimir"))
     imprimirGuardado(c, transId);
   return kExito;
@@ -486,6 +503,8 @@ int roles(Contexto& c) {
 }
 
 int init(Contexto& c) {
+  if (const auto m = c.args.entero("maquina", 1, 32767))
+    fijarMaquina(static_cast<std::int32_t>(*m));
   if (c.args.bandera("demo"))
     crearDemo(*c.db);
   if (c.args.bandera("roles") || c.args.bandera("mostrar-roles"))
@@ -504,7 +523,7 @@ int retomar(Contexto& c) {
 
 int saldo(Contexto& c) {
   SaldoCaja s;
-  s.load(static_cast<std::int32_t>(c.args.entero("maquina", 1, 32767).value_or(1)));
+  s.load(estaMaquina(c));
   salida(c).saldo(s);
   return kExito;
 }
@@ -524,6 +543,7 @@ int movimiento(Contexto& c) {
                   tipo, static_cast<std::int32_t>(enteroDe(numero, "--documento", 0, kMaximo32))) &&
               mov.load(mov.TransID);
   } else if (const auto local = c.args.entero("local", 1, kMaximo32)) {
+    exigirServidor(c);
     const std::int32_t enServidor = numeroEnServidor(*c.db, static_cast<std::int32_t>(*local));
     if (enServidor == 0)
       c.out << "Pendiente de envío: el movimiento del diario de esta caja\n";
@@ -531,12 +551,12 @@ int movimiento(Contexto& c) {
       c.out << "Enviado: movimiento " << enServidor << " del servidor\n";
     hallado = enServidor >= 0 && mov.load(static_cast<std::int32_t>(*local));
   } else {
-    hallado = mov.load(
-        static_cast<std::int32_t>(enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32)));
+    const std::int32_t n = numeroDondeCorre(c, c.args.posicionales().front());
+    hallado = n > 0 && mov.load(n);
   }
   if (!hallado)
     throw Rechazo("Movimiento no encontrado");
-  salida(c).movimiento(mov, vueltoDe(c, mov.TransID), c.enDiario && c.conServidor);
+  salida(c).movimiento(mov, vueltoDe(c, mov.TransID), numeroVisible(c, mov.TransID));
   return kExito;
 }
 
@@ -706,7 +726,7 @@ const Opcion kOperador{"operador", "O",
                        "el cajero que lo hace; con cajeros registrados, su PIN se pide"};
 const Opcion kAutoriza{"autoriza", "SUPERVISOR",
                        "el supervisor que lo autoriza; su PIN se pide (en pantalla, el diálogo)"};
-const Opcion kMaquina{"maquina", "N", "la máquina de la caja (por omisión 1)"};
+const Opcion kMaquina{"maquina", "N", "la máquina de la caja (por omisión la de esta caja)"};
 const Opcion kLocal{"local", "NUMERO", "el movimiento con ese número en el diario de esta caja"};
 
 const Opcion kSesion{"sesion", "S", "sesión de la caja (por omisión la única abierta)"};
@@ -765,13 +785,22 @@ struct Comando {
 const std::vector<Comando>& comandos() {
   static const std::vector<Comando> lista = {
       {{"init",
-        "[--demo] [--roles | --mostrar-roles]",
+        "[--demo] [--maquina N] [--roles | --mostrar-roles]",
         "crea la base de datos; con --demo, catálogo, sesión 1 en la máquina 1, tasa 36.50 y "
         "empresa de ejemplo",
         {{"demo", nullptr, "datos de demostración"},
+         {"maquina", "N", "el número de máquina de esta caja (caja maquina N lo cambia)"},
          {"roles", nullptr, "en un servidor, crea los roles caja_caja y caja_admin"},
          {"mostrar-roles", nullptr, "muestra el SQL de esos roles sin ejecutarlo"}}},
        init},
+      {{"maquina",
+        "[N]",
+        "muestra o fija el número de máquina de esta caja, el que usan saldo, cierre, sesion "
+        "abrir y la sesión por omisión",
+        {},
+        0,
+        1},
+       comandoMaquina},
       {{"tasa", "[VALOR]", "muestra o fija la tasa de cambio de la caja", {}, 0, 1}, tasa},
       {{"sesion",
         "[abrir --maquina N [--operador O] | cerrar [--sesion S]]",

@@ -52,6 +52,18 @@ int ejecutarComando(Contexto& c);
 // named by the number the server gave it.
 std::int32_t numeroNombrado(Contexto& c);
 
+struct NumeroVisible;
+// How the movement numbered `transId` where the command runs is named: in a
+// server till's journal, by the server's number once sent, else as local.
+NumeroVisible numeroVisible(Contexto& c, std::int32_t transId);
+
+// NUMERO as typed, a movement's number on the database (the server's), as
+// the database the command runs on numbers it: in a server till's journal,
+// read while the server is away, its local number (0 when it has none).
+std::int32_t numeroDondeCorre(Contexto& c, const std::string& numero);
+// --local names a movement of a till on a server: ErrorUso elsewhere.
+void exigirServidor(Contexto& c);
+
 // How a movement's change went back, from the host's own table.
 std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId);
 

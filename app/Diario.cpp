@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <map>
 #include <sstream>
@@ -284,6 +285,16 @@ std::filesystem::path carpetaDeDatos(bool crear) {
   return raiz / "caja";
 }
 
+void anotarError(const CajaError& e) {
+  const auto carpeta = carpetaDeDatos(false);
+  if (!std::filesystem::is_directory(carpeta))
+    return;
+  const auto ruta = carpeta / "caja.log";
+  crearArchivoPrivado(ruta);
+  std::ofstream(ruta, std::ios::app) << Fecha::now().toIsoText() << " Error " << e.number() << " ("
+                                     << e.source() << "): " << e.description() << '\n';
+}
+
 std::string rutaDiario(bool crearCarpeta) {
   return (carpetaDeDatos(crearCarpeta) / "diario.db").string();
 }
@@ -396,6 +407,11 @@ std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local) {
   if (rs->Eof())
     return -1;
   return NzLong(rs->Fields(0));
+}
+
+std::int32_t numeroLocalDe(HostSql& diario, std::int32_t servidor) {
+  return NzLong(
+      diario.ReadScalar("SELECT TransID FROM hostClaves WHERE TransIDServidor = ?", {servidor}));
 }
 
 void olvidarGuardado(CVarelta& mov) {

@@ -22,6 +22,10 @@ namespace caja::app {
 // The program's data folder, $XDG_DATA_HOME/caja (~/.local/share/caja),
 // made when `crear`.
 std::filesystem::path carpetaDeDatos(bool crear);
+// Appends the error, with its number and source, to the till's log
+// (caja.log in the data folder, 0600) when the folder exists: what the
+// cashier read without its number, for whoever looks into it.
+void anotarError(const CajaError& e);
 // The journal file in it: diario.db.
 std::string rutaDiario(bool crearCarpeta);
 // The journal, created when `crear`; nullptr when it is not there.
@@ -68,6 +72,9 @@ std::string cobradoSegunDiario(HostSql& diario, const std::string& tipo, std::in
 // The server's number of a movement saved in the journal as `local`: 0 while
 // it waits to be sent, -1 when the journal has no such movement.
 std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local);
+// The journal's number of the movement the server numbered `servidor`, or 0
+// when the journal has none.
+std::int32_t numeroLocalDe(HostSql& diario, std::int32_t servidor);
 // The movement as before its first save: no number, lines without ids. A
 // save that starts again (another till collided, or it moves to the journal)
 // makes its own drawer transaction.

@@ -47,8 +47,9 @@ DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
     throw Rechazo("Movimiento " + std::to_string(numero) + " no encontrado");
   DatosRecibo d;
   d.empresa = nombreEmpresa(c);
-  d.numero = numero;
-  d.local = c.enDiario && c.conServidor;
+  const NumeroVisible visible = numeroVisible(c, numero);
+  d.numero = visible.numero;
+  d.local = visible.local;
   d.maquina =
       NzLong(c.db->ReadScalar("SELECT machineID FROM MovimientosCaja WHERE TransID = ?", {numero}));
   d.sesion = mov.Sesion;

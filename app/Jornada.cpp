@@ -10,6 +10,7 @@
 #include "app/Autorizacion.h"
 #include "app/Comandos.h"
 #include "app/Diario.h"
+#include "app/EstaCaja.h"
 #include "app/Informe.h"
 #include "app/Salida.h"
 #include "caja/base/Conversiones.h"
@@ -26,10 +27,6 @@ namespace {
 
 Salida salida(Contexto& c) {
   return Salida(c.out, c.args.bandera("json"));
-}
-
-std::int32_t maquina(Contexto& c) {
-  return static_cast<std::int32_t>(c.args.entero("maquina", 1, 32767).value_or(1));
 }
 
 // The catalogue's spelling of a code typed in any letter case; ErrorUso for
@@ -53,7 +50,7 @@ std::vector<SesionAbierta> sesionesAbiertas(Contexto& c) {
 }
 
 int abrirSesion(Contexto& c) {
-  const std::int32_t m = maquina(c);
+  const std::int32_t m = estaMaquina(c);
   const std::string cajero = cajeroDe(c);
   std::int32_t nueva = 0;
   c.db->EnTransaccion([&] {
@@ -75,11 +72,12 @@ int abrirSesion(Contexto& c) {
 
 int cerrarSesion(Contexto& c) {
   const auto dada = c.args.entero("sesion", 1, kMaximo32);
-  const Variant s = dada ? Variant(static_cast<std::int32_t>(*dada))
-                         : c.db->ReadScalar("SELECT SessionID FROM SesionesPOS WHERE MachineID = ?",
-                                            {maquina(c)});
+  const std::int32_t m = dada ? 0 : estaMaquina(c);
+  const Variant s =
+      dada ? Variant(static_cast<std::int32_t>(*dada))
+           : c.db->ReadScalar("SELECT SessionID FROM SesionesPOS WHERE MachineID = ?", {m});
   if (s.isEmpty())
-    throw Rechazo("La máquina " + std::to_string(maquina(c)) + " no tiene sesión abierta");
+    throw Rechazo("La máquina " + std::to_string(m) + " no tiene sesión abierta");
   c.db->EnTransaccion([&] {
     const long movidas = c.db->ExecuteSQL(
         "INSERT INTO SesionesCerradas (SessionID, MachineID, Operador, Apertura, Cierre) "
@@ -155,6 +153,11 @@ std::vector<FilaMovimiento> filasDe(Contexto& c, const Filtro& f) {
          NzMoneda(rs->Fields("Debitos")), NzMoneda(rs->Fields("Creditos")),
          NzMoneda(rs->Fields("MontoIGTF")), !rs->Fields("Anulado").isNull(),
          tipoDe(NzTexto(rs->Fields("Clasificacion")))});
+  for (auto& fila : filas) {
+    const NumeroVisible n = numeroVisible(c, fila.numero);
+    fila.numero = n.numero;
+    fila.local = n.local;
+  }
   return filas;
 }
 
@@ -326,9 +329,15 @@ std::int32_t numeroNombrado(Contexto& c) {
   const auto local = c.args.entero("local", 1, kMaximo32);
   if (c.args.posicionales().empty() == !local.has_value())
     throw ErrorUso("Indique uno: NUMERO o --local NUMERO");
-  if (!local)
-    return static_cast<std::int32_t>(
-        enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32));
+  if (!local) {
+    const std::string& numero = c.args.posicionales().front();
+    const std::int32_t n = numeroDondeCorre(c, numero);
+    if (n == 0)
+      throw Rechazo("El movimiento " + numero +
+                    " no está en el diario de esta caja, y el servidor no responde");
+    return n;
+  }
+  exigirServidor(c);
   const auto numero = static_cast<std::int32_t>(*local);
   if (c.enDiario)
     return numero;
@@ -463,7 +472,7 @@ std::string pendientesAlCerrar(Contexto& c) {
 }  // namespace
 
 int cierre(Contexto& c) {
-  const std::int32_t m = maquina(c);
+  const std::int32_t m = estaMaquina(c);
   // What made up the expected amounts: every standing movement of the till.
   const Filtro deLaMaquina{" AND M.machineID = ?", {m}};
   std::vector<Denominacion> denominaciones;
@@ -487,7 +496,7 @@ int cierre(Contexto& c) {
 
 int cierres(Contexto& c) {
   std::vector<Cierre> lista;
-  const auto m = c.args.entero("maquina", 1, 32767);
+  const auto m = maquinaElegida(c);
   // One closing by its number, or 0 for all of them.
   const auto uno = static_cast<std::int32_t>(
       c.args.posicionales().empty()
@@ -497,7 +506,7 @@ int cierres(Contexto& c) {
     throw ErrorUso("--pdf es de un cierre: caja cierres NUMERO --pdf ARCHIVO");
   auto rs = uno ? c.db->openrecordset("SELECT * FROM hostCierres WHERE id = ?", {uno})
             : m ? c.db->openrecordset("SELECT * FROM hostCierres WHERE MachineID = ? ORDER BY id",
-                                      {static_cast<std::int32_t>(*m)})
+                                      {*m})
                 : c.db->openrecordset("SELECT * FROM hostCierres ORDER BY id");
   for (; !rs->Eof(); rs->MoveNext())
     lista.push_back({NzLong(rs->Fields("id")),

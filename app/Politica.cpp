@@ -147,6 +147,17 @@ bool esperaEnDiario(const LineaComandos& args) {
   return diario && numeroEnServidor(*diario, static_cast<std::int32_t>(*local)) == 0;
 }
 
+// A closing counts the drawer the server holds: away from it, nothing to
+// count against.
+std::string cierreSinServidor() {
+  const auto diario = abrirDiario(false);
+  const std::size_t esperan = diario ? pendientes(*diario).size() : 0;
+  return "El cierre necesita el servidor, que no responde" +
+         (esperan ? "; esperan envío en esta caja " + std::to_string(esperan) + " movimientos"
+                  : std::string()) +
+         ": ciérrela cuando vuelva la conexión; nada se guardó";
+}
+
 }  // namespace
 
 void PoliticaCaja::abrir(Contexto& c) {
@@ -169,8 +180,11 @@ void PoliticaCaja::abrir(Contexto& c) {
   try {
     c.db = abrirBaseDeDatos(c.args);
   } catch (const CajaError& e) {
-    c.db = c.conServidor && e.number() == kErrorConexion && leeCifras(comando) ? abrirDiario(false)
-                                                                               : nullptr;
+    const bool sinServidor = c.conServidor && e.number() == kErrorConexion;
+    if (sinServidor && comando == "cierre")
+      throw Rechazo(cierreSinServidor());
+    c.db = sinServidor && (leeCifras(comando) || comando == "recibo") ? abrirDiario(false)
+                                                                      : nullptr;
     if (!c.db)
       throw;
     c.enDiario = true;

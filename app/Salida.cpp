@@ -111,7 +111,8 @@ std::string csv(const std::string& texto) {
   return "\"" + replaceAll(texto, "\"", "\"\"") + "\"";
 }
 
-void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto, bool local) {
+void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto,
+                        NumeroVisible n) {
   auto lineas = mov.detalles();
   const std::pair<const char*, Currency> totales[] = {
       {"Efectivo", mov.Efectivo()},    {"TCVisa", mov.TCVisa()},
@@ -121,7 +122,7 @@ void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto, bo
       {"EfectivoME", mov.EfectivoME()}};
   auto conceptos = mov.Conceptos();
   if (json_) {
-    out_ << "{\"numero\":" << mov.Numero() << ",\"local\":" << (local ? "true" : "false")
+    out_ << "{\"numero\":" << n.numero << ",\"local\":" << (n.local ? "true" : "false")
          << ",\"fecha\":" << json(mov.fecha.toString()) << ",\"sesion\":" << mov.Sesion
          << ",\"operador\":" << json(mov.Operador)
          << ",\"documento\":" << json(mov.TipoDocRel + ":" + std::to_string(mov.NumeroDocRel))
@@ -146,7 +147,7 @@ void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto, bo
     out_ << "]}\n";
     return;
   }
-  out_ << (local ? "Movimiento local " : "Movimiento ") << mov.Numero() << "  "
+  out_ << "Movimiento " << n.texto() << "  "
        << mov.fecha.toString() << "  sesión " << mov.Sesion << "  operador " << mov.Operador << "\n"
        << "Documento " << mov.TipoDocRel << " " << mov.NumeroDocRel << "  débitos "
        << monto(mov.Debitos) << "  créditos " << monto(mov.Creditos) << "  IGTF "
@@ -235,6 +236,13 @@ void Salida::sesion(std::int32_t numero, std::int32_t maquina) {
     out_ << numero << '\n';
 }
 
+void Salida::maquina(std::int32_t numero) {
+  if (json_)
+    out_ << "{\"maquina\":" << numero << "}\n";
+  else
+    out_ << "Máquina de esta caja: " << numero << '\n';
+}
+
 void Salida::sesiones(const std::vector<SesionAbierta>& lista) {
   if (json_) {
     out_ << "[";
@@ -266,7 +274,8 @@ void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
     out_ << "{\"movimientos\":[";
     for (std::size_t i = 0; i < filas.size(); ++i) {
       const auto& f = filas[i];
-      out_ << (i ? "," : "") << "{\"numero\":" << f.numero << ",\"tipo\":" << json(f.tipo)
+      out_ << (i ? "," : "") << "{\"numero\":" << f.numero
+           << ",\"local\":" << (f.local ? "true" : "false") << ",\"tipo\":" << json(f.tipo)
            << ",\"fecha\":" << json(f.fecha.date().toString())
            << ",\"hora\":" << json(f.hora.timeOfDay().toString()) << ",\"sesion\":" << f.sesion
            << ",\"operador\":" << json(f.operador) << ",\"documento\":" << json(f.documento)
@@ -281,7 +290,7 @@ void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
   if (conCsv) {
     out_ << "numero,fecha,hora,sesion,operador,documento,debitos,creditos,igtf,anulado,tipo\r\n";
     for (const auto& f : filas)
-      out_ << f.numero << ',' << f.fecha.date().toString() << ',' << f.hora.timeOfDay().toString()
+      out_ << NumeroVisible{f.numero, f.local}.texto() << ',' << f.fecha.date().toString() << ',' << f.hora.timeOfDay().toString()
            << ',' << f.sesion << ',' << csv(f.operador) << ',' << csv(f.documento) << ','
            << numero(f.debitos) << ',' << numero(f.creditos) << ',' << numero(f.igtf) << ','
            << (f.anulado ? "si" : "no") << ',' << f.tipo << "\r\n";
@@ -298,7 +307,7 @@ void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
   out_ << "Número  Tipo        Fecha       Hora      Sesión  Operador    Documento         Débitos"
           "        Créditos     IGTF\n";
   for (const auto& f : filas)
-    out_ << std::left << std::setw(8) << f.numero << columna(f.tipo, 12)
+    out_ << columna(NumeroVisible{f.numero, f.local}.texto(), 8) << std::left << columna(f.tipo, 12)
          << f.fecha.date().toString() << "  " << f.hora.timeOfDay().toString() << "  "
          << std::setw(8) << f.sesion << columna(f.operador, 12) << columna(f.documento, 12)
          << std::right << std::setw(14) << monto(f.debitos) << std::setw(16) << monto(f.creditos)

@@ -12,6 +12,16 @@
 
 namespace caja::app {
 
+// How a movement is named: by the number the database gave it, or, for one
+// a till on a server saved in its journal and has not sent yet, by the
+// journal's number, as "local N". Once sent, the server's number names it
+// everywhere, so that one number never names two sales.
+struct NumeroVisible {
+  std::int32_t numero;
+  bool local = false;
+  std::string texto() const { return (local ? "local " : "") + std::to_string(numero); }
+};
+
 struct FilaMovimiento {
   std::int32_t numero;
   Fecha fecha, hora;
@@ -19,7 +29,8 @@ struct FilaMovimiento {
   std::string operador, documento;
   Currency debitos, creditos, igtf;
   bool anulado;
-  std::string tipo;  // "venta", "devolucion", "entrada" or "salida"
+  std::string tipo;    // "venta", "devolucion", "entrada" or "salida"
+  bool local = false;  // numbered by the till's journal: see NumeroVisible
 };
 
 struct MontoMedio {
@@ -64,10 +75,9 @@ class Salida {
  public:
   Salida(std::ostream& out, bool json) : out_(out), json_(json) {}
 
-  // A movement with how its change went back (the credited part as "CREDITO").
-  // `local`: a movement of the journal of a till on a server, numbered by
-  // the till until the server gives it its own.
-  void movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto, bool local = false);
+  // A movement, named `numero`, with how its change went back (the credited
+  // part as "CREDITO").
+  void movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto, NumeroVisible numero);
   void saldo(SaldoCaja& saldo);
   void medios(const std::vector<std::shared_ptr<CMedioPago>>& medios);
   void lineas(const std::string& titulo, Collection<CDetalleIngreso>& lineas);
@@ -81,6 +91,7 @@ class Salida {
   // A list of names, one a line or a JSON array.
   void nombres(const std::vector<std::string>& lista);
   void sesion(std::int32_t numero, std::int32_t maquina);
+  void maquina(std::int32_t numero);
   void sesiones(const std::vector<SesionAbierta>& lista);
   void tasa(double valor);
   // One row per movement, then the totals per method, per kind and method,

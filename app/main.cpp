@@ -5,12 +5,16 @@
 
 #include <QApplication>
 #include <QDir>
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <thread>
 
 #include "app/Comandos.h"
+#include "app/Diario.h"
+#include "app/EstaCaja.h"
 #include "app/Politica.h"
+#include "app/Salida.h"
 #include "app/Supervisores.h"
 #include "caja/host/IniSettingsStore.h"
 #include "caja/host/PostgresFactoria.h"
@@ -50,9 +54,25 @@ void rechazarContrasena(const LineaComandos& args) {
         "póngala en el archivo de contraseñas (~/.pgpass o PGPASSFILE)");
 }
 
+// A cashier reads the error in Spanish, without its number; the number and
+// its source stay in the JSON (--json) and in the till's log.
+void decirError(const CajaError& e, int argc, char** argv) {
+  const bool conJson =
+      std::any_of(argv + 1, argv + argc, [](const char* a) { return std::string(a) == "--json"; });
+  if (conJson)
+    std::cerr << "{\"error\":" << e.number() << ",\"fuente\":" << json(e.source())
+              << ",\"mensaje\":" << json(e.description()) << "}\n";
+  else
+    std::cerr << e.description() << '\n';
+  anotarError(e);
+}
+
 int ejecutar(const LineaComandos& args, bool conPantalla) {
   rechazarContrasena(args);
   Contexto contexto{args, nullptr, std::cout, conPantalla};
+  // This till's number lives in its settings, not in a database.
+  if (args.comando() == "maquina")
+    return comandoMaquina(contexto);
   PoliticaCaja::abrir(contexto);
   const auto& db = contexto.db;
   InicializarEntorno(db);
@@ -92,7 +112,7 @@ int main(int argc, char** argv) {
     std::cerr << e.what() << '\n';
     return kRechazado;
   } catch (const CajaError& e) {
-    std::cerr << "Error " << e.number() << " (" << e.source() << "): " << e.description() << '\n';
+    decirError(e, argc, argv);
     return kError;
   } catch (const std::exception& e) {
     std::cerr << e.what() << '\n';
