@@ -572,11 +572,83 @@ int sincronizar(Contexto& c) {
   avisarEnvio(envio);
   if (!envio.fallidos.empty())
     return kError;
-  return envio.conflictos.empty() ? kExito : kRechazado;
+  const auto diario = abrirDiario(false);
+  return diario && !conflictos(*diario, false).empty() ? kRechazado : kExito;
 }
 
 int pendientesDeEnvio(Contexto& c) {
-  salida(c).pendientes(pendientes(*c.db));
+  salida(c).pendientes(pendientes(*c.db), conflictos(*c.db, false));
+  return kExito;
+}
+
+// The documents the database holds as charged, not voided, at more than one
+// till, one line each: "FAC 1002: movimientos 3 (máquina 1), 4 (máquina 2)".
+std::vector<std::string> documentosRepetidos(HostSql& db) {
+  const std::string cobrado =
+      "FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE "
+      "A.TransID IS NULL AND COALESCE(M.Clasificacion, '') = '' AND COALESCE(M.TipoDocumento, "
+      "'') <> '' AND M.NumeroDocumento <> 0";
+  auto rs = db.openrecordset(
+      "SELECT M.TipoDocumento, M.NumeroDocumento, M.TransID, M.machineID " + cobrado +
+      " AND EXISTS (SELECT 1 FROM MovimientosCaja O LEFT JOIN hostAnulaciones B ON B.TransID = "
+      "O.TransID WHERE B.TransID IS NULL AND COALESCE(O.Clasificacion, '') = '' AND "
+      "O.TipoDocumento = M.TipoDocumento AND O.NumeroDocumento = M.NumeroDocumento AND "
+      "O.machineID <> M.machineID) ORDER BY M.TipoDocumento, M.NumeroDocumento, M.TransID");
+  std::vector<std::string> lineas;
+  std::string documento;
+  for (; !rs->Eof(); rs->MoveNext()) {
+    const std::string este =
+        NzTexto(rs->Fields(0)) + " " + std::to_string(NzLong(rs->Fields(1)));
+    const std::string movimiento = std::to_string(NzLong(rs->Fields(2))) + " (máquina " +
+                                   std::to_string(NzLong(rs->Fields(3))) + ")";
+    if (este != documento)
+      lineas.push_back(este + ": movimientos " + movimiento);
+    else
+      lineas.back() += ", " + movimiento;
+    documento = este;
+  }
+  return lineas;
+}
+
+// A supervisor acknowledges a conflict of this till: the journal keeps who
+// and when, and the trail records it (the server's when it answers).
+void resolverConflicto(Contexto& c, HostSql& diario, std::int32_t numero) {
+  auto rs = diario.openrecordset(
+      "SELECT Detalle, MachineID FROM hostConflictos WHERE id = ? AND ResueltoPor = ''", {numero});
+  if (rs->Eof())
+    throw Rechazo("No hay ningún conflicto " + std::to_string(numero) + " sin resolver");
+  Asiento a;
+  a.maquina = NzLong(rs->Fields(1));
+  a.accion = "conflicto resuelto";
+  a.detalle = "conflicto " + std::to_string(numero) + ": " + NzTexto(rs->Fields(0));
+  a.aprobador = aprobacion(c, "dar por resuelto el conflicto " + std::to_string(numero),
+                           nivelExigido("NivelAprobacion"));
+  const auto marcar = [&] {
+    diario.ExecuteSQL(
+        "UPDATE hostConflictos SET ResueltoPor = ?, ResueltoEl = ? WHERE id = ?",
+        {a.aprobador, Fecha::now().toIsoText(), numero});
+  };
+  c.db->EnTransaccion([&] {
+    anotar(*c.db, a);
+    if (c.db.get() == &diario)
+      marcar();
+  });
+  if (c.db.get() != &diario)
+    marcar();
+  salida(c).mensaje("Conflicto " + std::to_string(numero) + " resuelto, autorizado por " +
+                    a.aprobador);
+}
+
+int conflictosDeCaja(Contexto& c) {
+  const auto diario = c.enDiario ? c.db : abrirDiario(false);
+  if (const auto n = c.args.entero("resolver", 1, kMaximo32)) {
+    if (!diario)
+      throw Rechazo("Esta caja no tiene conflictos que resolver");
+    resolverConflicto(c, *diario, static_cast<std::int32_t>(*n));
+    return kExito;
+  }
+  salida(c).conflictos(diario ? conflictos(*diario, c.args.bandera("todos")) : std::vector<Conflicto>{},
+                       c.enDiario ? std::vector<std::string>{} : documentosRepetidos(*c.db));
   return kExito;
 }
 
@@ -887,8 +959,19 @@ const std::vector<Comando>& comandos() {
         "nuevo, y renueva su copia; sale con 1 si un documento quedó cobrado en más de una caja",
         {}},
        sincronizar},
-      {{"pendientes", "", "lo guardado en esta caja que espera su envío al servidor", {}},
+      {{"pendientes", "",
+        "lo guardado en esta caja que espera su envío al servidor, y los conflictos sin resolver",
+        {}},
        pendientesDeEnvio},
+      {{"conflictos",
+        "[--todos] | --resolver N --autoriza SUPERVISOR",
+        "los conflictos de esta caja (un documento cobrado en dos cajas, un movimiento que el "
+        "servidor rechazó) y los documentos cobrados en más de una caja; un supervisor da uno "
+        "por resuelto",
+        {{"todos", nullptr, "también los ya resueltos"},
+         {"resolver", "N", "da por resuelto el conflicto N"},
+         kAutoriza}},
+       conflictosDeCaja},
       {{"enviar",
         "[--continuo]",
         "envía al servidor lo que espera en el diario de esta caja, reintentando mientras el "

@@ -189,7 +189,7 @@ std::string enCaja(std::int32_t numero, std::int32_t maquina) {
 
 // The server's answer for a sale of a document it already held as charged
 // ("NUMBER:MACHINE ..."): both are kept, and the conflict is named once.
-std::string conflictoDe(const Pendiente& p, const std::string& previos, std::int32_t numero) {
+Aviso conflictoDe(const Pendiente& p, const std::string& previos, std::int32_t numero) {
   std::string nombrados;
   std::istringstream lista(previos);
   for (std::string par; lista >> par;) {
@@ -198,9 +198,10 @@ std::string conflictoDe(const Pendiente& p, const std::string& previos, std::int
                  enCaja(std::stoi(par.substr(0, dos)), std::stoi(par.substr(dos + 1)));
   }
   const auto dos = p.documento.find(':');
-  return "El documento " + p.documento.substr(0, dos) + " " + p.documento.substr(dos + 1) +
-         " se cobró en más de una caja: movimientos " + nombrados + " y " +
-         enCaja(numero, p.maquina);
+  return {p.clave, p.numeroLocal, p.maquina,
+          "El documento " + p.documento.substr(0, dos) + " " + p.documento.substr(dos + 1) +
+              " se cobró en más de una caja: movimientos " + nombrados + " y " +
+              enCaja(numero, p.maquina)};
 }
 
 // Sends a batch in one call, one server transaction; the journal marks
@@ -243,8 +244,9 @@ void enviarSolo(HostSql& servidor, HostSql& diario, const Pendiente& p, Envio& e
   } catch (const CajaError& e) {
     if (e.number() == kErrorConexion)
       throw;
-    envio.fallidos.push_back("Movimiento local " + std::to_string(p.numeroLocal) +
-                             " no enviado: " + e.description());
+    envio.fallidos.push_back({p.clave, p.numeroLocal, p.maquina,
+                              "Movimiento local " + std::to_string(p.numeroLocal) +
+                                  " no enviado: " + e.description()});
   }
 }
 
@@ -272,7 +274,47 @@ void enviarAuditoria(HostSql& servidor, HostSql& diario) {
   }
 }
 
+// Keeps each conflict of the run in the journal, once per movement and
+// kind, with a row of the journal's trail, which reaches the server's with
+// the rest: what went wrong is heard of, at the till and in the shop.
+void guardarConflictos(HostSql& diario, const Envio& envio) {
+  const std::pair<const char*, const std::vector<Aviso>*> clases[] = {
+      {"documento", &envio.conflictos}, {"rechazo", &envio.fallidos}};
+  diario.EnTransaccion([&] {
+    for (const auto& [clase, avisos] : clases)
+      for (const Aviso& aviso : *avisos) {
+        if (!diario
+                 .ReadScalar("SELECT id FROM hostConflictos WHERE Clave = ? AND Clase = ?",
+                             {aviso.clave, clase})
+                 .isEmpty())
+          continue;
+        diario.ExecuteSQL(
+            "INSERT INTO hostConflictos (Fecha, Clave, Clase, NumeroLocal, MachineID, Detalle) "
+            "VALUES (?, ?, ?, ?, ?, ?)",
+            {Fecha::now().toIsoText(), aviso.clave, clase, aviso.numeroLocal, aviso.maquina,
+             aviso.texto});
+        Asiento a;
+        a.maquina = aviso.maquina;
+        a.accion = "conflicto";
+        a.detalle = aviso.texto;
+        anotar(diario, a);
+      }
+  });
+}
+
 }  // namespace
+
+std::vector<Conflicto> conflictos(HostSql& diario, bool todos) {
+  std::vector<Conflicto> lista;
+  auto rs = diario.openrecordset(std::string("SELECT * FROM hostConflictos") +
+                                 (todos ? "" : " WHERE ResueltoPor = ''") + " ORDER BY id");
+  for (; !rs->Eof(); rs->MoveNext())
+    lista.push_back({NzLong(rs->Fields("id")), NzTexto(rs->Fields("Fecha")),
+                     NzTexto(rs->Fields("Clase")), NzLong(rs->Fields("NumeroLocal")),
+                     NzLong(rs->Fields("MachineID")), NzTexto(rs->Fields("Detalle")),
+                     NzTexto(rs->Fields("ResueltoPor")), NzTexto(rs->Fields("ResueltoEl"))});
+  return lista;
+}
 
 std::filesystem::path carpetaDeDatos(bool crear) {
   const char* xdg = std::getenv("XDG_DATA_HOME");
@@ -377,6 +419,7 @@ Envio sincronizar(HostSql& servidor, HostSql& diario) {
         enviarSolo(servidor, diario, p, envio);
     }
   }
+  guardarConflictos(diario, envio);
   enviarAuditoria(servidor, diario);
   // Noted only when something went, so that a sale with nothing to send
   // writes nothing more.
@@ -422,8 +465,8 @@ void olvidarGuardado(CVarelta& mov) {
 
 void avisarEnvio(const Envio& envio) {
   for (const auto* lista : {&envio.conflictos, &envio.fallidos})
-    for (const auto& linea : *lista)
-      std::cerr << linea << std::endl;
+    for (const Aviso& aviso : *lista)
+      std::cerr << aviso.texto << std::endl;
 }
 
 void avisarDiarioSinActualizar(const std::exception& e) {

@@ -47,20 +47,41 @@ struct Pendiente {
 };
 std::vector<Pendiente> pendientes(HostSql& diario);
 
+// Something that went wrong with a movement while sending it, said in one
+// line: `clave` and `numeroLocal` name the movement, `maquina` its till.
+struct Aviso {
+  std::string clave;
+  std::int32_t numeroLocal, maquina;
+  std::string texto;
+};
+
 // What one run of sending did: the movements sent, with their local and
 // server numbers, the documents that ended up charged more than once, and
 // the movements the server refused (they stay pending).
 struct Envio {
   std::vector<std::pair<std::int32_t, std::int32_t>> enviados;
-  std::vector<std::string> conflictos;
-  std::vector<std::string> fallidos;
+  std::vector<Aviso> conflictos;
+  std::vector<Aviso> fallidos;
 };
+
+// A conflict kept in the journal until a supervisor acknowledges it: a
+// document charged at more than one till ("documento") or a movement the
+// server refused ("rechazo").
+struct Conflicto {
+  std::int32_t id;
+  std::string fecha, clase;
+  std::int32_t numeroLocal, maquina;
+  std::string detalle, resueltoPor, resueltoEl;
+};
+// The journal's conflicts, the acknowledged ones too when `todos`.
+std::vector<Conflicto> conflictos(HostSql& diario, bool todos);
 // Says on standard error, a line each, the documents charged twice and the
 // movements the server refused.
 void avisarEnvio(const Envio& envio);
 // Sends the pending movements, oldest first, a batch of them per call of
 // the server's receiver (caja_recibir) and per server transaction, holding
-// the till's sending lock; then the journal's trail rows. Neither host
+// the till's sending lock; keeps each new conflict in the journal with a
+// row of its trail; then sends the journal's trail rows. Neither host
 // becomes the component's. A lost link is raised.
 Envio sincronizar(HostSql& servidor, HostSql& diario);
 

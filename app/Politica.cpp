@@ -183,8 +183,9 @@ void PoliticaCaja::abrir(Contexto& c) {
     const bool sinServidor = c.conServidor && e.number() == kErrorConexion;
     if (sinServidor && comando == "cierre")
       throw Rechazo(cierreSinServidor());
-    c.db = sinServidor && (leeCifras(comando) || comando == "recibo") ? abrirDiario(false)
-                                                                      : nullptr;
+    c.db = sinServidor && (leeCifras(comando) || esUno(comando, {"recibo", "conflictos"}))
+               ? abrirDiario(false)
+               : nullptr;
     if (!c.db)
       throw;
     c.enDiario = true;

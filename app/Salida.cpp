@@ -362,24 +362,88 @@ void Salida::cierres(const std::vector<Cierre>& lista) {
   }
 }
 
-void Salida::pendientes(const std::vector<Pendiente>& lista) {
+namespace {
+
+std::vector<std::string> textosDe(const std::vector<Aviso>& avisos) {
+  std::vector<std::string> textos;
+  for (const Aviso& a : avisos)
+    textos.push_back(a.texto);
+  return textos;
+}
+
+std::string conflictoJson(const Conflicto& c) {
+  return "{\"numero\":" + std::to_string(c.id) + ",\"fecha\":" + json(c.fecha) +
+         ",\"clase\":" + json(c.clase) + ",\"local\":" + std::to_string(c.numeroLocal) +
+         ",\"maquina\":" + std::to_string(c.maquina) + ",\"detalle\":" + json(c.detalle) +
+         ",\"resueltoPor\":" + json(c.resueltoPor) + ",\"resueltoEl\":" + json(c.resueltoEl) +
+         "}";
+}
+
+std::string conflictosJson(const std::vector<Conflicto>& lista) {
+  std::vector<std::string> partes;
+  for (const Conflicto& c : lista)
+    partes.push_back(conflictoJson(c));
+  std::string texto;
+  for (const auto& p : partes)
+    texto += (texto.empty() ? "" : ",") + p;
+  return "[" + texto + "]";
+}
+
+void conflictosTexto(std::ostream& out, const std::vector<Conflicto>& lista) {
+  for (const Conflicto& c : lista) {
+    out << "  " << std::left << std::setw(4) << c.id << c.fecha << "  " << c.detalle;
+    if (!c.resueltoPor.empty())
+      out << "  (resuelto por " << c.resueltoPor << " el " << c.resueltoEl << ")";
+    out << '\n';
+  }
+}
+
+}  // namespace
+
+void Salida::pendientes(const std::vector<Pendiente>& lista,
+                        const std::vector<Conflicto>& sinResolver) {
   if (json_) {
-    out_ << "[";
+    out_ << "{\"pendientes\":[";
     for (std::size_t i = 0; i < lista.size(); ++i) {
       const auto& p = lista[i];
       out_ << (i ? "," : "") << "{\"local\":" << p.numeroLocal << ",\"clave\":" << json(p.clave)
            << ",\"fecha\":" << json(p.fecha) << ",\"documento\":" << json(p.documento)
            << ",\"debitos\":" << numero(p.debitos) << ",\"creditos\":" << numero(p.creditos) << "}";
     }
-    out_ << "]\n";
+    out_ << "],\"conflictos\":" << conflictosJson(sinResolver)
+         << ",\"ultimoEnvio\":" << json(ultimoEnvio()) << "}\n";
     return;
   }
+  if (!lista.empty())
+    out_ << "Local   Fecha       Documento          Débitos        Créditos\n";
   for (const Pendiente& p : lista)
-    out_ << p.numeroLocal << "  " << p.clave << "  " << p.fecha << "  " << p.documento << "  "
-         << numero(p.debitos) << "  " << numero(p.creditos) << '\n';
+    out_ << columna(std::to_string(p.numeroLocal), 8) << columna(p.fecha, 12)
+         << columna(p.documento, 12) << std::right << std::setw(14) << monto(p.debitos)
+         << std::setw(16) << monto(p.creditos) << std::left << '\n';
   out_ << lista.size() << " movimientos pendientes de envío\n";
+  if (!sinResolver.empty()) {
+    out_ << sinResolver.size()
+         << " conflictos sin resolver (caja conflictos --resolver N --autoriza SUPERVISOR):\n";
+    conflictosTexto(out_, sinResolver);
+  }
   if (const std::string cuando = ultimoEnvio(); !cuando.empty())
     out_ << "Último envío sin rechazos: " << cuando << '\n';
+}
+
+void Salida::conflictos(const std::vector<Conflicto>& deLaCaja,
+                        const std::vector<std::string>& repetidos) {
+  if (json_) {
+    out_ << "{\"conflictos\":" << conflictosJson(deLaCaja)
+         << ",\"documentosRepetidos\":" << jsonLista(repetidos) << "}\n";
+    return;
+  }
+  out_ << "Conflictos de esta caja:";
+  out_ << (deLaCaja.empty() ? " ninguno\n" : "\n");
+  conflictosTexto(out_, deLaCaja);
+  out_ << "Documentos cobrados en más de una caja:";
+  out_ << (repetidos.empty() ? " ninguno\n" : "\n");
+  for (const auto& r : repetidos)
+    out_ << "  " << r << '\n';
 }
 
 void Salida::envio(const Envio& envio) {
@@ -388,8 +452,8 @@ void Salida::envio(const Envio& envio) {
     for (std::size_t i = 0; i < envio.enviados.size(); ++i)
       out_ << (i ? "," : "") << "{\"local\":" << envio.enviados[i].first
            << ",\"servidor\":" << envio.enviados[i].second << "}";
-    out_ << "],\"conflictos\":" << jsonLista(envio.conflictos)
-         << ",\"fallidos\":" << jsonLista(envio.fallidos) << "}\n";
+    out_ << "],\"conflictos\":" << jsonLista(textosDe(envio.conflictos))
+         << ",\"fallidos\":" << jsonLista(textosDe(envio.fallidos)) << "}\n";
     return;
   }
   for (const auto& [local, servidor] : envio.enviados)
@@ -400,7 +464,7 @@ void Salida::envio(const Envio& envio) {
 void Salida::esperanEnvio(const std::vector<Pendiente>& lista,
                           const std::vector<MontoMedio>& aporte) {
   out_ << "\nEsperan envío en esta caja, y no están en estas cifras:\n";
-  pendientes(lista);
+  pendientes(lista, {});
   out_ << "Lo que suman a las cajas (medio, moneda nacional, nominal):\n";
   totalesTexto(out_, aporte);
 }

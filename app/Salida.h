@@ -82,8 +82,12 @@ class Salida {
   void medios(const std::vector<std::shared_ptr<CMedioPago>>& medios);
   void lineas(const std::string& titulo, Collection<CDetalleIngreso>& lineas);
   void mensaje(const std::string& texto);
-  // What waits in the till's journal, and what one run of sending did.
-  void pendientes(const std::vector<Pendiente>& lista);
+  // What waits in the till's journal with the conflicts not acknowledged
+  // yet, and what one run of sending did.
+  void pendientes(const std::vector<Pendiente>& lista, const std::vector<Conflicto>& sinResolver);
+  // This till's conflicts, and the documents the database holds as charged
+  // at more than one till, one line each.
+  void conflictos(const std::vector<Conflicto>& deLaCaja, const std::vector<std::string>& repetidos);
   void envio(const Envio& envio);
   // After a read of the server: the movements waiting at this till, which
   // it does not have yet, and what they add to the drawers.

@@ -237,13 +237,27 @@ const std::vector<Tabla> kTablas = {
     {"hostAuditoriaEnviada", {{"id", T::Entero, "PRIMARY KEY"}}, {}},
     // In a till's journal: the documents the server holds as charged lately
     // and not voided, so that a till tells a document charged already
-    // without a round trip. Last of the schema, so that a database made
-    // before it is completed.
+    // without a round trip.
     {"hostDocumentosCobrados",
      {{"TipoDocumento", T::Texto, "NOT NULL"},
       {"NumeroDocumento", T::Entero, "NOT NULL"},
       {"TransID", T::Entero, "NOT NULL"},
       {"machineID", T::Entero, ""}},
+     {}},
+    // In a till's journal: what went wrong while sending (a document charged
+    // at two tills, a movement the server refused), kept until a supervisor
+    // acknowledges it. Last of the schema, so that a database made before
+    // it is completed.
+    {"hostConflictos",
+     {{"id", T::Identidad, ""},
+      {"Fecha", T::TextoExacto, "NOT NULL"},
+      {"Clave", T::TextoExacto, "NOT NULL"},
+      {"Clase", T::TextoExacto, "NOT NULL"},
+      {"NumeroLocal", T::Entero, "NOT NULL"},
+      {"MachineID", T::Entero, "NOT NULL DEFAULT 0"},
+      {"Detalle", T::TextoExacto, "NOT NULL"},
+      {"ResueltoPor", T::TextoExacto, "NOT NULL DEFAULT ''"},
+      {"ResueltoEl", T::TextoExacto, "NOT NULL DEFAULT ''"}},
      {}},
 };
 

@@ -476,7 +476,7 @@ void SqliteFactoria::ejecutarGuion(const std::string& sql) {
 // Creates the schema, or brings an older one up to date, once: the version
 // is read again under the write lock, so that tills opening the file together
 // do the work only once. Version 0 kept money as floating point; versions 1
-// to 5 lacked some of the host program's own tables and the decimal views,
+// to 6 lacked some of the host program's own tables and the decimal views,
 // which creating the schema adds.
 void SqliteFactoria::prepararEsquema() {
   if (CLng(ReadScalar("PRAGMA user_version")) == kVersionEsquema)

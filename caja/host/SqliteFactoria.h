@@ -30,7 +30,7 @@ namespace caja {
 class CAJA_EXPORT SqliteFactoria : public HostSql {
  public:
   // Schema version kept in PRAGMA user_version.
-  static constexpr int kVersionEsquema = 6;
+  static constexpr int kVersionEsquema = 7;
 
   // Opens or creates the file; raises kErrorBaseDatos when it cannot.
   static std::shared_ptr<SqliteFactoria> Abrir(const std::string& archivo);
