@@ -9,6 +9,7 @@
 #include "app/Autorizacion.h"
 #include "app/Demo.h"
 #include "app/Diario.h"
+#include "app/Empresa.h"
 #include "app/Enviador.h"
 #include "app/EstaCaja.h"
 #include "app/Impresos.h"
@@ -230,6 +231,16 @@ void anotarVuelto(Contexto& c, const CVarelta& mov, const Vuelto* cambio) {
     c.db->ExecuteSQL(sql, {mov.TransID, "CREDITO", mov.MontoAcreditable, mov.MontoAcreditable});
 }
 
+// What a sale or a refund was made of, for its receipt: base, tax and
+// credit, as the dialog took them (rounded to cents), given back positive.
+void anotarImportes(Contexto& c, const CVarelta& mov, const Venta& v) {
+  if (!v.clasificacion.empty() && v.clasificacion != kDevolucion)
+    return;
+  const auto centimos = [](Currency m) { return Abs(CCur(RedondearMonto(Variant(m), 2))); };
+  c.db->ExecuteSQL("INSERT INTO hostImportes (TransID, Base, IVA, Credito) VALUES (?, ?, ?, ?)",
+                   {mov.TransID, centimos(v.venta), centimos(v.iva), centimos(v.credito)});
+}
+
 }  // namespace
 
 std::int32_t numeroDondeCorre(Contexto& c, const std::string& numero) {
@@ -283,6 +294,7 @@ void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, co
                  Fecha::today(), Variant(), v.clasificacion);
         mov.commitTransEf();
         anotarVuelto(c, mov, cambio);
+        anotarImportes(c, mov, v);
         alrededor.despues();
         c.db->ExecuteSQL("INSERT INTO hostClaves (Clave, TransID) VALUES (?, ?)",
                          {clave, mov.TransID});
@@ -416,7 +428,7 @@ int devolver(Contexto& c) {
   // (and the command line gives) what leaves the till per method, positive.
   v.venta = -v.venta;
   v.iva = -v.iva;
-  v.titulo = c.args.valor("titulo", "Devolución");
+  v.titulo = c.args.valor("motivo").value_or(c.args.valor("titulo", kTituloDevolucion));
   v.clasificacion = kDevolucion;
   const std::int32_t sesionVenta = sesionDeVenta(c);
   exigirTasa(c);
@@ -441,7 +453,7 @@ int moverEfectivo(Contexto& c, const char* clasificacion) {
   const auto motivo = c.args.valor("motivo");
   if (sale && (!motivo || motivo->empty()))
     throw ErrorUso("Falta --motivo: diga por qué sale el dinero");
-  v.titulo = motivo.value_or("Entrada de efectivo");
+  v.titulo = motivo.value_or(kTituloEntrada);
   v.pagos = pagos(c);
   if (v.pagos.empty())
     throw ErrorUso("Indique lo que se mueve con --pago CODIGO=MONTO");
@@ -509,7 +521,11 @@ int init(Contexto& c) {
     crearDemo(*c.db);
   if (c.args.bandera("roles") || c.args.bandera("mostrar-roles"))
     return roles(c);
-  salida(c).mensaje("Base de datos lista");
+  salida(c).mensaje(c.args.bandera("demo")
+                        ? "Base de datos lista"
+                        : "Base de datos lista. Fije los datos de la empresa con caja empresa "
+                          "--nombre NOMBRE --rif RIF [--direccion TEXTO] [--especial --igtf "
+                          "PORCENTAJE], y el número de esta caja con caja maquina N");
   return kExito;
 }
 
@@ -688,6 +704,15 @@ int medios(Contexto& c) {
     m->loadInstance(*rs);
     lista.push_back(m);
   }
+  // National cash is always there, whether or not the catalogue has a row for it.
+  if (std::none_of(lista.begin(), lista.end(),
+                   [](const auto& m) { return equalsIgnoreCase(m->codigo, "EFE"); })) {
+    auto efectivo = std::make_shared<CMedioPago>();
+    efectivo->codigo = "EFE";
+    efectivo->Titulo = "Efectivo";
+    efectivo->Descripcion = "Efectivo en moneda nacional";
+    lista.insert(lista.begin(), efectivo);
+  }
   salida(c).medios(lista);
   return kExito;
 }
@@ -816,6 +841,7 @@ const std::vector<Opcion> kOpcionesDevolucion = {
     {"monto", "M", "monto devuelto sin impuesto"},
     {"iva", "I", "impuesto devuelto (por omisión 0)"},
     {"titulo", "T", "título de la ventana y descripción del movimiento"},
+    {"motivo", "TEXTO", "por qué se devuelve: la descripción del movimiento y su recibo"},
     kSesion,
     kOperador,
     {"documento", "TIPO:NUMERO", "el documento que se devuelve"},
@@ -873,6 +899,18 @@ const std::vector<Comando>& comandos() {
         0,
         1},
        comandoMaquina},
+      {{"empresa",
+        "[--nombre N] [--rif R] [--direccion D] [--especial | --no-especial] [--igtf P]",
+        "muestra los datos de la empresa o cambia los que se indiquen, con la autorización de un "
+        "supervisor",
+        {{"nombre", "NOMBRE", "la razón social, como la imprimen recibos e informes"},
+         {"rif", "RIF", "el registro de información fiscal"},
+         {"direccion", "TEXTO", "la dirección fiscal"},
+         {"especial", nullptr, "es contribuyente especial: cobra IGTF"},
+         {"no-especial", nullptr, "no es contribuyente especial"},
+         {"igtf", "PORCENTAJE", "el porcentaje de IGTF, de 0 a 100 (3 es el 3 %)"},
+         kAutoriza}},
+       empresa},
       {{"tasa", "[VALOR]", "muestra o fija la tasa de cambio de la caja", {}, 0, 1}, tasa},
       {{"sesion",
         "[abrir --maquina N [--operador O] | cerrar [--sesion S]]",

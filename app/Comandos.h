@@ -38,6 +38,9 @@ struct Contexto {
 inline constexpr const char* kDevolucion = "DEVOLUCION";
 inline constexpr const char* kEntrada = "ENTRADA";
 inline constexpr const char* kSalida = "SALIDA";
+// What a refund or cash put in is described as when no reason is given.
+inline constexpr const char* kTituloDevolucion = "Devolución";
+inline constexpr const char* kTituloEntrada = "Entrada de efectivo";
 // The kind as listings show it: "venta", "devolucion", "entrada" or "salida".
 std::string tipoDe(const std::string& clasificacion);
 

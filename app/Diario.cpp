@@ -45,13 +45,6 @@ constexpr const char* kReferencias[] = {"MediosPago",        "SesionesPOS", "Ses
                                         "parametrosEmpresa", "hostEmpresa", "hostEntidades",
                                         "hostSupervisores",  "hostCajeros", "generalEmisores"};
 
-const Tabla& tablaDe(const std::string& nombre) {
-  for (const Tabla& t : tablasEsquema())
-    if (t.nombre == nombre)
-      return t;
-  throw CajaError(kErrorBaseDatos, "caja", "Tabla desconocida: " + nombre);
-}
-
 // A table's rows as the server holds them, read before the journal is
 // written.
 struct Copia {
@@ -68,7 +61,7 @@ std::string columnasDe(const Tabla& t) {
 
 // The read of a whole table, its columns in the schema's order.
 std::pair<std::string, Argumentos> lecturaDe(const char* tabla) {
-  const Tabla& t = tablaDe(tabla);
+  const Tabla& t = tablaDelEsquema(tabla);
   return {"SELECT " + columnasDe(t) + " FROM " + std::string(t.nombre), {}};
 }
 
@@ -124,7 +117,7 @@ struct FilaJson {
 
 std::vector<FilaJson> filasJson(HostSql& diario, const char* tabla, const std::string& donde,
                                 const Argumentos& args) {
-  const Tabla& t = tablaDe(tabla);
+  const Tabla& t = tablaDelEsquema(tabla);
   auto rs = diario.openrecordset(
       "SELECT " + columnasDe(t) + " FROM " + std::string(t.nombre) + " WHERE " + donde, args);
   std::vector<FilaJson> filas;
@@ -178,7 +171,9 @@ std::string movimientoJson(HostSql& diario, const Pendiente& p) {
                   filasJson(diario, "transaccionesEfectivo",
                             "tipoTrans = 0 AND idOrigen = ? ORDER BY id", local),
                   "detalles", "transaccionEfectivoDetalles", "transID = ?") +
-         ",\"vueltos\":" + unidas(vueltos) + ",\"anulaciones\":" +
+         ",\"vueltos\":" + unidas(vueltos) + ",\"importes\":" +
+         unidas(textos(filasJson(diario, "hostImportes", "TransID = ?", local))) +
+         ",\"anulaciones\":" +
          unidas(textos(filasJson(diario, "hostAnulaciones", "TransID = ?", local))) + "}";
 }
 
@@ -365,7 +360,7 @@ void copiarReferencias(HostSql& servidor, HostSql& diario) {
   const auto filas = servidor.LeerJuntas(lecturas);
   std::vector<Copia> copias, cajas;
   for (std::size_t i = 0; i < tablas.size(); ++i)
-    (i + 2 < tablas.size() ? copias : cajas).push_back({tablaDe(tablas[i]), filas[i]});
+    (i + 2 < tablas.size() ? copias : cajas).push_back({tablaDelEsquema(tablas[i]), filas[i]});
   // The journal is written only once all is read, in one short local
   // transaction: a sale at the till never waits on the link for its lock.
   diario.EnTransaccion([&] {

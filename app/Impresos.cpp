@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "app/Empresa.h"
 #include "app/Recibo.h"
 #include "app/Salida.h"
 #include "caja/base/Conversiones.h"
@@ -41,12 +42,42 @@ PagoRecibo pagoDe(const CDetalleIngreso& linea) {
   return p;
 }
 
+void importes(Contexto& c, std::int32_t numero, DatosRecibo& d) {
+  auto rs = c.db->openrecordset("SELECT Base, IVA, Credito FROM hostImportes WHERE TransID = ?",
+                                {numero});
+  if (rs->Eof())
+    return;
+  d.base = NzMoneda(rs->Fields(0));
+  d.iva = NzMoneda(rs->Fields(1));
+  d.credito = NzMoneda(rs->Fields(2));
+}
+
+// Who approved the movement, and who voided it, why and with whose
+// approval: the trail's rows of the movement, and its void.
+void aprobaciones(Contexto& c, std::int32_t numero, DatosRecibo& d) {
+  auto rs = c.db->openrecordset(
+      "SELECT Accion, Aprobador FROM hostAuditoria WHERE TransID = ? ORDER BY id", {numero});
+  for (; !rs->Eof(); rs->MoveNext()) {
+    const std::string accion = NzTexto(rs->Fields(0));
+    (accion == "anulacion" ? d.aprobadorAnulacion : d.aprobador) = NzTexto(rs->Fields(1));
+  }
+  auto a = c.db->openrecordset("SELECT Operador, Motivo FROM hostAnulaciones WHERE TransID = ?",
+                               {numero});
+  if (a->Eof())
+    return;
+  d.anuladoPor = NzTexto(a->Fields(0));
+  d.motivoAnulacion = NzTexto(a->Fields(1));
+}
+
 DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
   CVarelta mov;
   if (!mov.load(numero))
     throw Rechazo("Movimiento " + std::to_string(numero) + " no encontrado");
   DatosRecibo d;
-  d.empresa = nombreEmpresa(c);
+  const DatosEmpresa empresa = empresaDe(*c.db);
+  d.empresa = empresa.nombre;
+  d.rif = empresa.rif;
+  d.direccion = empresa.direccion;
   const NumeroVisible visible = numeroVisible(c, numero);
   d.numero = visible.numero;
   d.local = visible.local;
@@ -61,23 +92,36 @@ DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
   d.hora = mov.Hora;
   d.anulado = !c.db->ReadScalar("SELECT TransID FROM hostAnulaciones WHERE TransID = ?", {numero})
                    .isEmpty();
-  const auto lineas = mov.detalles();
-  for (const auto& linea : *lineas)
-    d.pagos.push_back(pagoDe(*linea));
-  for (const auto& v : vueltoDe(c, numero)) {
+  for (const auto& v : vueltoDe(c, numero))
     d.vuelto.push_back({nombreDeMedio(v.medio), v.medio, v.montoNominal, v.montoMN});
-    d.conEfectivo = d.conEfectivo || v.medio != "CREDITO";
+  // A sale's change is kept as lines below zero: it prints once, as change.
+  const bool venta = d.tipo == "venta", conVuelto = !d.vuelto.empty();
+  const auto lineas = mov.detalles();
+  for (const auto& linea : *lineas) {
+    const bool esVuelto = venta && linea->Monto < Currency{};
+    if (!esVuelto)
+      d.pagos.push_back(pagoDe(*linea));
+    else if (!conVuelto)
+      d.vuelto.push_back({nombreDeMedio(linea->medio), linea->medio, -linea->montoNominal,
+                          -linea->Monto});
   }
+  for (const auto& v : d.vuelto)
+    d.conEfectivo = d.conEfectivo || v.codigo != "CREDITO";
+  importes(c, numero, d);
   d.igtf = mov.montoIGTF;
   d.total = mov.Creditos > mov.Debitos ? mov.Creditos : mov.Debitos;
   d.conEfectivo = d.conEfectivo || mov.detallesEfectivo()->Count() > 0;
+  if (d.tipo != "venta" && mov.Descripcion != kTituloDevolucion &&
+      mov.Descripcion != kTituloEntrada)
+    d.motivo = mov.Descripcion;
+  aprobaciones(c, numero, d);
   return d;
 }
 
 }  // namespace
 
 std::string nombreEmpresa(Contexto& c) {
-  return NzTexto(c.db->ReadScalar("SELECT Nombre FROM hostEmpresa WHERE id = 1"));
+  return encabezadoEmpresa(empresaDe(*c.db));
 }
 
 int columnasRecibo(Contexto& c) {

@@ -10,7 +10,7 @@ namespace caja::app {
 // an ESC/POS printer (--impresora, a device or a file) and as PDF (--pdf),
 // at 32, 42 or 48 columns (--ancho, 42 unless given).
 int recibo(Contexto& c);
-// The company's name, as the papers print it.
+// The company's name and tax number, as the head of a report prints them.
 std::string nombreEmpresa(Contexto& c);
 // The receipt's width --ancho asks; ErrorUso for one that is not a roll's.
 int columnasRecibo(Contexto& c);

@@ -39,9 +39,10 @@ class Papel {
  public:
   explicit Papel(std::size_t columnas) : n_(columnas) {}
 
-  void titulo(const std::string& texto) {
+  // Centred, bold when `negrita`.
+  void titulo(const std::string& texto, bool negrita = true) {
     for (const auto& parte : partir(texto, n_))
-      lineas_.push_back({std::string((n_ - largoUtf8(parte)) / 2, ' ') + parte, true});
+      lineas_.push_back({std::string((n_ - largoUtf8(parte)) / 2, ' ') + parte, negrita});
   }
   void texto(const std::string& texto) {
     for (const auto& parte : partir(texto, n_))
@@ -108,6 +109,29 @@ void vuelto(Papel& p, const DatosRecibo& d) {
   }
 }
 
+// What the total is made of: base, tax, credit and IGTF.
+void importes(Papel& p, const DatosRecibo& d) {
+  if (d.base)
+    p.importe("Base imponible", *d.base);
+  if (d.iva)
+    p.importe("IVA", *d.iva);
+  if (d.credito && !d.credito->isZero())
+    p.importe("Crédito", -*d.credito);
+  if (!d.igtf.isZero())
+    p.importe("IGTF", d.igtf);
+  p.importe(claseDe(d.tipo).total, d.total);
+}
+
+void anulacion(Papel& p, const DatosRecibo& d) {
+  p.raya();
+  if (!d.anuladoPor.empty())
+    p.texto("Anuló: " + d.anuladoPor);
+  if (!d.aprobadorAnulacion.empty())
+    p.texto("Autorizó la anulación: " + d.aprobadorAnulacion);
+  if (!d.motivoAnulacion.empty())
+    p.texto("Motivo de la anulación: " + d.motivoAnulacion);
+}
+
 // A UTF-8 code point at `i`, which moves past it; 0xFFFD for a broken one.
 std::uint32_t puntoDeCodigo(const std::string& s, std::size_t& i) {
   const auto b = static_cast<unsigned char>(s[i++]);
@@ -167,6 +191,10 @@ std::vector<LineaRecibo> lineasRecibo(const DatosRecibo& d, int columnas) {
   Papel p(static_cast<std::size_t>(columnas));
   if (!d.empresa.empty())
     p.titulo(d.empresa);
+  if (!d.rif.empty())
+    p.titulo("RIF " + d.rif, false);
+  if (!d.direccion.empty())
+    p.titulo(d.direccion, false);
   p.titulo(claseDe(d.tipo).titulo);
   if (d.anulado)
     p.titulo("*** ANULADO ***");
@@ -176,13 +204,17 @@ std::vector<LineaRecibo> lineasRecibo(const DatosRecibo& d, int columnas) {
   p.texto("Cajero: " + d.cajero);
   if (!d.documento.empty())
     p.texto("Documento: " + d.documento);
+  if (!d.motivo.empty())
+    p.texto("Motivo: " + d.motivo);
   p.raya();
   pagos(p, d);
   p.raya();
-  if (!d.igtf.isZero())
-    p.importe("IGTF", d.igtf);
-  p.importe(claseDe(d.tipo).total, d.total);
+  importes(p, d);
   vuelto(p, d);
+  if (!d.aprobador.empty())
+    p.texto("Autorizó: " + d.aprobador);
+  if (d.anulado)
+    anulacion(p, d);
   return std::move(p).lineas();
 }
 

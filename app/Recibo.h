@@ -27,7 +27,7 @@ struct VueltoRecibo {
 
 // Everything a receipt prints of a saved movement.
 struct DatosRecibo {
-  std::string empresa;
+  std::string empresa, rif, direccion;
   std::int32_t numero = 0, maquina = 0, sesion = 0;
   std::string cajero, documento, tipo;  // tipo: "venta", "devolucion", "entrada", "salida"
   Fecha fecha, hora;
@@ -35,7 +35,13 @@ struct DatosRecibo {
   bool local = false;  // numbered by the till's journal, not yet by the server
   std::vector<PagoRecibo> pagos;
   std::vector<VueltoRecibo> vuelto;
+  // What a sale or refund was made of, when the till kept it.
+  std::optional<Currency> base, iva, credito;
   Currency igtf, total;
+  // Why money came in or went out (or was given back) and who approved it;
+  // for a void, who voided it, who approved and why.
+  std::string motivo, aprobador;
+  std::string anuladoPor, aprobadorAnulacion, motivoAnulacion;
   bool conEfectivo = false;  // took or gave cash: the drawer opens
 };
 

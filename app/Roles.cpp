@@ -17,7 +17,7 @@ std::vector<std::string> sentenciasDeRoles() {
   // Written once, then only read: the history and the trail.
   const std::string historia =
       lista({"MovimientosCaja", "DetallesVarelta", "DetallesDenominacion", "subDocsMC",
-             "SesionesCerradas", "generalEmisores", "hostLog", "hostVueltos", "hostAnulaciones",
+             "SesionesCerradas", "generalEmisores", "hostLog", "hostVueltos", "hostImportes", "hostAnulaciones",
              "hostCierres", "hostCierreDetalles", "hostCierreDenominaciones", "hostCierreTipos",
              "hostClaves", "hostAuditoria"});
   // A void takes its movement's drawer transaction back, as the component

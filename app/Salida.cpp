@@ -1,5 +1,6 @@
 #include "app/Salida.h"
 
+#include "app/Empresa.h"
 #include "app/Enviador.h"
 
 #include <QString>
@@ -241,6 +242,19 @@ void Salida::maquina(std::int32_t numero) {
     out_ << "{\"maquina\":" << numero << "}\n";
   else
     out_ << "Máquina de esta caja: " << numero << '\n';
+}
+
+void Salida::empresa(const DatosEmpresa& e) {
+  if (json_) {
+    out_ << "{\"nombre\":" << json(e.nombre) << ",\"rif\":" << json(e.rif)
+         << ",\"direccion\":" << json(e.direccion)
+         << ",\"especial\":" << (e.especial ? "true" : "false") << ",\"igtf\":" << numero(e.igtf)
+         << "}\n";
+    return;
+  }
+  out_ << "Nombre: " << e.nombre << "\nRIF: " << e.rif << "\nDirección: " << e.direccion
+       << "\nContribuyente especial: " << (e.especial ? "sí" : "no")
+       << "\nIGTF: " << numero(e.igtf) << " %\n";
 }
 
 void Salida::sesiones(const std::vector<SesionAbierta>& lista) {

@@ -12,6 +12,8 @@
 
 namespace caja::app {
 
+struct DatosEmpresa;
+
 // How a movement is named: by the number the database gave it, or, for one
 // a till on a server saved in its journal and has not sent yet, by the
 // journal's number, as "local N". Once sent, the server's number names it
@@ -96,6 +98,7 @@ class Salida {
   void nombres(const std::vector<std::string>& lista);
   void sesion(std::int32_t numero, std::int32_t maquina);
   void maquina(std::int32_t numero);
+  void empresa(const DatosEmpresa& e);
   void sesiones(const std::vector<SesionAbierta>& lista);
   void tasa(double valor);
   // One row per movement, then the totals per method, per kind and method,

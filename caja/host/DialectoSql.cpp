@@ -167,30 +167,49 @@ std::string traducirSql(std::string_view sql, const Dialecto& dialecto, int& mar
   return r;
 }
 
+namespace {
+
+// A column as CREATE TABLE and ALTER TABLE write it.
+std::string definicion(const Columna& c, const Dialecto& dialecto) {
+  std::string r(c.nombre);
+  r += ' ';
+  r += tipoSql(c.tipo, dialecto);
+  if (!c.resto.empty()) {
+    r += ' ';
+    r += c.resto;
+  }
+  if (c.tipo == TipoColumna::Dinero) {
+    r += ' ';
+    r += replaceAll(dialecto.chequeoDinero, "{c}", c.nombre);
+  }
+  return r;
+}
+
+}  // namespace
+
 std::string crearTabla(const Tabla& tabla, const Dialecto& dialecto, std::string_view nombre) {
   std::string r = "CREATE TABLE IF NOT EXISTS ";
   r += nombre.empty() ? tabla.nombre : nombre;
   r += " (";
   for (std::size_t i = 0; i < tabla.columnas.size(); ++i) {
-    const Columna& c = tabla.columnas[i];
     r += i ? ",\n  " : "\n  ";
-    r += c.nombre;
-    r += ' ';
-    r += tipoSql(c.tipo, dialecto);
-    if (!c.resto.empty()) {
-      r += ' ';
-      r += c.resto;
-    }
-    if (c.tipo == TipoColumna::Dinero) {
-      r += ' ';
-      r += replaceAll(dialecto.chequeoDinero, "{c}", c.nombre);
-    }
+    r += definicion(tabla.columnas[i], dialecto);
   }
   if (!tabla.restricciones.empty()) {
     r += ",\n  ";
     r += tabla.restricciones;
   }
   return r + "\n)";
+}
+
+std::string agregarColumna(const Tabla& tabla, std::string_view columna,
+                           const Dialecto& dialecto) {
+  for (const Columna& c : tabla.columnas)
+    if (c.nombre == columna)
+      return "ALTER TABLE " + std::string(tabla.nombre) + " ADD COLUMN " +
+             (dialecto.marcasNumeradas ? "IF NOT EXISTS " : "") + definicion(c, dialecto);
+  throw CajaError(kErrorBaseDatos, std::string(dialecto.fuente),
+                  "Columna desconocida: " + std::string(columna));
 }
 
 std::string crearVistaDecimal(const Tabla& tabla) {

@@ -104,6 +104,10 @@ CAJA_INTERNO std::string traducirSql(std::string_view sql, const Dialecto& diale
 CAJA_INTERNO std::string crearTabla(const Tabla& tabla, const Dialecto& dialecto,
                                     std::string_view nombre = {});
 CAJA_INTERNO std::string crearIndice(const Indice& indice);
+// ALTER TABLE ... ADD COLUMN for the column `columna` of `tabla`; IF NOT
+// EXISTS where the dialect has it (the server's).
+CAJA_INTERNO std::string agregarColumna(const Tabla& tabla, std::string_view columna,
+                                        const Dialecto& dialecto);
 // For a table with money columns on the embedded file: a view "v_<table>"
 // with every column of the table, the amounts as exact decimal text
 // ("116.5000"), written with SQLite's own functions so that any reader of the
@@ -116,5 +120,10 @@ CAJA_INTERNO std::string crearVistaDecimal(const Tabla& tabla);
 // references.
 CAJA_INTERNO const std::vector<Tabla>& tablasEsquema();
 CAJA_INTERNO const std::vector<Indice>& indicesEsquema();
+// The schema's table named `nombre`; kErrorBaseDatos when there is none.
+CAJA_INTERNO const Tabla& tablaDelEsquema(std::string_view nombre);
+// Columns added to a table after databases were made with it: (table, column).
+CAJA_INTERNO const std::vector<std::pair<std::string_view, std::string_view>>&
+columnasAgregadas();
 
 }  // namespace caja

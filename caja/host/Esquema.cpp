@@ -1,5 +1,8 @@
 #include "caja/host/DialectoSql.h"
 
+#include "caja/base/CajaError.h"
+#include "caja/host/HostSql.h"
+
 namespace caja {
 
 namespace {
@@ -135,7 +138,9 @@ const std::vector<Tabla> kTablas = {
       {"ContribuyenteEspecial", T::Bit, ""},
       {"porcentajeIGTF456", T::Flotante, "NOT NULL DEFAULT 0"},
       {"FormatoMEX", T::TextoExacto, "DEFAULT '$#,##0.00'"},
-      {"TipoCambioCaja", T::Flotante, "NOT NULL DEFAULT 0"}},
+      {"TipoCambioCaja", T::Flotante, "NOT NULL DEFAULT 0"},
+      {"Rif", T::TextoExacto, "NOT NULL DEFAULT ''"},
+      {"Direccion", T::TextoExacto, "NOT NULL DEFAULT ''"}},
      {}},
     {"hostEntidades",
      {{"Tipo", T::Texto, "NOT NULL"},
@@ -158,6 +163,14 @@ const std::vector<Tabla> kTablas = {
       {"Medio", T::Texto, "NOT NULL"},
       {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
       {"MontoNominal", T::Dinero, "NOT NULL DEFAULT 0"}},
+     {}},
+    // What a sale or a refund was made of, as the host handed it over:
+    // its base, its tax and the credit taken off, for its receipt.
+    {"hostImportes",
+     {{"TransID", T::Entero, "PRIMARY KEY REFERENCES MovimientosCaja (TransID)"},
+      {"Base", T::Dinero, "NOT NULL DEFAULT 0"},
+      {"IVA", T::Dinero, "NOT NULL DEFAULT 0"},
+      {"Credito", T::Dinero, "NOT NULL DEFAULT 0"}},
      {}},
     {"hostAnulaciones",
      {{"TransID", T::Entero, "PRIMARY KEY REFERENCES MovimientosCaja (TransID)"},
@@ -278,10 +291,26 @@ const std::vector<Indice> kIndices = {
     {"ixHostDocumentosCobrados", "hostDocumentosCobrados", "TipoDocumento, NumeroDocumento"},
 };
 
+const std::vector<std::pair<std::string_view, std::string_view>> kAgregadas = {
+    {"hostEmpresa", "Rif"},
+    {"hostEmpresa", "Direccion"},
+};
+
 }  // namespace
+
+const std::vector<std::pair<std::string_view, std::string_view>>& columnasAgregadas() {
+  return kAgregadas;
+}
 
 const std::vector<Tabla>& tablasEsquema() {
   return kTablas;
+}
+
+const Tabla& tablaDelEsquema(std::string_view nombre) {
+  for (const Tabla& t : kTablas)
+    if (t.nombre == nombre)
+      return t;
+  throw CajaError(kErrorBaseDatos, "caja", "Tabla desconocida: " + std::string(nombre));
 }
 
 const std::vector<Indice>& indicesEsquema() {

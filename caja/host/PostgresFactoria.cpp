@@ -105,6 +105,9 @@ BEGIN
     INSERT INTO hostvueltos
       SELECT r.* FROM jsonb_array_elements(m->'vueltos') x,
         jsonb_populate_record(NULL::hostvueltos, x.value || jsonb_build_object('transid', numero)) r;
+    INSERT INTO hostimportes
+      SELECT r.* FROM jsonb_array_elements(coalesce(m->'importes', '[]')) x,
+        jsonb_populate_record(NULL::hostimportes, x.value || jsonb_build_object('transid', numero)) r;
     INSERT INTO hostanulaciones
       SELECT r.* FROM jsonb_array_elements(coalesce(m->'anulaciones', '[]')) x,
         jsonb_populate_record(NULL::hostanulaciones, x.value || jsonb_build_object('transid', numero)) r;
@@ -371,6 +374,8 @@ void PostgresFactoria::prepararEsquema() {
         ExecuteSQL(f);
       for (const Tabla& t : tablasEsquema())
         ExecuteSQL(crearTabla(t, kDialectoPostgres));
+      for (const auto& [tabla, columna] : columnasAgregadas())
+        ExecuteSQL(agregarColumna(tablaDelEsquema(tabla), columna, kDialectoPostgres));
       for (const Indice& i : indicesEsquema())
         ExecuteSQL(crearIndice(i));
     }

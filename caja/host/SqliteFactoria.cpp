@@ -507,6 +507,10 @@ void SqliteFactoria::prepararEsquema() {
 void SqliteFactoria::crearEsquema() {
   for (const Tabla& t : tablasEsquema())
     ejecutarGuion(crearTabla(t, kDialectoSqlite));
+  for (const auto& [tabla, columna] : columnasAgregadas())
+    if (CLng(ReadScalar("SELECT COUNT(*) FROM pragma_table_info(?) WHERE name = ?",
+                        {std::string(tabla), std::string(columna)})) == 0)
+      ejecutarGuion(agregarColumna(tablaDelEsquema(tabla), columna, kDialectoSqlite));
   for (const Indice& i : indicesEsquema())
     ejecutarGuion(crearIndice(i));
   for (const Tabla& t : tablasEsquema())

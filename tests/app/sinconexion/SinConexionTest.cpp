@@ -27,10 +27,13 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
   void SetUp() override {
     if (!db || !std::getenv("PGVERSION"))
       GTEST_SKIP() << "sin servidor PostgreSQL de prueba bajo pg_virtualenv";
-    ASSERT_EQ(caja(1, "init --demo"), 0);
+    ASSERT_EQ(caja(1, "init --demo --maquina 1"), 0);
     ASSERT_EQ(caja(1, "supervisor --agregar ANA", "2468"), 0);
-    for (int maquina = 2; maquina <= 4; ++maquina)
-      ASSERT_EQ(caja(maquina, "sesion abrir --maquina " + std::to_string(maquina)), 0);
+    // Each till knows its number, from its own settings.
+    for (int maquina = 2; maquina <= 4; ++maquina) {
+      ASSERT_EQ(caja(maquina, "maquina " + std::to_string(maquina)), 0);
+      ASSERT_EQ(caja(maquina, "sesion abrir"), 0);
+    }
   }
 
   // The test server, stopped or started.
