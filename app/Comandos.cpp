@@ -8,6 +8,7 @@
 #include "app/Auditoria.h"
 #include "app/Autorizacion.h"
 #include "app/Demo.h"
+#include "app/Devolucion.h"
 #include "app/Diario.h"
 #include "app/Empresa.h"
 #include "app/Enviador.h"
@@ -98,11 +99,13 @@ Venta ventaDe(Contexto& c, const char* opcion = "venta") {
   if (total.isZero())
     throw ErrorUso("No hay nada que cobrar: venta + IVA - crédito es 0");
   v.titulo = c.args.valor("titulo", "Cobro");
-  const auto documento = c.args.valor("documento");
-  v.conDocumento = documento.has_value();
-  const auto [tipoDoc, numDoc] = parDe(documento.value_or("FAC:0"), "documento", ':');
-  v.tipoDoc = tipoDoc;
-  v.numDoc = static_cast<std::int32_t>(enteroDe(numDoc, "--documento", 0, kMaximo32));
+  // Without --documento the movement has none ("sin documento").
+  if (const auto documento = c.args.valor("documento")) {
+    v.conDocumento = true;
+    const auto [tipoDoc, numDoc] = parDe(*documento, "documento", ':');
+    v.tipoDoc = tipoDoc;
+    v.numDoc = static_cast<std::int32_t>(enteroDe(numDoc, "--documento", 0, kMaximo32));
+  }
   const auto [tipoEnt, codEnt] = parDe(c.args.valor("entidad", "CLI:C0001"), "entidad", ':');
   v.tipoEnt = tipoEnt;
   v.codEnt = codEnt;
@@ -422,6 +425,14 @@ Alrededor alrededorDeSalida(Contexto& c, std::int32_t sesion, const Venta& v, CV
   return a;
 }
 
+// What a refund hands back per method, in the method's own currency.
+std::map<std::string, Currency> entregadoPorMedio(CVarelta& mov) {
+  std::map<std::string, Currency> porMedio;
+  for (const auto& linea : *mov.colDetalles)
+    porMedio[linea->medio] -= linea->montoNominal;
+  return porMedio;
+}
+
 int devolver(Contexto& c) {
   Venta v = ventaDe(c, "monto");
   // Given back: the dialog works on the negative amounts; the cashier types
@@ -432,14 +443,25 @@ int devolver(Contexto& c) {
   v.clasificacion = kDevolucion;
   const std::int32_t sesionVenta = sesionDeVenta(c);
   exigirTasa(c);
+  // Checked in total before a supervisor is asked, and per method once the
+  // dialog says what leaves the till.
+  const Currency total = -(v.venta + v.iva);
+  const bool forzada = c.args.bandera("forzar");
+  const std::string documento = v.tipoDoc + " " + std::to_string(v.numDoc);
+  const CobroDocumento cobro =
+      v.conDocumento ? cobroParaDevolver(c, v.tipoDoc, v.numDoc) : CobroDocumento{};
+  if (v.conDocumento)
+    exigirDevolucionCubierta(cobro, documento, total, {}, forzada);
   const std::string aprobador =
-      aprobacionDeSalida(c, "devolver " + Format(Variant(-(v.venta + v.iva)), kFormatoMonto));
+      aprobacionDeSalida(c, "devolver " + Format(Variant(total), kFormatoMonto));
   frmVarelta dialogo;
   const auto mov = cobrarEn(dialogo, c, v, nullptr);
   if (!mov)
     throw Rechazo("Devolución no completada: nada se guardó");
   if (!mov->Vuelto.isZero())
     throw Rechazo("Lo entregado debe sumar exactamente el monto de la devolución: nada se guardó");
+  if (v.conDocumento)
+    exigirDevolucionCubierta(cobro, documento, total, entregadoPorMedio(*mov), forzada);
   guardar(c, v, sesionVenta, *mov, nullptr, alrededorDeSalida(c, sesionVenta, v, *mov, aprobador));
   return mostrarGuardado(c, mov->TransID);
 }

@@ -204,6 +204,8 @@ std::vector<LineaRecibo> lineasRecibo(const DatosRecibo& d, int columnas) {
   p.texto("Cajero: " + d.cajero);
   if (!d.documento.empty())
     p.texto("Documento: " + d.documento);
+  else if (d.tipo == "devolucion")
+    p.texto("Documento: sin documento");
   if (!d.motivo.empty())
     p.texto("Motivo: " + d.motivo);
   p.raya();

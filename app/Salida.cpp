@@ -126,7 +126,9 @@ void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto,
     out_ << "{\"numero\":" << n.numero << ",\"local\":" << (n.local ? "true" : "false")
          << ",\"fecha\":" << json(mov.fecha.toString()) << ",\"sesion\":" << mov.Sesion
          << ",\"operador\":" << json(mov.Operador)
-         << ",\"documento\":" << json(mov.TipoDocRel + ":" + std::to_string(mov.NumeroDocRel))
+         << ",\"documento\":"
+         << (mov.TipoDocRel.empty() ? "null"
+                                    : json(mov.TipoDocRel + ":" + std::to_string(mov.NumeroDocRel)))
          << ",\"debitos\":" << numero(mov.Debitos) << ",\"creditos\":" << numero(mov.Creditos)
          << ",\"igtf\":" << numero(mov.montoIGTF) << ",\"tipoCambio\":" << numero(mov.tipoCambio)
          << ",\"lineas\":" << lineasJson(*lineas) << ",\"totales\":{";
@@ -150,7 +152,10 @@ void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto,
   }
   out_ << "Movimiento " << n.texto() << "  "
        << mov.fecha.toString() << "  sesión " << mov.Sesion << "  operador " << mov.Operador << "\n"
-       << "Documento " << mov.TipoDocRel << " " << mov.NumeroDocRel << "  débitos "
+       << (mov.TipoDocRel.empty() ? "Sin documento"
+                                  : "Documento " + mov.TipoDocRel + " " +
+                                        std::to_string(mov.NumeroDocRel))
+       << "  débitos "
        << monto(mov.Debitos) << "  créditos " << monto(mov.Creditos) << "  IGTF "
        << monto(mov.montoIGTF) << "\n"
        << "Líneas (medio, monto, nominal):\n";

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "caja/base/Currency.h"
+#include "caja/host/HostSql.h"
+
+namespace caja::app {
+
+// A refund answers to its sale: what the sales of a document charged and
+// what its refunds gave back, voided movements left out, in total (national
+// currency, IGTF not counted) and per method (in the method's own currency,
+// a sale's change taken off).
+struct CobroDocumento {
+  bool cobrado = false;       // some sale of it stands
+  bool montosConocidos = true;  // false: known charged, but not what for
+  Currency total, devuelto;
+  std::map<std::string, Currency> pagado, dado;
+};
+
+// On `db`; only what waits to be sent when `soloSinEnviar` (a till's journal).
+CobroDocumento cobroDe(HostSql& db, const std::string& tipo, std::int32_t numero,
+                       bool soloSinEnviar = false);
+
+struct Contexto;
+// Where the command runs. A till on a server asks the server, which has
+// every till's sales, and adds what waits in its journal; away from the
+// server it goes by its journal, where a document known charged only from
+// the server's copy has no amounts to check against.
+CobroDocumento cobroParaDevolver(Contexto& c, const std::string& tipo, std::int32_t numero);
+
+// Refuses (Rechazo) a refund of `total`, handing back `porMedio` (own
+// currency, positive), that the document never charged, or that would take
+// its refunds beyond what it charged, in total or in a method other than
+// national cash, which may hand back any part of a sale. `forzada` lets it
+// through: the caller has a supervisor approve it and the trail records it.
+void exigirDevolucionCubierta(const CobroDocumento& cobro, const std::string& documento,
+                              Currency total, const std::map<std::string, Currency>& porMedio,
+                              bool forzada);
+
+}  // namespace caja::app
