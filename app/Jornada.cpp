@@ -202,22 +202,32 @@ std::map<std::string, Currency> contados(Contexto& c, std::vector<Denominacion>&
     const auto [codigo, monto] = parDe(texto, "contado", '=');
     anotar(codigo, montoDe(monto, "--contado " + codigo), "contado");
   }
+  // "EFE:20x4,5x1" and "EFE:20x4,EFE:5x1" alike: a piece names its method,
+  // or counts for the one named last.
+  std::map<std::string, Currency> porDenominaciones;
   for (const auto& texto : c.args.valores("denominaciones")) {
-    const auto [codigo, lista] = parDe(texto, "denominaciones", ':');
-    Currency total;
-    for (const QString& q : QString::fromStdString(lista).split(',')) {
-      const std::string pieza = q.toStdString();
+    std::string codigo;
+    for (const QString& q : QString::fromStdString(texto).split(',')) {
+      std::string pieza = q.toStdString();
+      if (pieza.find(':') != std::string::npos) {
+        const auto [medio, resto] = parDe(pieza, "denominaciones", ':');
+        codigo = codigoDe(medio, "denominaciones");
+        pieza = resto;
+      }
+      if (codigo.empty())
+        throw ErrorUso("--denominaciones empieza por el medio: CODIGO:VALORxCANTIDAD,...");
       const auto x = pieza.find('x');
       if (x == std::string::npos)
         throw ErrorUso("Denominación no válida: " + pieza + " (use VALORxCANTIDAD)");
       const Currency valor = montoDe(pieza.substr(0, x), "--denominaciones " + codigo);
       const auto cantidad = static_cast<std::int16_t>(
           enteroDe(pieza.substr(x + 1), "--denominaciones " + codigo, 0, 32767));
-      total += valor * cantidad;
-      denominaciones.push_back({codigoDe(codigo, "denominaciones"), valor, cantidad});
+      porDenominaciones[codigo] += valor * cantidad;
+      denominaciones.push_back({codigo, valor, cantidad});
     }
-    anotar(codigo, total, "denominaciones");
   }
+  for (const auto& [codigo, total] : porDenominaciones)
+    anotar(codigo, total, "denominaciones");
   return lista;
 }
 

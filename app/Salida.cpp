@@ -18,6 +18,17 @@ namespace {
 std::string monto(Currency c) {
   return Format(Variant(c), kFormatoMonto);
 }
+// A kind of movement or an act of the trail as people read it: the
+// machine's words ("devolucion", "anulacion", "catalogo") are kept without
+// accents in the database, JSON and CSV, where programs read them.
+std::string paraLeer(const std::string& palabra) {
+  static const std::pair<const char*, const char*> kAcentos[] = {
+      {"devolucion", "devolución"}, {"anulacion", "anulación"}, {"catalogo", "catálogo"}};
+  for (const auto& [sin, con] : kAcentos)
+    if (palabra.rfind(sin, 0) == 0)
+      return con + palabra.substr(std::string(sin).size());
+  return palabra;
+}
 // Pads to `ancho` characters, counting UTF-8 sequences as one.
 std::string columna(const std::string& texto, std::size_t ancho) {
   const std::size_t n = largoUtf8(texto);
@@ -77,7 +88,7 @@ std::string totalesJson(const std::vector<MontoMedio>& totales) {
 
 void totalesTexto(std::ostream& out, const std::vector<MontoMedio>& totales) {
   for (const auto& t : totales)
-    out << "  " << (t.tipo.empty() ? "" : columna(t.tipo, 12)) << columna(t.medio, 6) << std::right
+    out << "  " << (t.tipo.empty() ? "" : columna(paraLeer(t.tipo), 12)) << columna(t.medio, 6) << std::right
         << std::setw(24) << monto(t.montoMN) << std::setw(24) << monto(t.montoNominal) << '\n';
 }
 
@@ -326,7 +337,7 @@ void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
   out_ << "Número  Tipo        Fecha       Hora      Sesión  Operador    Documento         Débitos"
           "        Créditos     IGTF\n";
   for (const auto& f : filas)
-    out_ << columna(NumeroVisible{f.numero, f.local}.texto(), 8) << std::left << columna(f.tipo, 12)
+    out_ << columna(NumeroVisible{f.numero, f.local}.texto(), 8) << std::left << columna(paraLeer(f.tipo), 12)
          << f.fecha.date().toString() << "  " << f.hora.timeOfDay().toString() << "  "
          << std::setw(8) << f.sesion << columna(f.operador, 12) << columna(f.documento, 12)
          << std::right << std::setw(14) << monto(f.debitos) << std::setw(16) << monto(f.creditos)
@@ -365,7 +376,8 @@ void Salida::cierres(const std::vector<Cierre>& lista) {
   if (lista.empty())
     out_ << "No hay cierres registrados\n";
   for (const auto& c : lista) {
-    out_ << "Cierre " << c.id << "  máquina " << c.maquina << "  " << c.fecha.toIsoText()
+    out_ << (c.id ? "Cierre " + std::to_string(c.id) : std::string("Arqueo parcial, no registrado"))
+         << "  máquina " << c.maquina << "  " << c.fecha.toIsoText()
          << "  operador " << c.operador << "\n"
          << "  medio    esperado (MN)   esperado (nominal)      tasa         contado      "
             "diferencia\n";
@@ -530,7 +542,7 @@ void Salida::auditoria(const std::vector<Asiento>& filas, bool conCsv) {
     out_ << "La auditoría no tiene filas\n";
   for (const auto& a : filas)
     out_ << std::left << std::setw(6) << a.id << a.fecha << "  máq. " << std::setw(4) << a.maquina
-         << columna(a.accion, 20) << columna(a.cajero, 12) << columna(a.aprobador, 12)
+         << columna(paraLeer(a.accion), 20) << columna(a.cajero, 12) << columna(a.aprobador, 12)
          << columna(movimiento(a), 8) << std::right << std::setw(16) << monto(a.monto) << "  "
          << a.detalle << '\n';
 }

@@ -112,16 +112,20 @@ int nivelDePin(HostSql& db, const std::string& pin) {
 
 void instalarVerificador(HostSql& db, bool conPantalla) {
   db.SetVerificador([&db, conPantalla](const std::string& mensaje) {
+    // The component asks for a level, not for a person: the prompt says
+    // that a supervisor's PIN is wanted, and that it is not the cashier's.
+    const std::string pide = mensaje + ". Lo autoriza un supervisor con su PIN";
     std::string pin;
     if (conPantalla) {
       bool ok = false;
-      pin = QInputDialog::getText(nullptr, "Autorización", QString::fromStdString(mensaje),
-                                  QLineEdit::Password, {}, &ok)
+      pin = QInputDialog::getText(nullptr, "Autorización de un supervisor",
+                                  QString::fromStdString(pide + ":"), QLineEdit::Password, {},
+                                  &ok)
                 .toStdString();
       if (!ok)
         return Variant(0);
     } else {
-      std::cerr << mensaje << " PIN: ";
+      std::cerr << pide << ": ";
       std::getline(std::cin, pin);
     }
     const int nivel = nivelDePin(db, pin);
