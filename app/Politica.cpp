@@ -39,7 +39,8 @@ bool leeCifras(const std::string& comando) {
 // commands change on the server.
 bool cambiaReferencias(const std::string& comando) {
   return esUno(comando,
-               {"init", "tasa", "sesion", "medios", "supervisor", "cajero", "anular", "cierre"});
+               {"init", "tasa", "sesion", "medios", "supervisor", "cajero", "anular", "cierre",
+                "empresa"});
 }
 
 // The default file, under the user's data folder; the folder is made only

@@ -39,6 +39,9 @@ class ProcesoCaja : public test::PorMotor {
   // A server's login role to connect as, its password in a password file
   // as a till keeps it; empty for the test's administrator.
   std::string usuario;
+  // Which till runs the program: each has its own configuration and data
+  // folders ("cfg" and "datos" followed by this).
+  std::string estaCaja;
 
   std::string caja(const std::string& argumentos) const {
     std::string base = destino(), entorno;
@@ -47,8 +50,9 @@ class ProcesoCaja : public test::PorMotor {
       entorno = "-u PGPASSWORD PGPASSFILE=" + (carpeta.ruta() / "pgpass").string() + " ";
     }
     return "env -u DISPLAY -u WAYLAND_DISPLAY " + entorno +
-           "XDG_CONFIG_HOME=" + (carpeta.ruta() / "cfg").string() +
-           " XDG_DATA_HOME=" + (carpeta.ruta() / "datos").string() + " " + programa() + " " +
+           "XDG_CONFIG_HOME=" + (carpeta.ruta() / ("cfg" + estaCaja)).string() +
+           " XDG_DATA_HOME=" + (carpeta.ruta() / ("datos" + estaCaja)).string() + " " +
+           programa() + " " +
            argumentos + " --db '" + base + "'";
   }
 
@@ -376,6 +380,54 @@ TEST_P(CajaProceso, ARefundAFloatAndWithdrawalsCloseWithTheAmountsCountedByHand)
         "{\"tipo\":\"venta\",\"medio\":\"EFE\",\"montoMN\":115.1,\"montoNominal\":115.1}",
         "{\"tipo\":\"venta\",\"medio\":\"USD\",\"montoMN\":73,\"montoNominal\":2}"})
     EXPECT_NE(cierre.salida.find(parte), std::string::npos) << parte << "\n" << cierre.salida;
+}
+
+// A shop of two tills, each with its own settings: each knows its number,
+// and its balance and closing are its own; a till without a number is
+// refused rather than counting another's drawer. The shop's IGTF is set
+// without SQL and the next sale in dollars charges it (2% of the sale's
+// 116.00, below 2% of the 146.00 paid, 2.32). Refunds answer to their sale:
+// one of a document never charged, or beyond what it charged, saves nothing.
+TEST_P(CajaProceso, TwoTillsKnowThemselvesAndRefundsAnswerToTheirSale) {
+  ASSERT_EQ(correr("supervisor --agregar ANA", "2468\n").estado, 0);
+  ASSERT_EQ(correr("maquina 1").estado, 0);
+  estaCaja = "2";
+  espera("maquina", 1, "caja maquina N");
+  espera("init --maquina 2", 0, "Base de datos lista");
+  espera("maquina --json", 0, "{\"maquina\":2}");
+  ASSERT_EQ(correr("sesion abrir").estado, 0);
+  ASSERT_EQ(correr("entrada --pago EFE=30").estado, 0);
+  estaCaja = "";
+  ASSERT_EQ(correr("entrada --pago EFE=300").estado, 0);
+  espera("saldo", 0, "Caja de la máquina 1 (medio, moneda nacional, nominal, tasa):\n  EFE    "
+                     "                 300.00");
+  estaCaja = "2";
+  espera("saldo", 0, "Caja de la máquina 2 (medio, moneda nacional, nominal, tasa):\n  EFE    "
+                     "                  30.00");
+  espera("cierre --contado EFE=29 --json --autoriza ANA", 0,
+         "\"maquina\":2,", "2468\n");
+  estaCaja = "3";
+  espera("saldo", 1, "fije la de esta caja con caja maquina N");
+  espera("cobrar --venta 5 --pago EFE=5 --aceptar", 1, "caja maquina N");
+  estaCaja = "";
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM hostCierres WHERE MachineID = 2"), 1);
+
+  espera("empresa --igtf 2 --rif J-30123456-7 --nombre \"Bodega Sol\" --autoriza ANA", 0,
+         "RIF: J-30123456-7", "2468\n");
+  espera("cobrar --venta 100 --iva 16 --pago USD=4 --documento FAC:10 --aceptar", 0,
+         "IGTF 2.32");
+  pdfDice("recibo 3 --ancho 42", {"Bodega Sol", "RIF J-30123456-7", "Base imponible 100.00",
+                                  "IVA 16.00", "IGTF 2.32", "Total 118.32"});
+  const std::string refundir = "devolver --autoriza ANA --aceptar ";
+  espera(refundir + "--monto 10 --pago EFE=10 --documento FAC:999", 1, "no consta cobrado",
+         "2468\n");
+  espera(refundir + "--monto 100 --iva 16 --pago EFE=116 --documento FAC:10", 0,
+         "Documento FAC 10", "2468\n");
+  espera(refundir + "--monto 0.01 --pago EFE=0.01 --documento FAC:10", 1,
+         "cobró 116.00 y ya se devolvió 116.00", "2468\n");
+  espera(refundir + "--monto 10 --pago EFE=10", 0, "Sin documento", "2468\n");
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja WHERE Clasificacion = 'DEVOLUCION'"), 2);
+  EXPECT_EQ(contar("SELECT COUNT(*) FROM hostAuditoria WHERE Accion = 'empresa'"), 1);
 }
 
 // The papers of a day, read back from their PDFs: a float, a split sale, a

@@ -216,7 +216,11 @@ TEST_F(SinConexion, RoundTripsOfASaveAreCounted) {
 // Tills 1 and 2 charge invoice 77 offline, and session 2 is closed on the
 // server before till 2 comes back: both sales are kept, till 2's in its
 // closed session, and the second to arrive names both movements and their
-// tills (the server numbered the two online sales 1 and 2).
+// tills (the server numbered the two online sales 1 and 2). The conflict is
+// heard of: listed at the till and on the server, recorded once in the
+// trail, and sincronizar exits 1 until a supervisor acknowledges it. While
+// the server is away, till 1 reprints its sent sale under the server's
+// number, lists its unsent one as local, and refuses to close in words.
 TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
   for (int maquina : {1, 2}) {
     ASSERT_EQ(caja(maquina, venta(maquina, 1)), 0);
@@ -225,6 +229,20 @@ TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
   servidor("stop");
   for (int maquina : {1, 2})
     ASSERT_EQ(caja(maquina, venta(maquina, 30) + " --documento FAC:77"), 0) << maquina;
+  int sinServidor = 0;
+  for (const char* recibo : {"recibo 1", "recibo --local 1"}) {
+    const std::string papel = salida(1, recibo, &sinServidor);
+    EXPECT_EQ(sinServidor, 0) << recibo;
+    EXPECT_NE(papel.find("\nMovimiento 1\n"), std::string::npos) << papel;
+  }
+  EXPECT_NE(salida(1, "movimientos --csv").find("\r\nlocal 2,"), std::string::npos);
+  const std::string cierre = salida(1, "cierre --contado EFE=31", &sinServidor);
+  EXPECT_EQ(sinServidor, 1);
+  EXPECT_NE(cierre.find("El cierre necesita el servidor, que no responde; esperan envío en esta "
+                        "caja 1 movimientos"),
+            std::string::npos)
+      << cierre;
+  EXPECT_EQ(cierre.find("Error"), std::string::npos) << cierre;
   // A till that never had the server has no copy to sell from, and says so.
   int nueva = 0;
   EXPECT_NE(salida(9, venta(1, 5), &nueva).find("Esta caja aún no tiene su copia"),
@@ -245,6 +263,27 @@ TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
       CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja WHERE TipoDocumento = 'FAC' AND "
                           "NumeroDocumento = 77")),
       2);
+
+  EXPECT_NE(salida(2, "pendientes").find("1 conflictos sin resolver"), std::string::npos);
+  EXPECT_NE(salida(2, "pendientes --json").find("\"clase\":\"documento\",\"local\":2,"),
+            std::string::npos);
+  salida(2, "sincronizar", &estado);
+  EXPECT_EQ(estado, 1);
+  EXPECT_NE(salida(1, "conflictos").find("FAC 77: movimientos 3 (máquina 1), 4 (máquina 2)"),
+            std::string::npos);
+  const auto conflictos = [&] {
+    return CLng(db->ReadScalar("SELECT COUNT(*) FROM hostAuditoria WHERE Accion = 'conflicto'"));
+  };
+  EXPECT_EQ(conflictos(), 1);
+  EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "1111"), 1);
+  EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "2468"), 0);
+  EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "2468"), 1);
+  EXPECT_EQ(caja(2, "sincronizar"), 0);
+  EXPECT_EQ(conflictos(), 1);
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM hostAuditoria WHERE Accion = 'conflicto "
+                                "resuelto' AND Aprobador = 'ANA' AND MachineID = 2")),
+            1);
+  EXPECT_EQ(salida(2, "conflictos").find("Conflictos de esta caja: ninguno"), 0u);
 }
 
 // The server stops while a sale is being saved (the test hook holds the save
