@@ -20,6 +20,7 @@
 #include "caja/movement/CVarelta.h"
 #include "caja/service/General.h"
 #include "caja/service/HostUtil.h"
+#include "caja/service/Settings.h"
 
 namespace caja::app {
 
@@ -297,6 +298,38 @@ void guardarConflictos(HostSql& diario, const Envio& envio) {
   });
 }
 
+// What the till sent is kept in the journal for "DiasEnviados" days (section
+// "Diario" of ZOR, 30 unless set), so that it reprints a receipt while the
+// server is away; older sent movements leave the journal, children first.
+void olvidarEnviados(HostSql& diario) {
+  const auto dias = CLng(lmGetSettingCur(kAppZOR, "Diario", "DiasEnviados", Currency::fromUnits(30)));
+  const Argumentos antes{Fecha::today() - Fecha(static_cast<double>(std::max(dias, 0)))};
+  const std::string viejos =
+      " IN (SELECT K.TransID FROM hostClaves K INNER JOIN MovimientosCaja M ON M.TransID = "
+      "K.TransID WHERE K.TransIDServidor IS NOT NULL AND M.Fecha < ?)";
+  diario.EnTransaccion([&] {
+    diario.ExecuteSQL(
+        "DELETE FROM DetallesDenominacion WHERE idDetalle IN (SELECT Id FROM DetallesVarelta "
+        "WHERE TransID" + viejos + ")",
+        antes);
+    diario.ExecuteSQL(
+        "DELETE FROM transaccionEfectivoDetalles WHERE transID IN (SELECT id FROM "
+        "transaccionesEfectivo WHERE tipoTrans = 0 AND idOrigen" + viejos + ")",
+        antes);
+    diario.ExecuteSQL("DELETE FROM transaccionesEfectivo WHERE tipoTrans = 0 AND idOrigen" + viejos,
+                      antes);
+    for (const char* tabla :
+         {"DetallesVarelta", "subDocsMC", "hostVueltos", "hostImportes", "hostAnulaciones"})
+      diario.ExecuteSQL("DELETE FROM " + std::string(tabla) + " WHERE TransID" + viejos, antes);
+    diario.ExecuteSQL("DELETE FROM hostClaves WHERE TransID" + viejos, antes);
+    // Every movement of a journal has its key: one without is one just forgotten.
+    diario.ExecuteSQL(
+        "DELETE FROM MovimientosCaja WHERE Fecha < ? AND TransID NOT IN (SELECT TransID FROM "
+        "hostClaves)",
+        antes);
+  });
+}
+
 }  // namespace
 
 std::vector<Conflicto> conflictos(HostSql& diario, bool todos) {
@@ -416,6 +449,7 @@ Envio sincronizar(HostSql& servidor, HostSql& diario) {
   }
   guardarConflictos(diario, envio);
   enviarAuditoria(servidor, diario);
+  olvidarEnviados(diario);
   // Noted only when something went, so that a sale with nothing to send
   // writes nothing more.
   if (envio.fallidos.empty() && !envio.enviados.empty())
