@@ -3,9 +3,12 @@
 #include <QChart>
 #include <QGraphicsScene>
 #include <QImage>
+#include <QFontMetricsF>
 #include <QPageSize>
+#include <numeric>
 
 #include "app/Comandos.h"
+#include "caja/host/ArchivosPrivados.h"
 
 namespace caja::app {
 
@@ -26,8 +29,16 @@ QFont fuente(double puntos, bool negrita = false) {
 
 }  // namespace
 
+void prepararArchivo(const std::string& archivo, const std::string& que) {
+  try {
+    escribirArchivoPrivado(archivo, "");
+  } catch (const CajaError& e) {
+    throw Rechazo(que + ": " + e.description());
+  }
+}
+
 DocumentoPdf::DocumentoPdf(const std::string& archivo, const std::string& titulo)
-    : pdf_(q(archivo)) {
+    : pdf_((prepararArchivo(archivo, "El PDF"), q(archivo))) {
   pdf_.setTitle(q(titulo));
   pdf_.setCreator("caja");
   pdf_.setResolution(300);
@@ -78,21 +89,47 @@ void DocumentoPdf::parrafo(const std::string& texto) {
   linea(texto, fuente(9.5));
 }
 
-// The first column takes half as much again as the others.
+// Each column as wide as its widest text, header included, at `puntos`.
+std::vector<double> DocumentoPdf::anchosNaturales(const std::vector<Columna>& columnas,
+                                                  const std::vector<std::vector<std::string>>& filas,
+                                                  double puntos) {
+  const QFontMetricsF cabecera(fuente(puntos, true), &pdf_), celda(fuente(puntos), &pdf_);
+  std::vector<double> anchos;
+  for (std::size_t i = 0; i < columnas.size(); ++i) {
+    double w = cabecera.horizontalAdvance(q(columnas[i].titulo));
+    for (const auto& f : filas)
+      if (i < f.size())
+        w = std::max(w, celda.horizontalAdvance(q(f[i])));
+    anchos.push_back(w + mm(3));
+  }
+  return anchos;
+}
+
+// The columns fit the page with their whole headers: a table wider than the
+// page is set in a smaller type, down to 6 points, and what is left over is
+// shared out. A table that goes on to a new page repeats its header there.
 void DocumentoPdf::tabla(const std::vector<Columna>& columnas,
                          const std::vector<std::vector<std::string>>& filas) {
-  const double unidad = ancho_ / (static_cast<double>(columnas.size()) + 0.5);
-  const double alto = mm(5.5);
+  constexpr double kPuntos = 9, kMinimo = 6;
+  std::vector<double> anchos = anchosNaturales(columnas, filas, kPuntos);
+  double total = std::accumulate(anchos.begin(), anchos.end(), 0.0);
+  double puntos = kPuntos;
+  if (total > ancho_) {
+    puntos = std::max(kMinimo, kPuntos * ancho_ / total);
+    anchos = anchosNaturales(columnas, filas, puntos);
+    total = std::accumulate(anchos.begin(), anchos.end(), 0.0);
+  }
+  for (auto& w : anchos)
+    w = total > ancho_ ? w * ancho_ / total : w + (ancho_ - total) / static_cast<double>(anchos.size());
+  const double alto = mm(5.5 * puntos / kPuntos);
   auto fila = [&](const std::vector<std::string>& celdas, bool cabecera) {
-    reservar(alto);
-    p_.setFont(fuente(9, cabecera));
+    p_.setFont(fuente(puntos, cabecera));
     double x = 0;
     for (std::size_t i = 0; i < columnas.size() && i < celdas.size(); ++i) {
-      const double w = i == 0 ? 1.5 * unidad : unidad;
       const int alineacion =
           (columnas[i].numero ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
-      p_.drawText(QRectF(x + mm(1), y_, w - mm(2), alto), alineacion, q(celdas[i]));
-      x += w;
+      p_.drawText(QRectF(x + mm(1), y_, anchos[i] - mm(2), alto), alineacion, q(celdas[i]));
+      x += anchos[i];
     }
     y_ += alto;
     if (cabecera)
@@ -101,9 +138,15 @@ void DocumentoPdf::tabla(const std::vector<Columna>& columnas,
   std::vector<std::string> cabecera;
   for (const auto& c : columnas)
     cabecera.push_back(c.titulo);
+  reservar(2 * alto);
   fila(cabecera, true);
-  for (const auto& f : filas)
+  for (const auto& f : filas) {
+    if (y_ + alto > alto_) {
+      reservar(alto_);
+      fila(cabecera, true);
+    }
     fila(f, false);
+  }
   y_ += mm(3);
 }
 
@@ -138,6 +181,7 @@ void dibujarGrafico(QPainter& p, std::unique_ptr<QChart> grafico, const QRectF& 
 }
 
 void guardarPng(std::unique_ptr<QChart> grafico, int ancho, int alto, const std::string& archivo) {
+  prepararArchivo(archivo, "La imagen");
   QImage imagen(ancho, alto, QImage::Format_RGB32);
   imagen.fill(Qt::white);
   {

@@ -41,11 +41,19 @@ class DocumentoPdf {
   // Moves to a new page unless `alto` still fits on this one.
   void reservar(double alto);
   void linea(const std::string& texto, const QFont& fuente);
+  std::vector<double> anchosNaturales(const std::vector<Columna>& columnas,
+                                      const std::vector<std::vector<std::string>>& filas,
+                                      double puntos);
 
   QPdfWriter pdf_;
   QPainter p_;
   double y_ = 0, ancho_ = 0, alto_ = 0;
 };
+
+// Makes `archivo` ready to be written, empty and its owner's alone (0600):
+// papers carry sales. A Rechazo naming `que` when it cannot be written, before
+// any painter tries it: "`que`: No se pudo escribir ARCHIVO: why".
+void prepararArchivo(const std::string& archivo, const std::string& que);
 
 // The chart drawn in `destino` of any painter, laid out at `logico` size.
 void dibujarGrafico(QPainter& p, std::unique_ptr<QChart> grafico, const QRectF& destino,

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "app/DocumentoPdf.h"
 #include "app/Empresa.h"
 #include "app/Recibo.h"
 #include "app/Salida.h"
@@ -150,6 +151,7 @@ void aPdf(const std::vector<LineaRecibo>& lineas, int ancho, const std::string& 
   const double puntos = (papelMm - 2 * kMargenMm) * kPuntosPorMm / (ancho * 0.6);
   const double altoMm =
       2 * kMargenMm + static_cast<double>(lineas.size() + 1) * puntos * kInterlinea / kPuntosPorMm;
+  prepararArchivo(archivo, "El PDF");
   QPdfWriter pdf(QString::fromStdString(archivo));
   pdf.setTitle("Recibo");
   pdf.setCreator("caja");
