@@ -635,8 +635,7 @@ std::vector<std::string> documentosRepetidos(HostSql& db) {
   std::vector<std::string> lineas;
   std::string documento;
   for (; !rs->Eof(); rs->MoveNext()) {
-    const std::string este =
-        NzTexto(rs->Fields(0)) + " " + std::to_string(NzLong(rs->Fields(1)));
+    const std::string este = NzTexto(rs->Fields(0)) + " " + std::to_string(NzLong(rs->Fields(1)));
     const std::string movimiento = std::to_string(NzLong(rs->Fields(2))) + " (máquina " +
                                    std::to_string(NzLong(rs->Fields(3))) + ")";
     if (este != documento)
@@ -662,9 +661,8 @@ void resolverConflicto(Contexto& c, HostSql& diario, std::int32_t numero) {
   a.aprobador = aprobacion(c, "dar por resuelto el conflicto " + std::to_string(numero),
                            nivelExigido("NivelAprobacion"));
   const auto marcar = [&] {
-    diario.ExecuteSQL(
-        "UPDATE hostConflictos SET ResueltoPor = ?, ResueltoEl = ? WHERE id = ?",
-        {a.aprobador, Fecha::now().toIsoText(), numero});
+    diario.ExecuteSQL("UPDATE hostConflictos SET ResueltoPor = ?, ResueltoEl = ? WHERE id = ?",
+                      {a.aprobador, Fecha::now().toIsoText(), numero});
   };
   c.db->EnTransaccion([&] {
     anotar(*c.db, a);
@@ -685,8 +683,9 @@ int conflictosDeCaja(Contexto& c) {
     resolverConflicto(c, *diario, static_cast<std::int32_t>(*n));
     return kExito;
   }
-  salida(c).conflictos(diario ? conflictos(*diario, c.args.bandera("todos")) : std::vector<Conflicto>{},
-                       c.enDiario ? std::vector<std::string>{} : documentosRepetidos(*c.db));
+  salida(c).conflictos(
+      diario ? conflictos(*diario, c.args.bandera("todos")) : std::vector<Conflicto>{},
+      c.enDiario ? std::vector<std::string>{} : documentosRepetidos(*c.db));
   return kExito;
 }
 
@@ -1019,7 +1018,8 @@ const std::vector<Comando>& comandos() {
         "nuevo, y renueva su copia; sale con 1 si un documento quedó cobrado en más de una caja",
         {}},
        sincronizar},
-      {{"pendientes", "",
+      {{"pendientes",
+        "",
         "lo guardado en esta caja que espera su envío al servidor, y los conflictos sin resolver",
         {}},
        pendientesDeEnvio},

@@ -2,9 +2,9 @@
 
 #include "app/Comandos.h"
 #include "app/Diario.h"
-#include "caja/host/PostgresFactoria.h"
 #include "caja/base/Formato.h"
 #include "caja/base/Texto.h"
+#include "caja/host/PostgresFactoria.h"
 #include "caja/service/HostUtil.h"
 
 namespace caja::app {
@@ -117,16 +117,17 @@ void exigirDevolucionCubierta(const CobroDocumento& cobro, const std::string& do
   if (!cobro.montosConocidos)
     return;
   if (cobro.devuelto + total > cobro.total)
-    throw Rechazo("El documento " + documento + " cobró " + monto(cobro.total) + " y ya se devolvió " +
-                  monto(cobro.devuelto) + ": no caben " + monto(total) + " más" + kForzar);
+    throw Rechazo("El documento " + documento + " cobró " + monto(cobro.total) +
+                  " y ya se devolvió " + monto(cobro.devuelto) + ": no caben " + monto(total) +
+                  " más" + kForzar);
   for (const auto& [medio, cuanto] : porMedio) {
     const std::string codigo = upperAscii(medio);
     if (codigo == "EFE")
       continue;
     const Currency pagado = en(cobro.pagado, codigo), dado = en(cobro.dado, codigo);
     if (dado + cuanto > pagado)
-      throw Rechazo("El documento " + documento + " se pagó con " + monto(pagado) + " en " +
-                    medio + " y ya se devolvió " + monto(dado) + " en ese medio: no caben " +
+      throw Rechazo("El documento " + documento + " se pagó con " + monto(pagado) + " en " + medio +
+                    " y ya se devolvió " + monto(dado) + " en ese medio: no caben " +
                     monto(cuanto) + " más" + kForzar);
   }
 }

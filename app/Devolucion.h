@@ -14,7 +14,7 @@ namespace caja::app {
 // currency, IGTF not counted) and per method (in the method's own currency,
 // a sale's change taken off).
 struct CobroDocumento {
-  bool cobrado = false;       // some sale of it stands
+  bool cobrado = false;         // some sale of it stands
   bool montosConocidos = true;  // false: known charged, but not what for
   Currency total, devuelto;
   std::map<std::string, Currency> pagado, dado;

@@ -240,9 +240,9 @@ void enviarSolo(HostSql& servidor, HostSql& diario, const Pendiente& p, Envio& e
   } catch (const CajaError& e) {
     if (e.number() == kErrorConexion)
       throw;
-    envio.fallidos.push_back({p.clave, p.numeroLocal, p.maquina,
-                              "Movimiento local " + std::to_string(p.numeroLocal) +
-                                  " no enviado: " + e.description()});
+    envio.fallidos.push_back(
+        {p.clave, p.numeroLocal, p.maquina,
+         "Movimiento local " + std::to_string(p.numeroLocal) + " no enviado: " + e.description()});
   }
 }
 
@@ -302,7 +302,8 @@ void guardarConflictos(HostSql& diario, const Envio& envio) {
 // "Diario" of ZOR, 30 unless set), so that it reprints a receipt while the
 // server is away; older sent movements leave the journal, children first.
 void olvidarEnviados(HostSql& diario) {
-  const auto dias = CLng(lmGetSettingCur(kAppZOR, "Diario", "DiasEnviados", Currency::fromUnits(30)));
+  const auto dias =
+      CLng(lmGetSettingCur(kAppZOR, "Diario", "DiasEnviados", Currency::fromUnits(30)));
   const Argumentos antes{Fecha::today() - Fecha(static_cast<double>(std::max(dias, 0)))};
   const std::string viejos =
       " IN (SELECT K.TransID FROM hostClaves K INNER JOIN MovimientosCaja M ON M.TransID = "
@@ -310,11 +311,13 @@ void olvidarEnviados(HostSql& diario) {
   diario.EnTransaccion([&] {
     diario.ExecuteSQL(
         "DELETE FROM DetallesDenominacion WHERE idDetalle IN (SELECT Id FROM DetallesVarelta "
-        "WHERE TransID" + viejos + ")",
+        "WHERE TransID" +
+            viejos + ")",
         antes);
     diario.ExecuteSQL(
         "DELETE FROM transaccionEfectivoDetalles WHERE transID IN (SELECT id FROM "
-        "transaccionesEfectivo WHERE tipoTrans = 0 AND idOrigen" + viejos + ")",
+        "transaccionesEfectivo WHERE tipoTrans = 0 AND idOrigen" +
+            viejos + ")",
         antes);
     diario.ExecuteSQL("DELETE FROM transaccionesEfectivo WHERE tipoTrans = 0 AND idOrigen" + viejos,
                       antes);

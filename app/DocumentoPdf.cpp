@@ -1,9 +1,9 @@
 #include "app/DocumentoPdf.h"
 
 #include <QChart>
+#include <QFontMetricsF>
 #include <QGraphicsScene>
 #include <QImage>
-#include <QFontMetricsF>
 #include <QPageSize>
 #include <numeric>
 
@@ -90,9 +90,9 @@ void DocumentoPdf::parrafo(const std::string& texto) {
 }
 
 // Each column as wide as its widest text, header included, at `puntos`.
-std::vector<double> DocumentoPdf::anchosNaturales(const std::vector<Columna>& columnas,
-                                                  const std::vector<std::vector<std::string>>& filas,
-                                                  double puntos) {
+std::vector<double> DocumentoPdf::anchosNaturales(
+    const std::vector<Columna>& columnas, const std::vector<std::vector<std::string>>& filas,
+    double puntos) {
   const QFontMetricsF cabecera(fuente(puntos, true), &pdf_), celda(fuente(puntos), &pdf_);
   std::vector<double> anchos;
   for (std::size_t i = 0; i < columnas.size(); ++i) {
@@ -120,7 +120,8 @@ void DocumentoPdf::tabla(const std::vector<Columna>& columnas,
     total = std::accumulate(anchos.begin(), anchos.end(), 0.0);
   }
   for (auto& w : anchos)
-    w = total > ancho_ ? w * ancho_ / total : w + (ancho_ - total) / static_cast<double>(anchos.size());
+    w = total > ancho_ ? w * ancho_ / total
+                       : w + (ancho_ - total) / static_cast<double>(anchos.size());
   const double alto = mm(5.5 * puntos / kPuntos);
   auto fila = [&](const std::vector<std::string>& celdas, bool cabecera) {
     p_.setFont(fuente(puntos, cabecera));

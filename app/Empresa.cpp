@@ -41,7 +41,8 @@ Cambio cambioDe(Contexto& c, const DatosEmpresa& actual) {
   Cambio k{actual, ""};
   const auto anotarTexto = [&](const char* opcion, std::string& campo) {
     if (const auto v = c.args.valor(opcion); v && *v != campo) {
-      k.detalle += (k.detalle.empty() ? "" : "; ") + std::string(opcion) + ": " + campo + " -> " + *v;
+      k.detalle +=
+          (k.detalle.empty() ? "" : "; ") + std::string(opcion) + ": " + campo + " -> " + *v;
       campo = *v;
     }
   };

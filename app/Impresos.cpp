@@ -103,8 +103,8 @@ DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
     if (!esVuelto)
       d.pagos.push_back(pagoDe(*linea));
     else if (!conVuelto)
-      d.vuelto.push_back({nombreDeMedio(linea->medio), linea->medio, -linea->montoNominal,
-                          -linea->Monto});
+      d.vuelto.push_back(
+          {nombreDeMedio(linea->medio), linea->medio, -linea->montoNominal, -linea->Monto});
   }
   for (const auto& v : d.vuelto)
     d.conEfectivo = d.conEfectivo || v.codigo != "CREDITO";

@@ -514,10 +514,10 @@ int cierres(Contexto& c) {
           : enteroDe(c.args.posicionales().front(), "NUMERO", 1, kMaximo32));
   if (c.args.valor("pdf") && uno == 0)
     throw ErrorUso("--pdf es de un cierre: caja cierres NUMERO --pdf ARCHIVO");
-  auto rs = uno ? c.db->openrecordset("SELECT * FROM hostCierres WHERE id = ?", {uno})
-            : m ? c.db->openrecordset("SELECT * FROM hostCierres WHERE MachineID = ? ORDER BY id",
-                                      {*m})
-                : c.db->openrecordset("SELECT * FROM hostCierres ORDER BY id");
+  auto rs =
+      uno ? c.db->openrecordset("SELECT * FROM hostCierres WHERE id = ?", {uno})
+      : m ? c.db->openrecordset("SELECT * FROM hostCierres WHERE MachineID = ? ORDER BY id", {*m})
+          : c.db->openrecordset("SELECT * FROM hostCierres ORDER BY id");
   for (; !rs->Eof(); rs->MoveNext())
     lista.push_back({NzLong(rs->Fields("id")),
                      NzLong(rs->Fields("MachineID")),

@@ -38,9 +38,8 @@ bool leeCifras(const std::string& comando) {
 // What a sale reads (a voided movement frees its document) and these
 // commands change on the server.
 bool cambiaReferencias(const std::string& comando) {
-  return esUno(comando,
-               {"init", "tasa", "sesion", "medios", "supervisor", "cajero", "anular", "cierre",
-                "empresa"});
+  return esUno(comando, {"init", "tasa", "sesion", "medios", "supervisor", "cajero", "anular",
+                         "cierre", "empresa"});
 }
 
 // The default file, under the user's data folder; the folder is made only

@@ -17,9 +17,9 @@ std::vector<std::string> sentenciasDeRoles() {
   // Written once, then only read: the history and the trail.
   const std::string historia =
       lista({"MovimientosCaja", "DetallesVarelta", "DetallesDenominacion", "subDocsMC",
-             "SesionesCerradas", "generalEmisores", "hostLog", "hostVueltos", "hostImportes", "hostAnulaciones",
-             "hostCierres", "hostCierreDetalles", "hostCierreDenominaciones", "hostCierreTipos",
-             "hostClaves", "hostAuditoria"});
+             "SesionesCerradas", "generalEmisores", "hostLog", "hostVueltos", "hostImportes",
+             "hostAnulaciones", "hostCierres", "hostCierreDetalles", "hostCierreDenominaciones",
+             "hostCierreTipos", "hostClaves", "hostAuditoria"});
   // A void takes its movement's drawer transaction back, as the component
   // does; the movement, its lines and the void itself stay.
   const std::string transacciones = lista({"transaccionesEfectivo", "transaccionEfectivoDetalles"});

@@ -88,8 +88,9 @@ std::string totalesJson(const std::vector<MontoMedio>& totales) {
 
 void totalesTexto(std::ostream& out, const std::vector<MontoMedio>& totales) {
   for (const auto& t : totales)
-    out << "  " << (t.tipo.empty() ? "" : columna(paraLeer(t.tipo), 12)) << columna(t.medio, 6) << std::right
-        << std::setw(24) << monto(t.montoMN) << std::setw(24) << monto(t.montoNominal) << '\n';
+    out << "  " << (t.tipo.empty() ? "" : columna(paraLeer(t.tipo), 12)) << columna(t.medio, 6)
+        << std::right << std::setw(24) << monto(t.montoMN) << std::setw(24) << monto(t.montoNominal)
+        << '\n';
 }
 
 }  // namespace
@@ -123,8 +124,7 @@ std::string csv(const std::string& texto) {
   return "\"" + replaceAll(texto, "\"", "\"\"") + "\"";
 }
 
-void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto,
-                        NumeroVisible n) {
+void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto, NumeroVisible n) {
   auto lineas = mov.detalles();
   const std::pair<const char*, Currency> totales[] = {
       {"Efectivo", mov.Efectivo()},    {"TCVisa", mov.TCVisa()},
@@ -136,8 +136,7 @@ void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto,
   if (json_) {
     out_ << "{\"numero\":" << n.numero << ",\"local\":" << (n.local ? "true" : "false")
          << ",\"fecha\":" << json(mov.fecha.toString()) << ",\"sesion\":" << mov.Sesion
-         << ",\"operador\":" << json(mov.Operador)
-         << ",\"documento\":"
+         << ",\"operador\":" << json(mov.Operador) << ",\"documento\":"
          << (mov.TipoDocRel.empty() ? "null"
                                     : json(mov.TipoDocRel + ":" + std::to_string(mov.NumeroDocRel)))
          << ",\"debitos\":" << numero(mov.Debitos) << ",\"creditos\":" << numero(mov.Creditos)
@@ -161,13 +160,12 @@ void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto,
     out_ << "]}\n";
     return;
   }
-  out_ << "Movimiento " << n.texto() << "  "
-       << mov.fecha.toString() << "  sesión " << mov.Sesion << "  operador " << mov.Operador << "\n"
-       << (mov.TipoDocRel.empty() ? "Sin documento"
-                                  : "Documento " + mov.TipoDocRel + " " +
-                                        std::to_string(mov.NumeroDocRel))
-       << "  débitos "
-       << monto(mov.Debitos) << "  créditos " << monto(mov.Creditos) << "  IGTF "
+  out_ << "Movimiento " << n.texto() << "  " << mov.fecha.toString() << "  sesión " << mov.Sesion
+       << "  operador " << mov.Operador << "\n"
+       << (mov.TipoDocRel.empty()
+               ? "Sin documento"
+               : "Documento " + mov.TipoDocRel + " " + std::to_string(mov.NumeroDocRel))
+       << "  débitos " << monto(mov.Debitos) << "  créditos " << monto(mov.Creditos) << "  IGTF "
        << monto(mov.montoIGTF) << "\n"
        << "Líneas (medio, monto, nominal):\n";
   lineasTexto(out_, *lineas);
@@ -269,8 +267,8 @@ void Salida::empresa(const DatosEmpresa& e) {
     return;
   }
   out_ << "Nombre: " << e.nombre << "\nRIF: " << e.rif << "\nDirección: " << e.direccion
-       << "\nContribuyente especial: " << (e.especial ? "sí" : "no")
-       << "\nIGTF: " << numero(e.igtf) << " %\n";
+       << "\nContribuyente especial: " << (e.especial ? "sí" : "no") << "\nIGTF: " << numero(e.igtf)
+       << " %\n";
 }
 
 void Salida::sesiones(const std::vector<SesionAbierta>& lista) {
@@ -320,10 +318,10 @@ void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
   if (conCsv) {
     out_ << "numero,fecha,hora,sesion,operador,documento,debitos,creditos,igtf,anulado,tipo\r\n";
     for (const auto& f : filas)
-      out_ << NumeroVisible{f.numero, f.local}.texto() << ',' << f.fecha.date().toString() << ',' << f.hora.timeOfDay().toString()
-           << ',' << f.sesion << ',' << csv(f.operador) << ',' << csv(f.documento) << ','
-           << numero(f.debitos) << ',' << numero(f.creditos) << ',' << numero(f.igtf) << ','
-           << (f.anulado ? "si" : "no") << ',' << f.tipo << "\r\n";
+      out_ << NumeroVisible{f.numero, f.local}.texto() << ',' << f.fecha.date().toString() << ','
+           << f.hora.timeOfDay().toString() << ',' << f.sesion << ',' << csv(f.operador) << ','
+           << csv(f.documento) << ',' << numero(f.debitos) << ',' << numero(f.creditos) << ','
+           << numero(f.igtf) << ',' << (f.anulado ? "si" : "no") << ',' << f.tipo << "\r\n";
     out_ << "\r\nmedio,montoMN,montoNominal\r\n";
     for (const auto& t : totales)
       out_ << csv(t.medio) << ',' << numero(t.montoMN) << ',' << numero(t.montoNominal) << "\r\n";
@@ -337,11 +335,12 @@ void Salida::movimientos(const std::vector<FilaMovimiento>& filas,
   out_ << "Número  Tipo        Fecha       Hora      Sesión  Operador    Documento         Débitos"
           "        Créditos     IGTF\n";
   for (const auto& f : filas)
-    out_ << columna(NumeroVisible{f.numero, f.local}.texto(), 8) << std::left << columna(paraLeer(f.tipo), 12)
-         << f.fecha.date().toString() << "  " << f.hora.timeOfDay().toString() << "  "
-         << std::setw(8) << f.sesion << columna(f.operador, 12) << columna(f.documento, 12)
-         << std::right << std::setw(14) << monto(f.debitos) << std::setw(16) << monto(f.creditos)
-         << std::setw(9) << monto(f.igtf) << (f.anulado ? "  ANULADO" : "") << '\n';
+    out_ << columna(NumeroVisible{f.numero, f.local}.texto(), 8) << std::left
+         << columna(paraLeer(f.tipo), 12) << f.fecha.date().toString() << "  "
+         << f.hora.timeOfDay().toString() << "  " << std::setw(8) << f.sesion
+         << columna(f.operador, 12) << columna(f.documento, 12) << std::right << std::setw(14)
+         << monto(f.debitos) << std::setw(16) << monto(f.creditos) << std::setw(9) << monto(f.igtf)
+         << (f.anulado ? "  ANULADO" : "") << '\n';
   out_ << "Totales por medio (moneda nacional, nominal), sin los anulados:\n";
   totalesTexto(out_, totales);
   out_ << "  " << columna("IGTF", 6) << std::setw(24) << monto(igtf) << '\n';
@@ -377,8 +376,8 @@ void Salida::cierres(const std::vector<Cierre>& lista) {
     out_ << "No hay cierres registrados\n";
   for (const auto& c : lista) {
     out_ << (c.id ? "Cierre " + std::to_string(c.id) : std::string("Arqueo parcial, no registrado"))
-         << "  máquina " << c.maquina << "  " << c.fecha.toIsoText()
-         << "  operador " << c.operador << "\n"
+         << "  máquina " << c.maquina << "  " << c.fecha.toIsoText() << "  operador " << c.operador
+         << "\n"
          << "  medio    esperado (MN)   esperado (nominal)      tasa         contado      "
             "diferencia\n";
     for (const auto& l : c.lineas)
@@ -406,8 +405,7 @@ std::string conflictoJson(const Conflicto& c) {
   return "{\"numero\":" + std::to_string(c.id) + ",\"fecha\":" + json(c.fecha) +
          ",\"clase\":" + json(c.clase) + ",\"local\":" + std::to_string(c.numeroLocal) +
          ",\"maquina\":" + std::to_string(c.maquina) + ",\"detalle\":" + json(c.detalle) +
-         ",\"resueltoPor\":" + json(c.resueltoPor) + ",\"resueltoEl\":" + json(c.resueltoEl) +
-         "}";
+         ",\"resueltoPor\":" + json(c.resueltoPor) + ",\"resueltoEl\":" + json(c.resueltoEl) + "}";
 }
 
 std::string conflictosJson(const std::vector<Conflicto>& lista) {

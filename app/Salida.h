@@ -89,7 +89,8 @@ class Salida {
   void pendientes(const std::vector<Pendiente>& lista, const std::vector<Conflicto>& sinResolver);
   // This till's conflicts, and the documents the database holds as charged
   // at more than one till, one line each.
-  void conflictos(const std::vector<Conflicto>& deLaCaja, const std::vector<std::string>& repetidos);
+  void conflictos(const std::vector<Conflicto>& deLaCaja,
+                  const std::vector<std::string>& repetidos);
   void envio(const Envio& envio);
   // After a read of the server: the movements waiting at this till, which
   // it does not have yet, and what they add to the drawers.

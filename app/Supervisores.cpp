@@ -119,8 +119,7 @@ void instalarVerificador(HostSql& db, bool conPantalla) {
     if (conPantalla) {
       bool ok = false;
       pin = QInputDialog::getText(nullptr, "Autorización de un supervisor",
-                                  QString::fromStdString(pide + ":"), QLineEdit::Password, {},
-                                  &ok)
+                                  QString::fromStdString(pide + ":"), QLineEdit::Password, {}, &ok)
                 .toStdString();
       if (!ok)
         return Variant(0);

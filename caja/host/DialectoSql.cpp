@@ -202,8 +202,7 @@ std::string crearTabla(const Tabla& tabla, const Dialecto& dialecto, std::string
   return r + "\n)";
 }
 
-std::string agregarColumna(const Tabla& tabla, std::string_view columna,
-                           const Dialecto& dialecto) {
+std::string agregarColumna(const Tabla& tabla, std::string_view columna, const Dialecto& dialecto) {
   for (const Columna& c : tabla.columnas)
     if (c.nombre == columna)
       return "ALTER TABLE " + std::string(tabla.nombre) + " ADD COLUMN " +

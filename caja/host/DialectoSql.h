@@ -123,7 +123,6 @@ CAJA_INTERNO const std::vector<Indice>& indicesEsquema();
 // The schema's table named `nombre`; kErrorBaseDatos when there is none.
 CAJA_INTERNO const Tabla& tablaDelEsquema(std::string_view nombre);
 // Columns added to a table after databases were made with it: (table, column).
-CAJA_INTERNO const std::vector<std::pair<std::string_view, std::string_view>>&
-columnasAgregadas();
+CAJA_INTERNO const std::vector<std::pair<std::string_view, std::string_view>>& columnasAgregadas();
 
 }  // namespace caja

@@ -51,9 +51,8 @@ class ProcesoCaja : public test::PorMotor {
     }
     return "env -u DISPLAY -u WAYLAND_DISPLAY " + entorno +
            "XDG_CONFIG_HOME=" + (carpeta.ruta() / ("cfg" + estaCaja)).string() +
-           " XDG_DATA_HOME=" + (carpeta.ruta() / ("datos" + estaCaja)).string() + " " +
-           programa() + " " +
-           argumentos + " --db '" + base + "'";
+           " XDG_DATA_HOME=" + (carpeta.ruta() / ("datos" + estaCaja)).string() + " " + programa() +
+           " " + argumentos + " --db '" + base + "'";
   }
 
   // On a server a till saves in its journal and its sender ships the
@@ -399,13 +398,14 @@ TEST_P(CajaProceso, TwoTillsKnowThemselvesAndRefundsAnswerToTheirSale) {
   ASSERT_EQ(correr("entrada --pago EFE=30").estado, 0);
   estaCaja = "";
   ASSERT_EQ(correr("entrada --pago EFE=300").estado, 0);
-  espera("saldo", 0, "Caja de la máquina 1 (medio, moneda nacional, nominal, tasa):\n  EFE    "
-                     "                 300.00");
+  espera("saldo", 0,
+         "Caja de la máquina 1 (medio, moneda nacional, nominal, tasa):\n  EFE    "
+         "                 300.00");
   estaCaja = "2";
-  espera("saldo", 0, "Caja de la máquina 2 (medio, moneda nacional, nominal, tasa):\n  EFE    "
-                     "                  30.00");
-  espera("cierre --contado EFE=29 --json --autoriza ANA", 0,
-         "\"maquina\":2,", "2468\n");
+  espera("saldo", 0,
+         "Caja de la máquina 2 (medio, moneda nacional, nominal, tasa):\n  EFE    "
+         "                  30.00");
+  espera("cierre --contado EFE=29 --json --autoriza ANA", 0, "\"maquina\":2,", "2468\n");
   estaCaja = "3";
   espera("saldo", 1, "fije la de esta caja con caja maquina N");
   espera("cobrar --venta 5 --pago EFE=5 --aceptar", 1, "caja maquina N");
@@ -414,15 +414,14 @@ TEST_P(CajaProceso, TwoTillsKnowThemselvesAndRefundsAnswerToTheirSale) {
 
   espera("empresa --igtf 2 --rif J-30123456-7 --nombre \"Bodega Sol\" --autoriza ANA", 0,
          "RIF: J-30123456-7", "2468\n");
-  espera("cobrar --venta 100 --iva 16 --pago USD=4 --documento FAC:10 --aceptar", 0,
-         "IGTF 2.32");
+  espera("cobrar --venta 100 --iva 16 --pago USD=4 --documento FAC:10 --aceptar", 0, "IGTF 2.32");
   pdfDice("recibo 3 --ancho 42", {"Bodega Sol", "RIF J-30123456-7", "Base imponible 100.00",
                                   "IVA 16.00", "IGTF 2.32", "Total 118.32"});
   const std::string refundir = "devolver --autoriza ANA --aceptar ";
   espera(refundir + "--monto 10 --pago EFE=10 --documento FAC:999", 1, "no consta cobrado",
          "2468\n");
-  espera(refundir + "--monto 100 --iva 16 --pago EFE=116 --documento FAC:10", 0,
-         "Documento FAC 10", "2468\n");
+  espera(refundir + "--monto 100 --iva 16 --pago EFE=116 --documento FAC:10", 0, "Documento FAC 10",
+         "2468\n");
   espera(refundir + "--monto 0.01 --pago EFE=0.01 --documento FAC:10", 1,
          "cobró 116.00 y ya se devolvió 116.00", "2468\n");
   espera(refundir + "--monto 10 --pago EFE=10", 0, "Sin documento", "2468\n");
