@@ -698,7 +698,7 @@ TEST_P(DiaDelReadme, RunsAsWrittenAndATillsRoleCannotRewriteHistory) {
   if (motor == test::Motor::Postgres)
     comoCaja();
   ASSERT_EQ(ejecutar(bloque("A day at the till")), 0);
-  espera("auditoria --verificar", 0, "La auditoría está íntegra: 7 filas");
+  espera("auditoria --verificar", 0, "La auditoría está íntegra: 8 filas");
   EXPECT_EQ(
       contar("SELECT COUNT(*) FROM hostAuditoria WHERE Cajero = 'ANA' AND Aprobador = 'JEFE'"), 4);
   EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja WHERE Operador = 'ANA'"), 5);
