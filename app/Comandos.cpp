@@ -518,8 +518,6 @@ const std::string& clave(Contexto& c) {
 
 // The server's roles: their SQL shown, or run in one transaction.
 int roles(Contexto& c) {
-  if (!c.conServidor)
-    throw ErrorUso("Los roles son de un servidor: --db postgresql://...");
   const auto sentencias = sentenciasDeRoles();
   if (c.args.bandera("mostrar-roles")) {
     for (const auto& s : sentencias)

@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 #include <QUtf8StringView>
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <set>
 
@@ -61,12 +62,22 @@ std::string errorEnEspanol(const QCommandLineParser& parser) {
   return parser.errorText().toStdString();
 }
 
+// A word like "-5" is a number with a sign, which no value of the program
+// takes, not an option: said as such rather than as an unknown option "5".
+void rechazarNegativo(const char* palabra) {
+  if (palabra[0] == '-' && (std::isdigit(static_cast<unsigned char>(palabra[1])) || palabra[1] == '.'))
+    throw ErrorUso(std::string("Número no válido: ") + palabra +
+                   " (los montos, las tasas y los números se escriben sin signo)");
+}
+
 QStringList argumentosUtf8(int argc, char** argv) {
   QStringList lista;
   for (int i = 0; i < argc; ++i) {
     const QUtf8StringView texto(argv[i]);
     if (!texto.isValidUtf8())
       throw ErrorUso("El argumento " + std::to_string(i) + " no es texto UTF-8 válido");
+    if (i > 0)
+      rechazarNegativo(argv[i]);
     lista.append(texto.toString());
   }
   return lista;

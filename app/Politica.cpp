@@ -166,6 +166,14 @@ void PoliticaCaja::abrir(Contexto& c) {
   const std::string& comando = c.args.comando();
   if (comando == "enviar" && !c.conServidor)
     throw ErrorUso("caja enviar es de una caja con servidor: --db postgresql://...");
+  // Refused before a database is opened, so that none is made for nothing.
+  if (comando == "init" && (c.args.bandera("roles") || c.args.bandera("mostrar-roles")) &&
+      !c.conServidor)
+    throw ErrorUso("Los roles son de un servidor: --db postgresql://...");
+  if (comando == "cierre" && c.args.bandera("forzar") && !c.conServidor)
+    throw ErrorUso(
+        "--forzar cierra una caja con servidor aunque le queden movimientos sin enviar; en un "
+        "archivo no hay nada que forzar");
   const bool local =
       esUno(comando, {"pendientes", "enviar"}) || (c.conServidor && guardaMovimiento(comando)) ||
       (c.conServidor && comando == "movimiento" && c.args.valor("local")) ||
