@@ -2,6 +2,7 @@
 
 #include <sodium.h>
 #include <QDateTime>
+#include <map>
 
 #include "caja/base/Conversiones.h"
 #include "caja/host/PostgresFactoria.h"
@@ -10,10 +11,6 @@
 namespace caja::app {
 
 namespace {
-
-// The server's transaction lock that keeps appends to the trail in a row;
-// the embedded file's writers are already one at a time.
-constexpr std::int32_t kCerrojoAuditoria = 0x61756469;
 
 std::string hex(const unsigned char* bytes, std::size_t n) {
   std::string texto(n * 2 + 1, '\0');
@@ -35,14 +32,23 @@ std::string hashDe(const Asiento& a) {
         a.detalle, a.movimiento ? std::to_string(*a.movimiento) : std::string(),
         a.monto.toMachineText(), a.origen, a.hashPrevio})
     campo(texto, valor);
+  // Rows written before the server kept who sent them hash as they did.
+  if (!a.login.empty() || !a.fechaServidor.empty()) {
+    campo(texto, a.login);
+    campo(texto, a.fechaServidor);
+  }
   unsigned char resumen[crypto_hash_sha256_BYTES];
   crypto_hash_sha256(resumen, reinterpret_cast<const unsigned char*>(texto.data()), texto.size());
   return hex(resumen, sizeof resumen);
 }
 
 void anotar(HostSql& db, Asiento a) {
-  if (dynamic_cast<PostgresFactoria*>(&db))
-    db.ReadScalar("SELECT pg_advisory_xact_lock(?)", {Variant(kCerrojoAuditoria)});
+  if (dynamic_cast<PostgresFactoria*>(&db)) {
+    db.ReadScalar("SELECT caja_anotar(?, ?, ?, ?, ?, ?, ?, ?, ?)",
+                  {a.fecha, a.maquina, a.cajero, a.aprobador, a.accion, a.detalle,
+                   a.movimiento ? Variant(*a.movimiento) : Variant::Null(), a.monto, a.origen});
+    return;
+  }
   auto ultima = db.openrecordset("SELECT id, Hash FROM hostAuditoria ORDER BY id DESC LIMIT 1");
   a.id = ultima->Eof() ? 1 : CLng(ultima->Fields("id")) + 1;
   a.hashPrevio = ultima->Eof() ? kHashInicial : CStr(ultima->Fields("Hash"));
@@ -74,7 +80,7 @@ std::vector<Asiento> asientos(HostSql& db, std::int64_t despuesDe) {
          mov.isNull() ? std::nullopt
                       : std::optional<std::int32_t>(static_cast<std::int32_t>(CLng(mov))),
          NzMoneda(rs->Fields("Monto")), CStr(rs->Fields("Origen")), CStr(rs->Fields("HashPrevio")),
-         CStr(rs->Fields("Hash"))});
+         CStr(rs->Fields("Hash")), CStr(rs->Fields("Login")), CStr(rs->Fields("FechaServidor"))});
   }
   return lista;
 }
@@ -101,6 +107,22 @@ Verificacion verificar(const std::vector<Asiento>& filas) {
     ++v.filas;
   }
   return v;
+}
+
+std::vector<std::string> filasAjenas(HostSql& db, const std::vector<Asiento>& filas) {
+  std::map<std::string, std::int32_t> maquinas;
+  for (auto rs = db.openrecordset("SELECT Login, MachineID FROM hostLogins"); !rs->Eof();
+       rs->MoveNext())
+    maquinas[CStr(rs->Fields(0))] = static_cast<std::int32_t>(CLng(rs->Fields(1)));
+  std::vector<std::string> ajenas;
+  for (const Asiento& a : filas) {
+    const auto it = maquinas.find(a.login);
+    if (it != maquinas.end() && it->second != a.maquina)
+      ajenas.push_back("la fila " + std::to_string(a.id) + " es de la máquina " +
+                       std::to_string(a.maquina) + " y la escribió " + a.login +
+                       ", que es la caja de la máquina " + std::to_string(it->second));
+  }
+  return ajenas;
 }
 
 }  // namespace caja::app

@@ -24,6 +24,9 @@ struct Asiento {
   // hash the row had there.
   std::string origen;
   std::string hashPrevio, hash;
+  // On a server: the login that sent the row and the server's time, which
+  // the server records and hashes with the rest; empty in a file.
+  std::string login = {}, fechaServidor = {};
 };
 
 // The hash the first row follows.
@@ -35,8 +38,9 @@ std::string hashDe(const Asiento& a);
 
 // Appends the act inside the caller's transaction: the trail's lock is
 // taken, so that two tills never chain onto the same row, and the row is
-// numbered, hashed and dated here (unless it carries its date, as a row
-// sent from a journal does).
+// numbered, hashed and dated (unless it carries its date, as a row sent
+// from a journal does). On a server the server's own function does it,
+// which no till can bypass: a till may not write the trail itself.
 void anotar(HostSql& db, Asiento a);
 // The same in a transaction of its own, for what is recorded even though
 // the act is then refused (a wrong PIN, a lock).
@@ -55,5 +59,10 @@ struct Verificacion {
   std::optional<Rotura> rotura;
 };
 Verificacion verificar(const std::vector<Asiento>& filas);
+
+// The rows a login wrote for a machine that is not its own, as bound on the
+// server (hostLogins), one line each; a login bound to no machine (the
+// administrator's) may write for any.
+std::vector<std::string> filasAjenas(HostSql& db, const std::vector<Asiento>& filas);
 
 }  // namespace caja::app

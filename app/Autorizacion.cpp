@@ -156,8 +156,10 @@ Persona verificada(Contexto& c, Rol rol, const Credencial& dicha) {
   if (!pinCoincide(*persona, dicha.pin))
     fallo(c, rol, persona->nombre);
   if (!rs->Eof() && (CLng(rs->Fields("Fallos")) > 0 || !hasta.empty()))
-    c.db->ExecuteSQL("DELETE FROM hostIntentos WHERE Rol = ? AND Nombre = ?",
-                     {nombreRol(rol), persona->nombre});
+    // Set back, never deleted: a till's login may not delete the counts.
+    c.db->ExecuteSQL(
+        "UPDATE hostIntentos SET Fallos = 0, BloqueadoHasta = '' WHERE Rol = ? AND Nombre = ?",
+        {nombreRol(rol), persona->nombre});
   return *persona;
 }
 

@@ -62,8 +62,8 @@ std::string errorEnEspanol(const QCommandLineParser& parser) {
   return parser.errorText().toStdString();
 }
 
-// A word like "-5" is a number with a sign, which no value of the program
-// takes, not an option: said as such rather than as an unknown option "5".
+// A word like "-5" in place of a word of the command is a number with a
+// sign, which no value of the program takes, not an option: said as such rather than as an unknown option "5".
 void rechazarNegativo(const char* palabra) {
   if (palabra[0] == '-' && (std::isdigit(static_cast<unsigned char>(palabra[1])) || palabra[1] == '.'))
     throw ErrorUso(std::string("Número no válido: ") + palabra +
@@ -76,7 +76,8 @@ QStringList argumentosUtf8(int argc, char** argv) {
     const QUtf8StringView texto(argv[i]);
     if (!texto.isValidUtf8())
       throw ErrorUso("El argumento " + std::to_string(i) + " no es texto UTF-8 válido");
-    if (i > 0)
+    // After an option it is that option's value, which the option checks.
+    if (i > 0 && std::string_view(argv[i - 1]).rfind("--", 0) != 0)
       rechazarNegativo(argv[i]);
     lista.append(texto.toString());
   }

@@ -244,7 +244,10 @@ const std::vector<Tabla> kTablas = {
       {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
       {"Origen", T::TextoExacto, "NOT NULL DEFAULT ''"},
       {"HashPrevio", T::TextoExacto, "NOT NULL"},
-      {"Hash", T::TextoExacto, "NOT NULL"}},
+      {"Hash", T::TextoExacto, "NOT NULL"},
+      // On a server: the login that sent the row and the server's time.
+      {"Login", T::TextoExacto, "NOT NULL DEFAULT ''"},
+      {"FechaServidor", T::TextoExacto, "NOT NULL DEFAULT ''"}},
      {}},
     // In a till's journal: the rows of its trail already on the server.
     {"hostAuditoriaEnviada", {{"id", T::Entero, "PRIMARY KEY"}}, {}},
@@ -256,6 +259,11 @@ const std::vector<Tabla> kTablas = {
       {"NumeroDocumento", T::Entero, "NOT NULL"},
       {"TransID", T::Entero, "NOT NULL"},
       {"machineID", T::Entero, ""}},
+     {}},
+    // On a server: the machine each till's login acts for, set by the
+    // administrator (caja maquina N --login ROL); no till may write it.
+    {"hostLogins",
+     {{"Login", T::TextoExacto, "PRIMARY KEY"}, {"MachineID", T::Entero, "NOT NULL"}},
      {}},
     // In a till's journal: what went wrong while sending (a document charged
     // at two tills, a movement the server refused), kept until a supervisor
@@ -294,6 +302,8 @@ const std::vector<Indice> kIndices = {
 const std::vector<std::pair<std::string_view, std::string_view>> kAgregadas = {
     {"hostEmpresa", "Rif"},
     {"hostEmpresa", "Direccion"},
+    {"hostAuditoria", "Login"},
+    {"hostAuditoria", "FechaServidor"},
 };
 
 }  // namespace

@@ -61,6 +61,7 @@ BEGIN
          AND p.numerodocumento = (cab->>'numerodocumento')::integer
          AND a.transid IS NULL AND coalesce(p.clasificacion, '') = '';
     END IF;
+    PERFORM caja_comprobar(m);
     INSERT INTO movimientoscaja OVERRIDING USER VALUE
       SELECT r.* FROM jsonb_populate_record(NULL::movimientoscaja, cab) r RETURNING transid INTO numero;
     FOR l IN SELECT value FROM jsonb_array_elements(m->'lineas') LOOP
@@ -116,6 +117,87 @@ BEGIN
   END LOOP;
 END $$)sql";
 
+// What the server checks of a movement a till sends, before saving any of
+// it, so that a till's word is not taken for what its lines say: its session
+// is its machine's, its date is neither before the machine's last closing
+// nor after tomorrow, its lines add up to its totals, and its drawer
+// transaction moves national cash by its cash lines and each other method
+// by the nominal amount of its lines. A failed check raises, and the batch
+// with it; the till's sender then names the movement.
+constexpr const char* kComprobar = R"sql(CREATE OR REPLACE FUNCTION caja_comprobar(m jsonb)
+RETURNS void LANGUAGE plpgsql AS $$
+DECLARE
+  cab jsonb := m->'movimiento';
+  maquina integer := (cab->>'machineid')::integer;
+  sesion integer := (cab->>'sesion')::integer;
+  fecha date := (cab->>'fecha')::timestamp::date;
+  cierre date;
+  lineas numeric;
+  t jsonb; d jsonb;
+BEGIN
+  IF NOT EXISTS (SELECT FROM sesionespos s WHERE s.sessionid = sesion AND s.machineid = maquina)
+     AND NOT EXISTS (SELECT FROM sesionescerradas s WHERE s.sessionid = sesion AND s.machineid = maquina) THEN
+    RAISE EXCEPTION 'La sesión % no es de la máquina %', sesion, maquina USING ERRCODE = '23514';
+  END IF;
+  IF fecha > current_date + 1 THEN
+    RAISE EXCEPTION 'La fecha % es posterior a mañana', fecha USING ERRCODE = '23514';
+  END IF;
+  SELECT max(c.fecha)::date INTO cierre FROM hostcierres c WHERE c.machineid = maquina;
+  IF fecha < cierre THEN
+    RAISE EXCEPTION 'La fecha % es anterior al último cierre de la máquina % (%)', fecha, maquina, cierre
+      USING ERRCODE = '23514';
+  END IF;
+  SELECT coalesce(sum((x.value->'fila'->>'monto')::numeric), 0) INTO lineas
+    FROM jsonb_array_elements(m->'lineas') x;
+  IF lineas <> coalesce((cab->>'debitos')::numeric, 0) - coalesce((cab->>'creditos')::numeric, 0) THEN
+    RAISE EXCEPTION 'Las líneas suman %, y el movimiento dice % de débitos y % de créditos', lineas,
+      cab->>'debitos', cab->>'creditos' USING ERRCODE = '23514';
+  END IF;
+  FOR t IN SELECT value FROM jsonb_array_elements(m->'transacciones') LOOP
+    SELECT coalesce(sum((x.value->'fila'->>'monto')::numeric), 0) INTO lineas
+      FROM jsonb_array_elements(m->'lineas') x WHERE x.value->'fila'->>'medio' = 'EFE';
+    IF (t->'fila'->>'efectivomn')::numeric <> lineas OR (t->'fila'->>'machineid')::integer <> maquina THEN
+      RAISE EXCEPTION 'La caja no se mueve como dicen las líneas del movimiento' USING ERRCODE = '23514';
+    END IF;
+    FOR d IN SELECT value FROM jsonb_array_elements(t->'detalles') LOOP
+      SELECT sum((x.value->'fila'->>'montonominal')::numeric) INTO lineas
+        FROM jsonb_array_elements(m->'lineas') x WHERE x.value->'fila'->>'medio' = d->>'codigomedio';
+      IF lineas IS NULL OR (lineas <> 0 AND (d->>'valornominal')::numeric <> lineas) THEN
+        RAISE EXCEPTION 'La caja no se mueve en % como dicen las líneas del movimiento', d->>'codigomedio'
+          USING ERRCODE = '23514';
+      END IF;
+    END LOOP;
+  END LOOP;
+END $$)sql";
+
+// The trail's append on a server: numbered, chained and hashed here, under
+// the trail's lock, with the login that sent the row and the server's time
+// beside the till's own (`fecha`, empty for now). The hash is the program's:
+// SHA-256 of each field, as text, preceded by its length in bytes.
+constexpr const char* kAnotar = R"sql(CREATE OR REPLACE FUNCTION caja_anotar(fecha text,
+  maquina integer, cajero text, aprobador text, accion text, detalle text, movimiento integer,
+  monto numeric, origen text) RETURNS integer LANGUAGE plpgsql AS $$
+DECLARE
+  fila integer; previo text; texto text;
+  login text := session_user;
+  servidor text := to_char(clock_timestamp(), 'YYYY-MM-DD HH24:MI:SS');
+BEGIN
+  PERFORM pg_advisory_xact_lock(1635083369);
+  SELECT a.id, a.hash INTO fila, previo FROM hostauditoria a ORDER BY a.id DESC LIMIT 1;
+  fila := coalesce(fila, 0) + 1;
+  previo := coalesce(previo, repeat('0', 64));
+  fecha := coalesce(nullif(fecha, ''), servidor);
+  SELECT string_agg(octet_length(v) || ':' || v || ';', '' ORDER BY n) INTO texto
+    FROM unnest(ARRAY[fila::text, fecha, maquina::text, cajero, aprobador, accion, detalle,
+                      coalesce(movimiento::text, ''), trim_scale(monto)::text, origen, previo,
+                      login, servidor]) WITH ORDINALITY AS c(v, n);
+  INSERT INTO hostauditoria (id, fecha, machineid, cajero, aprobador, accion, detalle, transid,
+                             monto, origen, hashprevio, hash, login, fechaservidor)
+  VALUES (fila, fecha, maquina, cajero, aprobador, accion, detalle, movimiento, monto, origen,
+          previo, encode(sha256(convert_to(texto, 'UTF8')), 'hex'), login, servidor);
+  RETURN fila;
+END $$)sql";
+
 // The SQL Server functions the component calls, as the server's own. Each
 // reads this session's sequences only; with none yet they answer NULL, as
 // SQL Server does.
@@ -135,7 +217,9 @@ const char* const kFunciones[] = {
     "AND a.attidentity <> ''; "
     "IF secuencia IS NULL THEN RETURN NULL; END IF; RETURN currval(secuencia); "
     "EXCEPTION WHEN object_not_in_prerequisite_state THEN RETURN NULL; END $$",
+    kComprobar,
     kRecibir,
+    kAnotar,
 };
 
 std::string primeraLinea(const std::string& texto) {
