@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "app/Auditoria.h"
 #include "app/Salida.h"
 #include "caja/base/Conversiones.h"
 #include "caja/service/HostUtil.h"
@@ -30,6 +31,31 @@ std::string lista(const std::set<std::int32_t>& maquinas) {
   for (const auto m : maquinas)
     texto += (texto.empty() ? "" : ", ") + std::to_string(m);
   return texto;
+}
+
+// The administrator binds a till's server login to its machine: from then
+// on that login touches no other machine's money. Recorded in the trail.
+void atarLogin(Contexto& c, const std::string& login) {
+  if (!c.conServidor)
+    throw ErrorUso("--login ata un usuario del servidor a su máquina: --db postgresql://...");
+  if (c.args.posicionales().empty())
+    throw ErrorUso("Uso: caja maquina N --login USUARIO --db postgresql://...");
+  const auto n = static_cast<std::int32_t>(
+      enteroDe(c.args.posicionales().front(), "la máquina", 1, kMaquinaMaxima));
+  Asiento a;
+  a.maquina = n;
+  a.accion = "login de caja";
+  a.detalle = "el usuario " + login + " es la caja de la máquina " + std::to_string(n);
+  c.db->EnTransaccion([&] {
+    c.db->ExecuteSQL(
+        "INSERT INTO hostLogins (Login, MachineID) VALUES (?, ?) ON CONFLICT (Login) DO UPDATE "
+        "SET MachineID = excluded.MachineID",
+        {login, n});
+    anotar(*c.db, a);
+  });
+  Salida(c.out, c.args.bandera("json"))
+      .mensaje("El usuario " + login + " del servidor es la caja de la máquina " +
+               std::to_string(n));
 }
 
 }  // namespace
@@ -66,6 +92,10 @@ std::int32_t estaMaquina(Contexto& c) {
 
 int comandoMaquina(Contexto& c) {
   Salida salida(c.out, c.args.bandera("json"));
+  if (const auto login = c.args.valor("login")) {
+    atarLogin(c, *login);
+    return kExito;
+  }
   if (!c.args.posicionales().empty()) {
     const auto n = static_cast<std::int32_t>(
         enteroDe(c.args.posicionales().front(), "la máquina", 1, kMaquinaMaxima));

@@ -27,7 +27,8 @@ std::int32_t estaMaquina(Contexto& c);
 // listing of every till).
 std::optional<std::int32_t> maquinaElegida(Contexto& c);
 
-// `caja maquina [N]`: shows or sets this till's number.
+// `caja maquina [N]`: shows or sets this till's number; `caja maquina N
+// --login USUARIO` binds a server login to machine N.
 int comandoMaquina(Contexto& c);
 
 }  // namespace caja::app

@@ -63,9 +63,11 @@ std::string errorEnEspanol(const QCommandLineParser& parser) {
 }
 
 // A word like "-5" in place of a word of the command is a number with a
-// sign, which no value of the program takes, not an option: said as such rather than as an unknown option "5".
+// sign, which no value of the program takes, not an option: said as such rather than as an unknown
+// option "5".
 void rechazarNegativo(const char* palabra) {
-  if (palabra[0] == '-' && (std::isdigit(static_cast<unsigned char>(palabra[1])) || palabra[1] == '.'))
+  if (palabra[0] == '-' &&
+      (std::isdigit(static_cast<unsigned char>(palabra[1])) || palabra[1] == '.'))
     throw ErrorUso(std::string("Número no válido: ") + palabra +
                    " (los montos, las tasas y los números se escriben sin signo)");
 }

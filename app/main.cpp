@@ -71,7 +71,7 @@ int ejecutar(const LineaComandos& args, bool conPantalla) {
   rechazarContrasena(args);
   Contexto contexto{args, nullptr, std::cout, conPantalla};
   // This till's number lives in its settings, not in a database.
-  if (args.comando() == "maquina")
+  if (args.comando() == "maquina" && !args.valor("login"))
     return comandoMaquina(contexto);
   PoliticaCaja::abrir(contexto);
   const auto& db = contexto.db;
