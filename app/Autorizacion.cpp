@@ -213,7 +213,8 @@ Currency diferenciaTolerada() {
 
 std::string nuevoPin() {
   const std::string pin = lineaDeEntrada("el PIN nuevo");
-  const std::int64_t minimo = std::max<std::int64_t>(4, ajuste("LargoMinimoPin", 4));
+  // Six unless the shop lowers it, never under four.
+  const std::int64_t minimo = std::max<std::int64_t>(4, ajuste("LargoMinimoPin", 6));
   if (static_cast<std::int64_t>(largoUtf8(pin)) < minimo)
     throw ErrorUso("El PIN debe tener al menos " + std::to_string(minimo) + " caracteres");
   return pin;

@@ -38,7 +38,7 @@ int nivelExigido(const char* ajuste);
 Currency diferenciaTolerada();
 
 // A new PIN read from standard input, as long as the shop asks
-// ("LargoMinimoPin", at least 4).
+// ("LargoMinimoPin", 6 unless set, never under 4).
 std::string nuevoPin();
 
 // The till a command acts at, for the trail: --maquina or this till's

@@ -1,5 +1,7 @@
 #include "app/Supervisores.h"
 
+#include "app/CostePin.h"
+
 #include <sodium.h>
 #include <QCryptographicHash>
 #include <QInputDialog>
@@ -28,13 +30,12 @@ void iniciarSodium() {
     throw std::runtime_error("No se pudo iniciar libsodium");
 }
 
-// Argon2id with libsodium's interactive limits: the text carries its own
-// salt and parameters, and a guess costs tens of milliseconds and 64 MiB.
+// Argon2id at the program's cost (CostePin.h): the text carries its own
+// salt and parameters.
 std::string hashPin(const std::string& pin) {
   iniciarSodium();
   char hash[crypto_pwhash_STRBYTES];
-  if (crypto_pwhash_str(hash, pin.data(), pin.size(), crypto_pwhash_OPSLIMIT_INTERACTIVE,
-                        crypto_pwhash_MEMLIMIT_INTERACTIVE) != 0)
+  if (crypto_pwhash_str(hash, pin.data(), pin.size(), kOperacionesPin, kMemoriaPin) != 0)
     throw std::runtime_error("Sin memoria para guardar el PIN");
   return hash;
 }

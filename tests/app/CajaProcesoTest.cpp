@@ -280,9 +280,9 @@ TEST_P(CajaProceso, FaultyCommandLinesAreRefusedInOneSpanishLineAndWriteNothing)
       {"salida --pago EFE=5", 2, "Falta --motivo"},
       {"salida --pago EFE=5 --motivo Banco", 1, "hace falta un supervisor y no hay ninguno"},
       {"entrada --pago EFE=0 --motivo Fondo", 2, "--pago EFE=0 no mueve nada"},
-      {"supervisor --agregar ANA --pin 2468", 2, "Opción desconocida: --pin"},
+      {"supervisor --agregar ANA --pin 246802", 2, "Opción desconocida: --pin"},
       {"supervisor --agregar ANA", 1, "Falta el PIN nuevo en la entrada estándar"},
-      {"supervisor --agregar ANA", 2, "El PIN debe tener al menos 4 caracteres", "246\n"},
+      {"supervisor --agregar ANA", 2, "El PIN debe tener al menos 6 caracteres", "24680\n"},
       {"cajero --agregar PEDRO --quitar", 2, "Uso: caja cajero"},
       {"movimiento 1 --local 1", 2, "Indique uno: NUMERO, --documento TIPO:NUMERO o --local"},
       {"salida --pago efe=0.0000 --motivo x", 2, "--pago EFE=0 no mueve nada"},
@@ -340,7 +340,7 @@ TEST_P(CajaProceso, SplitChangeMovesTheDrawerByExactlyWhatLeftIt) {
 // 7 USD, and the closing shows each kind's part. No method's drawer, a
 // card's either, goes below zero.
 TEST_P(CajaProceso, ARefundAFloatAndWithdrawalsCloseWithTheAmountsCountedByHand) {
-  ASSERT_EQ(correr("supervisor --agregar ANA", "2468\n").estado, 0);
+  ASSERT_EQ(correr("supervisor --agregar ANA", "246802\n").estado, 0);
   const std::string ana = " --autoriza ANA";
   const std::vector<std::string> dia = {
       "entrada --pago EFE=200 --pago usd=10 --motivo Fondo",
@@ -350,13 +350,14 @@ TEST_P(CajaProceso, ARefundAFloatAndWithdrawalsCloseWithTheAmountsCountedByHand)
       "salida --pago EFE=100 --motivo \"Caja fuerte\"" + ana,
       "salida --pago USD=5 --motivo Proveedor" + ana,
   };
-  pasos(dia, "2468\n");
-  espera("salida --pago USD=7.01 --motivo Banco" + ana, 1, "En la caja hay 7.00 de USD", "2468\n");
+  pasos(dia, "246802\n");
+  espera("salida --pago USD=7.01 --motivo Banco" + ana, 1, "En la caja hay 7.00 de USD",
+         "246802\n");
   espera("devolver --monto 200 --pago EFE=200 --aceptar" + ana, 1,
-         "no alcanza para entregar 200.00", "2468\n");
+         "no alcanza para entregar 200.00", "246802\n");
   espera("devolver --monto 5 --pago TDC=5 --aceptar" + ana, 1, "En la caja hay 0.00 de TDC",
-         "2468\n");
-  espera("devolver --monto 5 --pago EFE=4 --aceptar" + ana, 1, "sumar exactamente", "2468\n");
+         "246802\n");
+  espera("devolver --monto 5 --pago EFE=4 --aceptar" + ana, 1, "sumar exactamente", "246802\n");
   EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja"), 6);
   EXPECT_EQ(contar("SELECT COUNT(*) FROM hostAuditoria WHERE Aprobador = 'ANA' AND TransID IN "
                    "(4, 5, 6)"),
@@ -388,7 +389,7 @@ TEST_P(CajaProceso, ARefundAFloatAndWithdrawalsCloseWithTheAmountsCountedByHand)
 // 116.00, below 2% of the 146.00 paid, 2.32). Refunds answer to their sale:
 // one of a document never charged, or beyond what it charged, saves nothing.
 TEST_P(CajaProceso, TwoTillsKnowThemselvesAndRefundsAnswerToTheirSale) {
-  ASSERT_EQ(correr("supervisor --agregar ANA", "2468\n").estado, 0);
+  ASSERT_EQ(correr("supervisor --agregar ANA", "246802\n").estado, 0);
   ASSERT_EQ(correr("maquina 1").estado, 0);
   estaCaja = "2";
   espera("maquina", 1, "caja maquina N");
@@ -405,7 +406,7 @@ TEST_P(CajaProceso, TwoTillsKnowThemselvesAndRefundsAnswerToTheirSale) {
   espera("saldo", 0,
          "Caja de la máquina 2 (medio, moneda nacional, nominal, tasa):\n  EFE    "
          "                  30.00");
-  espera("cierre --contado EFE=29 --json --autoriza ANA", 0, "\"maquina\":2,", "2468\n");
+  espera("cierre --contado EFE=29 --json --autoriza ANA", 0, "\"maquina\":2,", "246802\n");
   estaCaja = "3";
   espera("saldo", 1, "fije la de esta caja con caja maquina N");
   espera("cobrar --venta 5 --pago EFE=5 --aceptar", 1, "caja maquina N");
@@ -413,18 +414,18 @@ TEST_P(CajaProceso, TwoTillsKnowThemselvesAndRefundsAnswerToTheirSale) {
   EXPECT_EQ(contar("SELECT COUNT(*) FROM hostCierres WHERE MachineID = 2"), 1);
 
   espera("empresa --igtf 2 --rif J-30123456-7 --nombre \"Bodega Sol\" --autoriza ANA", 0,
-         "RIF: J-30123456-7", "2468\n");
+         "RIF: J-30123456-7", "246802\n");
   espera("cobrar --venta 100 --iva 16 --pago USD=4 --documento FAC:10 --aceptar", 0, "IGTF 2.32");
   pdfDice("recibo 3 --ancho 42", {"Bodega Sol", "RIF J-30123456-7", "Base imponible 100.00",
                                   "IVA 16.00", "IGTF 2.32", "Total 118.32"});
   const std::string refundir = "devolver --autoriza ANA --aceptar ";
   espera(refundir + "--monto 10 --pago EFE=10 --documento FAC:999", 1, "no consta cobrado",
-         "2468\n");
+         "246802\n");
   espera(refundir + "--monto 100 --iva 16 --pago EFE=116 --documento FAC:10", 0, "Documento FAC 10",
-         "2468\n");
+         "246802\n");
   espera(refundir + "--monto 0.01 --pago EFE=0.01 --documento FAC:10", 1,
-         "cobró 116.00 y ya se devolvió 116.00", "2468\n");
-  espera(refundir + "--monto 10 --pago EFE=10", 0, "Sin documento", "2468\n");
+         "cobró 116.00 y ya se devolvió 116.00", "246802\n");
+  espera(refundir + "--monto 10 --pago EFE=10", 0, "Sin documento", "246802\n");
   EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja WHERE Clasificacion = 'DEVOLUCION'"), 2);
   EXPECT_EQ(contar("SELECT COUNT(*) FROM hostAuditoria WHERE Accion = 'empresa'"), 1);
 }
@@ -437,7 +438,7 @@ TEST_P(CajaProceso, TwoTillsKnowThemselvesAndRefundsAnswerToTheirSale) {
 // Bs.); 157.00 is counted in notes and the closing, 0.10 short, is approved.
 TEST_P(CajaProceso, TheDaysPapersReadBackWithTheAmountsCountedByHand) {
   ajustes("[frmVarelta]\nVueltoDetallado=1\n");
-  ASSERT_EQ(correr("supervisor --agregar ANA", "2468\n").estado, 0);
+  ASSERT_EQ(correr("supervisor --agregar ANA", "246802\n").estado, 0);
   const auto impresora = carpeta.ruta() / "impresora";
   const std::string ana = " --autoriza ANA",
                     imprimir = " --imprimir --impresora " + impresora.string();
@@ -449,7 +450,7 @@ TEST_P(CajaProceso, TheDaysPapersReadBackWithTheAmountsCountedByHand) {
       "salida --pago EFE=100 --motivo \"Caja fuerte\"" + ana,
       "anular 5" + ana,
   };
-  pasos(dia, "2468\n");
+  pasos(dia, "246802\n");
   EXPECT_NE(leer(impresora).find("\x1bp"), std::string::npos);
   std::filesystem::remove(impresora);
   ASSERT_EQ(correr("cobrar --venta 10 --pago TDC=10 --aceptar" + imprimir).estado, 0);
@@ -491,7 +492,7 @@ TEST_P(CajaProceso, TheDaysPapersReadBackWithTheAmountsCountedByHand) {
       "cierre --denominaciones EFE:50x3,5x1,1x2 --contado USD=12 --contado TDC=110";
   espera(contado + " --parcial --pdf " + (carpeta.ruta() / "p.pdf").string(), 0, "-0.10");
   EXPECT_EQ(contar("SELECT COUNT(*) FROM hostCierres"), 0);
-  pdfDice(contado + " --autoriza ANA", cierre, "2468\n");
+  pdfDice(contado + " --autoriza ANA", cierre, "246802\n");
   pdfDice("cierres 1", cierre);
   EXPECT_EQ(contar("SELECT COUNT(*) FROM hostCierres"), 1);
 
@@ -522,21 +523,21 @@ TEST_P(CajaProceso, ApprovalIsRequiredAndTheTrailNamesTheRowTamperedWith) {
   for (const char* venta :
        {"cobrar --venta 100 --pago EFE=100 --aceptar", "cobrar --venta 30 --pago EFE=30 --aceptar"})
     ASSERT_EQ(correr(venta).estado, 0);
-  ASSERT_EQ(correr("supervisor --agregar ANA", "2468\n").estado, 0);
-  espera("supervisor --agregar LUIS --nivel 3 --autoriza ANA", 0, "registrado", "2468\n1357\n");
+  ASSERT_EQ(correr("supervisor --agregar ANA", "246802\n").estado, 0);
+  espera("supervisor --agregar LUIS --nivel 3 --autoriza ANA", 0, "registrado", "246802\n135702\n");
   const std::vector<std::string> actos = {"anular 2", "devolver --monto 10 --pago EFE=10 --aceptar",
                                           "salida --pago EFE=10 --motivo Banco"};
   for (const auto& acto : actos) {
     espera(acto, 1, "hace falta la autorización de un supervisor: --autoriza NOMBRE");
-    espera(acto + " --autoriza LUIS", 1, "LUIS (nivel 3) no puede autorizar", "1357\n");
+    espera(acto + " --autoriza LUIS", 1, "LUIS (nivel 3) no puede autorizar", "135702\n");
     espera(acto + " --autoriza ANA", 1, "PIN incorrecto del supervisor ANA", "2467\n");
-    espera(acto + " --autoriza PEPE", 1, "No hay ningún supervisor llamado PEPE", "2468\n");
+    espera(acto + " --autoriza PEPE", 1, "No hay ningún supervisor llamado PEPE", "246802\n");
   }
   EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja"), 2);
   EXPECT_EQ(contar("SELECT COUNT(*) FROM hostAnulaciones"), 0);
   EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("130"));
   for (const auto& acto : actos)
-    ASSERT_EQ(correr(acto + " --autoriza ANA", "2468\n").estado, 0) << acto;
+    ASSERT_EQ(correr(acto + " --autoriza ANA", "246802\n").estado, 0) << acto;
   EXPECT_EQ(monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 1"), cur("80"));
   EXPECT_EQ(contar("SELECT COUNT(*) FROM hostAuditoria WHERE Aprobador = 'ANA' AND Cajero = "
                    "'CAJERO' AND TransID IN (2, 3, 4)"),
@@ -546,7 +547,7 @@ TEST_P(CajaProceso, ApprovalIsRequiredAndTheTrailNamesTheRowTamperedWith) {
   for (int i = 1; i <= 4; ++i)
     espera(salida, 1, "PIN incorrecto del supervisor ANA", "0000\n");
   espera(salida, 1, "5 seguidos, el supervisor ANA queda bloqueado hasta", "0000\n");
-  espera(salida, 1, "El supervisor ANA está bloqueado hasta", "2468\n");
+  espera(salida, 1, "El supervisor ANA está bloqueado hasta", "246802\n");
   EXPECT_EQ(contar("SELECT COUNT(*) FROM MovimientosCaja"), 4);
 
   // Rows: two supervisors, three wrong PINs, three acts, five wrong PINs
@@ -582,21 +583,21 @@ class JornadaCaja : public ProcesoCaja {};
 TEST_P(JornadaCaja, OpenSellListVoidAndCloseExactly) {
   ASSERT_EQ(correr("init").estado, 0);
   espera("cobrar --venta 100 --pago EFE=100 --aceptar", 1, "caja sesion abrir");
-  ASSERT_EQ(correr("supervisor --agregar JEFE --nivel 7", "9753\n").estado, 0);
+  ASSERT_EQ(correr("supervisor --agregar JEFE --nivel 7", "975302\n").estado, 0);
   espera("cajero --agregar ANA --autoriza JEFE", 1, "PIN incorrecto del supervisor JEFE",
-         "9999\n1357\n");
-  espera("cajero --agregar ANA --autoriza JEFE", 0, "Cajero ANA registrado", "9753\n1357\n");
+         "9999\n135702\n");
+  espera("cajero --agregar ANA --autoriza JEFE", 0, "Cajero ANA registrado", "975302\n135702\n");
   espera("sesion abrir --maquina 1", 2, "indique --operador NOMBRE y su PIN");
   espera("sesion abrir --maquina 1 --operador ANA", 1, "PIN incorrecto del cajero ANA", "1111\n");
   espera("sesion abrir --maquina 1 --operador PEPE", 1, "No hay ningún cajero llamado PEPE",
-         "1357\n");
-  espera("sesion abrir --maquina 1 --operador ana", 0, "1\n", "1357\n");
+         "135702\n");
+  espera("sesion abrir --maquina 1 --operador ana", 0, "1\n", "135702\n");
   espera("cobrar --venta 100 --pago EFE=100 --operador ANA --aceptar", 1, "caja tasa VALOR",
-         "1357\n");
+         "135702\n");
   ASSERT_EQ(correr("tasa 36.5").estado, 0);
 
   const std::string venta = " --sesion 1 --operador ANA --aceptar";
-  const std::string pin = "1357\n", conJefe = "1357\n9753\n";
+  const std::string pin = "135702\n", conJefe = "135702\n975302\n";
   ASSERT_EQ(
       correr("cobrar --venta 100 --iva 16 --pago EFE=120 --documento FAC:1" + venta, pin).estado,
       0);
@@ -710,14 +711,15 @@ TEST_P(DiaDelReadme, RunsAsWrittenAndATillsRoleCannotRewriteHistory) {
   espera("cierres --json", 0, "\"contado\":9.5,\"diferencia\":-0.5}");
   if (motor == test::Motor::Sqlite)
     return;
-  espera("supervisor --agregar LUIS --autoriza JEFE", 3, "hostsupervisores", "9753\n2468\n");
+  espera("supervisor --agregar LUIS --autoriza JEFE", 3, "hostsupervisores", "975302\n246802\n");
   // Another till, machine 2, with a sale the first till's login then attacks.
   const std::string login = usuario;
   usuario.clear();
   estaCaja = "2";
   ASSERT_EQ(correr("maquina 2").estado, 0);
-  ASSERT_EQ(correr("sesion abrir --operador ANA", "1357\n").estado, 0);
-  ASSERT_EQ(correr("cobrar --venta 40 --pago EFE=40 --operador ANA --aceptar", "1357\n").estado, 0);
+  ASSERT_EQ(correr("sesion abrir --operador ANA", "135702\n").estado, 0);
+  ASSERT_EQ(correr("cobrar --venta 40 --pago EFE=40 --operador ANA --aceptar", "135702\n").estado,
+            0);
   const Currency cajon2 = monto("SELECT efectivoMN FROM cvCaja WHERE MachineID = 2");
   ASSERT_EQ(cajon2, cur("40"));
   std::string uri = destino();

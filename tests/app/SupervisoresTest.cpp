@@ -14,24 +14,24 @@ namespace {
 TEST(Supervisores, NewPinsAreArgon2idAndOldRowsWorkUntilChanged) {
   test::ConBase base;
   HostSql& db = *base.db;
-  agregarSupervisor(db, "ANA", "2468", 7);
+  agregarSupervisor(db, "ANA", "246802", 7);
   db.ExecuteSQL(
       "INSERT INTO hostSupervisores (Nombre, Sal, Hash, Nivel) VALUES ('LUIS', 'ab', "
       "'8b08ef8a217a9a450d61bcf7a583f8ce880de30675574016557db6c6d6767679', 3)");
   const struct {
     const char* pin;
     int nivel;
-  } casos[] = {{"2468", 7}, {"1357", 3}, {"2469", 0}, {"", 0}, {"ab1357", 0}};
+  } casos[] = {{"246802", 7}, {"1357", 3}, {"2469", 0}, {"", 0}, {"ab1357", 0}};
   for (const auto& c : casos)
     EXPECT_EQ(nivelDePin(db, c.pin), c.nivel) << c.pin;
   EXPECT_EQ(CStr(db.ReadScalar("SELECT Hash FROM hostSupervisores WHERE Nombre = 'ANA'"))
                 .rfind("$argon2id$", 0),
             0u);
 
-  agregarSupervisor(db, "LUIS", "9753", 4);
+  agregarSupervisor(db, "LUIS", "975302", 4);
   EXPECT_EQ(CStr(db.ReadScalar("SELECT Sal FROM hostSupervisores WHERE Nombre = 'LUIS'")), "");
   EXPECT_EQ(nivelDePin(db, "1357"), 0);
-  EXPECT_EQ(nivelDePin(db, "9753"), 4);
+  EXPECT_EQ(nivelDePin(db, "975302"), 4);
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
     if (!db || !std::getenv("PGVERSION"))
       GTEST_SKIP() << "sin servidor PostgreSQL de prueba bajo pg_virtualenv";
     ASSERT_EQ(caja(1, "init --demo --maquina 1"), 0);
-    ASSERT_EQ(caja(1, "supervisor --agregar ANA", "2468"), 0);
+    ASSERT_EQ(caja(1, "supervisor --agregar ANA", "246802"), 0);
     // Each till knows its number, from its own settings.
     for (int maquina = 2; maquina <= 4; ++maquina) {
       ASSERT_EQ(caja(maquina, "maquina " + std::to_string(maquina)), 0);
@@ -125,7 +125,7 @@ TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
       EXPECT_NE(salida(1, "saldo --json").find("\"medio\":\"EFE\",\"valorMN\":630,"),
                 std::string::npos)
           << salida(1, "saldo --json");
-      ASSERT_EQ(caja(1, "salida --pago EFE=600 --motivo Banco --sesion 1 --autoriza ANA", "2468"),
+      ASSERT_EQ(caja(1, "salida --pago EFE=600 --motivo Banco --sesion 1 --autoriza ANA", "246802"),
                 0);
       enlace.perder(true);
       servidor("start");
@@ -276,8 +276,8 @@ TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
   };
   EXPECT_EQ(conflictos(), 1);
   EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "1111"), 1);
-  EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "2468"), 0);
-  EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "2468"), 1);
+  EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "246802"), 0);
+  EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "246802"), 1);
   EXPECT_EQ(caja(2, "sincronizar"), 0);
   EXPECT_EQ(conflictos(), 1);
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM hostAuditoria WHERE Accion = 'conflicto "
@@ -363,7 +363,7 @@ TEST_F(SinConexion, AMovementTheServerRefusesWaitsWithoutHoldingBackTheRest) {
 TEST_F(SinConexion, AVoidAtTheTillTravelsWithItsMovement) {
   ASSERT_EQ(caja(1, venta(1, 7) + " --documento FAC:9"), 0);
   EXPECT_NE(salida(1, "anular 1 --local 1").find("Indique uno"), std::string::npos);
-  ASSERT_EQ(caja(1, "anular --local 1 --motivo error --autoriza ANA", "2468"), 0);
+  ASSERT_EQ(caja(1, "anular --local 1 --motivo error --autoriza ANA", "246802"), 0);
   ASSERT_EQ(caja(1, venta(1, 8) + " --documento FAC:9"), 0);
   // Its receipt, reprinted by the journal's number: the journal's while it
   // waits, the server's once sent.
