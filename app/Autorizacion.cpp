@@ -35,6 +35,10 @@ std::string ahora(std::int64_t masMinutos = 0) {
       .toStdString();
 }
 
+std::int64_t limiteDeIntentos() {
+  return std::max<std::int64_t>(1, ajuste("IntentosPin", 5));
+}
+
 // "supervisor ANA": messages put "el" or "del" before it.
 std::string quien(Rol rol, const std::string& nombre) {
   return std::string(nombreRol(rol)) + " " + nombre;
@@ -111,20 +115,14 @@ Asiento asientoDe(Contexto& c, Rol rol, const std::string& nombre, const char* a
 // A wrong PIN: counted, recorded, and at the limit the person is locked out
 // for a while; all of it stays even though the act is refused.
 [[noreturn]] void fallo(Contexto& c, Rol rol, const std::string& nombre) {
-  const std::int64_t limite = std::max<std::int64_t>(1, ajuste("IntentosPin", 5));
-  const std::int64_t minutos = std::max<std::int64_t>(1, ajuste("MinutosBloqueo", 15));
+  const std::int64_t limite = limiteDeIntentos();
   std::int64_t fallos = 0;
   std::string hasta;
   c.db->EnTransaccion([&] {
     fallos = NzLong(c.db->ReadScalar("SELECT Fallos FROM hostIntentos WHERE Rol = ? AND Nombre = ?",
                                      {nombreRol(rol), nombre})) +
              1;
-    hasta = fallos >= limite ? ahora(minutos) : "";
-    c.db->ExecuteSQL(
-        "INSERT INTO hostIntentos (Rol, Nombre, Fallos, BloqueadoHasta) VALUES (?, ?, ?, ?) "
-        "ON CONFLICT (Rol, Nombre) DO UPDATE SET Fallos = excluded.Fallos, "
-        "BloqueadoHasta = excluded.BloqueadoHasta",
-        {nombreRol(rol), nombre, static_cast<std::int32_t>(hasta.empty() ? fallos : 0), hasta});
+    hasta = contarFallo(*c.db, rol, nombre);
     Asiento a = asientoDe(c, rol, nombre, "pin fallido");
     a.detalle = "intento " + std::to_string(fallos) + " de " + std::to_string(limite);
     anotar(*c.db, a);
@@ -201,6 +199,47 @@ std::string aprobacion(Contexto& c, const std::string& que, int nivel) {
                   ") no puede autorizar " + que + ": hace falta nivel " + std::to_string(nivel) +
                   "; nada se guardó");
   return p.nombre;
+}
+
+std::string contarFallo(HostSql& db, Rol rol, const std::string& nombre) {
+  const std::int64_t minutos = std::max<std::int64_t>(1, ajuste("MinutosBloqueo", 15));
+  const std::int64_t fallos =
+      NzLong(db.ReadScalar("SELECT Fallos FROM hostIntentos WHERE Rol = ? AND Nombre = ?",
+                           {nombreRol(rol), nombre})) +
+      1;
+  const std::string hasta = fallos >= limiteDeIntentos() ? ahora(minutos) : "";
+  db.ExecuteSQL(
+      "INSERT INTO hostIntentos (Rol, Nombre, Fallos, BloqueadoHasta) VALUES (?, ?, ?, ?) "
+      "ON CONFLICT (Rol, Nombre) DO UPDATE SET Fallos = excluded.Fallos, "
+      "BloqueadoHasta = excluded.BloqueadoHasta",
+      {nombreRol(rol), nombre, static_cast<std::int32_t>(hasta.empty() ? fallos : 0), hasta});
+  return hasta;
+}
+
+void contarEnServidor(HostSql& servidor, const Asiento& a) {
+  const Rol rol = a.aprobador.empty() ? Rol::Cajero : Rol::Supervisor;
+  const std::string& nombre = a.aprobador.empty() ? a.cajero : a.aprobador;
+  if (nombre.empty())
+    return;
+  if (a.accion == "pin fallido") {
+    const std::string hasta = contarFallo(servidor, rol, nombre);
+    if (hasta.empty())
+      return;
+    Asiento bloqueo = a;
+    bloqueo.fecha.clear();
+    bloqueo.origen.clear();
+    bloqueo.accion = "bloqueo";
+    bloqueo.detalle = "hasta " + hasta + " (PIN incorrectos en las cajas)";
+    anotar(servidor, bloqueo);
+  } else if (a.accion == "bloqueo" && a.detalle.rfind("hasta ", 0) == 0) {
+    // The later of the two locks holds.
+    servidor.ExecuteSQL(
+        "INSERT INTO hostIntentos (Rol, Nombre, Fallos, BloqueadoHasta) VALUES (?, ?, 0, ?) "
+        "ON CONFLICT (Rol, Nombre) DO UPDATE SET BloqueadoHasta = CASE WHEN "
+        "hostIntentos.BloqueadoHasta > excluded.BloqueadoHasta THEN hostIntentos.BloqueadoHasta "
+        "ELSE excluded.BloqueadoHasta END",
+        {nombreRol(rol), nombre, a.detalle.substr(6, 19)});
+  }
 }
 
 int nivelExigido(const char* clave) {

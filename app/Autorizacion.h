@@ -2,7 +2,9 @@
 
 #include <string>
 
+#include "app/Auditoria.h"
 #include "app/Comandos.h"
+#include "app/Supervisores.h"
 #include "caja/base/Currency.h"
 
 namespace caja::app {
@@ -40,6 +42,16 @@ Currency diferenciaTolerada();
 // A new PIN read from standard input, as long as the shop asks
 // ("LargoMinimoPin", 6 unless set, never under 4).
 std::string nuevoPin();
+
+// A wrong PIN of `nombre` counted in `db`, inside the caller's transaction:
+// at "IntentosPin" in a row (5) the person is locked out for
+// "MinutosBloqueo" minutes (15). The time until then, or empty.
+std::string contarFallo(HostSql& db, Rol rol, const std::string& nombre);
+// A till's row of the trail about a wrong PIN or a lockout, on its way to
+// the server, counted there too: failures add up across the shop's tills,
+// and a lockout recorded on the server holds at every till after its next
+// copy.
+void contarEnServidor(HostSql& servidor, const Asiento& a);
 
 // The till a command acts at, for the trail: --maquina or this till's
 // number, else the machine of --sesion or of the only open session, else 0.

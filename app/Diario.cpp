@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "app/Auditoria.h"
+#include "app/Autorizacion.h"
 #include "app/Enviador.h"
 #include "app/Salida.h"
 #include "caja/base/Conversiones.h"
@@ -262,9 +263,11 @@ void enviarAuditoria(HostSql& servidor, HostSql& diario) {
     }
     a.origen = a.hash;
     servidor.EnTransaccion([&] {
-      if (servidor.ReadScalar("SELECT id FROM hostAuditoria WHERE Origen = ?", {a.origen})
-              .isEmpty())
-        anotar(servidor, a);
+      if (!servidor.ReadScalar("SELECT id FROM hostAuditoria WHERE Origen = ?", {a.origen})
+               .isEmpty())
+        return;
+      anotar(servidor, a);
+      contarEnServidor(servidor, a);
     });
     diario.ExecuteSQL("INSERT INTO hostAuditoriaEnviada (id) VALUES (?)", {fila});
   }
@@ -393,10 +396,12 @@ void copiarReferencias(HostSql& servidor, HostSql& diario) {
     lecturas.push_back(lecturaDe(t));
     tablas.push_back(t);
   }
+  lecturas.push_back(lecturaDe("hostIntentos"));
   const auto filas = servidor.LeerJuntas(lecturas);
   std::vector<Copia> copias, cajas;
   for (std::size_t i = 0; i < tablas.size(); ++i)
     (i + 2 < tablas.size() ? copias : cajas).push_back({tablaDelEsquema(tablas[i]), filas[i]});
+  auto& intentos = *filas.back();
   // The journal is written only once all is read, in one short local
   // transaction: a sale at the till never waits on the link for its lock.
   diario.EnTransaccion([&] {
@@ -410,6 +415,14 @@ void copiarReferencias(HostSql& servidor, HostSql& diario) {
       for (const Copia& c : cajas)
         escribir(diario, c);
     }
+    // A lockout on the server (the shop's tills' wrong PINs add up there)
+    // holds here too; this till's own count of wrong PINs stays its own.
+    for (; !intentos.Eof(); intentos.MoveNext())
+      diario.ExecuteSQL(
+          "INSERT INTO hostIntentos (Rol, Nombre, Fallos, BloqueadoHasta) VALUES (?, ?, 0, ?) "
+          "ON CONFLICT (Rol, Nombre) DO UPDATE SET "
+          "BloqueadoHasta = MAX(BloqueadoHasta, excluded.BloqueadoHasta)",
+          {intentos.Fields(0), intentos.Fields(1), intentos.Fields(3)});
   });
 }
 

@@ -67,9 +67,12 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
   }
 
   // What the command prints on both outputs; its exit status in `estado`.
-  std::string salida(int maquina, const std::string& argumentos, int* estado = nullptr) const {
+  // `pin`, when given, is the one line the command reads.
+  std::string salida(int maquina, const std::string& argumentos, int* estado = nullptr,
+                     const std::string& pin = "") const {
     std::string texto;
-    FILE* p = popen((linea(maquina, argumentos) + " 2>&1").c_str(), "r");
+    const std::string entrada = pin.empty() ? "" : "echo " + pin + " | ";
+    FILE* p = popen((entrada + linea(maquina, argumentos) + " 2>&1").c_str(), "r");
     char buf[256];
     while (p && fgets(buf, sizeof buf, p))
       texto += buf;
@@ -284,6 +287,38 @@ TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
                                 "resuelto' AND Aprobador = 'ANA' AND MachineID = 2")),
             1);
   EXPECT_EQ(salida(2, "conflictos").find("Conflictos de esta caja: ninguno"), 0u);
+}
+
+// Wrong PINs add up across tills: three of the supervisor's at till 1 and
+// two at till 2, each refused at its till alone, reach the server with the
+// trail and lock the supervisor there; after its next copy till 1 refuses
+// the right PIN too, until the lock ends.
+TEST_F(SinConexion, WrongPinsAtSeveralTillsLockThePersonAtAll) {
+  for (int maquina : {1, 2})
+    ASSERT_EQ(caja(maquina, venta(maquina, 50)), 0);
+  const auto salidaCon = [&](int maquina, const char* pin) {
+    return caja(
+        maquina,
+        "salida --pago EFE=1 --motivo Banco --autoriza ANA --sesion " + std::to_string(maquina),
+        pin);
+  };
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(salidaCon(1, "000000"), 1);
+  EXPECT_EQ(caja(1, "sincronizar"), 0);
+  for (int i = 0; i < 2; ++i)
+    EXPECT_EQ(salidaCon(2, "000000"), 1);
+  EXPECT_EQ(caja(2, "sincronizar"), 0);
+  const auto db = otraConexion();
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM hostAuditoria WHERE Accion = 'bloqueo' AND "
+                                "Aprobador = 'ANA'")),
+            1);
+  EXPECT_EQ(caja(1, "sincronizar"), 0);
+  int estado = 0;
+  EXPECT_NE(
+      salida(1, "salida --pago EFE=1 --motivo Banco --autoriza ANA --sesion 1", &estado, "246802")
+          .find("está bloqueado hasta"),
+      std::string::npos);
+  EXPECT_EQ(estado, 1);
 }
 
 // The server stops while a sale is being saved (the test hook holds the save
