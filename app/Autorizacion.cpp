@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <algorithm>
+#include <cstdio>
 #include <iostream>
 
 #include <unistd.h>
@@ -222,6 +223,11 @@ void contarEnServidor(HostSql& servidor, const Asiento& a) {
   if (nombre.empty())
     return;
   if (a.accion == "pin fallido") {
+    // The till's own last allowed failure comes with its own lockout row,
+    // which locks the person on the server: nothing to count twice.
+    int n = 0, limite = 0;
+    if (std::sscanf(a.detalle.c_str(), "intento %d de %d", &n, &limite) == 2 && n >= limite)
+      return;
     const std::string hasta = contarFallo(servidor, rol, nombre);
     if (hasta.empty())
       return;
@@ -232,10 +238,10 @@ void contarEnServidor(HostSql& servidor, const Asiento& a) {
     bloqueo.detalle = "hasta " + hasta + " (PIN incorrectos en las cajas)";
     anotar(servidor, bloqueo);
   } else if (a.accion == "bloqueo" && a.detalle.rfind("hasta ", 0) == 0) {
-    // The later of the two locks holds.
+    // The later of the two locks holds, and the count starts again.
     servidor.ExecuteSQL(
         "INSERT INTO hostIntentos (Rol, Nombre, Fallos, BloqueadoHasta) VALUES (?, ?, 0, ?) "
-        "ON CONFLICT (Rol, Nombre) DO UPDATE SET BloqueadoHasta = CASE WHEN "
+        "ON CONFLICT (Rol, Nombre) DO UPDATE SET Fallos = 0, BloqueadoHasta = CASE WHEN "
         "hostIntentos.BloqueadoHasta > excluded.BloqueadoHasta THEN hostIntentos.BloqueadoHasta "
         "ELSE excluded.BloqueadoHasta END",
         {nombreRol(rol), nombre, a.detalle.substr(6, 19)});

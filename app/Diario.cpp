@@ -61,9 +61,15 @@ std::string columnasDe(const Tabla& t) {
   return columnas;
 }
 
-// The read of a whole table, its columns in the schema's order.
+// The read of a whole table on the server, its columns in the schema's
+// order; the people who may act, with their PIN hashes, through the
+// server's function, which a till's login may call and no query of its own.
 std::pair<std::string, Argumentos> lecturaDe(const char* tabla) {
   const Tabla& t = tablaDelEsquema(tabla);
+  if (t.nombre == "hostSupervisores")
+    return {"SELECT nombre, sal, hash, nivel FROM caja_personas('supervisor', NULL)", {}};
+  if (t.nombre == "hostCajeros")
+    return {"SELECT nombre, hash FROM caja_personas('cajero', NULL)", {}};
   return {"SELECT " + columnasDe(t) + " FROM " + std::string(t.nombre), {}};
 }
 

@@ -103,7 +103,8 @@ constexpr const char* kTablasDeMaquina[] = {"cvCaja",
 // rights: the till writes those tables only through them.
 constexpr const char* kFuncionesDeCaja[] = {
     "caja_recibir(text)",
-    "caja_anotar(text, integer, text, text, text, text, integer, numeric, text)"};
+    "caja_anotar(text, integer, text, text, text, text, integer, numeric, text)",
+    "caja_personas(text, text)"};
 
 }  // namespace
 
@@ -134,6 +135,10 @@ std::vector<std::string> sentenciasDeRoles() {
       // What earlier versions granted goes first.
       "REVOKE INSERT, UPDATE, DELETE, TRUNCATE ON ALL TABLES IN SCHEMA public FROM caja_caja",
       "GRANT SELECT ON ALL TABLES IN SCHEMA public TO caja_caja",
+      // The PIN hashes only through caja_personas, never by a query of its own.
+      "REVOKE SELECT ON hostSupervisores, hostCajeros FROM caja_caja",
+      "GRANT SELECT (Nombre, Nivel) ON hostSupervisores TO caja_caja",
+      "GRANT SELECT (Nombre) ON hostCajeros TO caja_caja",
       "GRANT USAGE, SELECT ON ALL SEQUENCES IN SCHEMA public TO caja_caja",
       "GRANT INSERT ON " + historia + " TO caja_caja",
       "GRANT DELETE ON " + transacciones + " TO caja_caja",

@@ -11,6 +11,7 @@
 
 #include "app/Auditoria.h"
 #include "caja/base/Conversiones.h"
+#include "caja/host/PostgresFactoria.h"
 
 namespace caja::app {
 
@@ -47,6 +48,12 @@ bool coincide(const std::string& sal, const std::string& hash, const std::string
   return crypto_pwhash_str_verify(hash.c_str(), pin.data(), pin.size()) == 0;
 }
 
+// A server keeps the PIN hashes from a till's own queries: they are read
+// through its function caja_personas.
+bool esServidor(HostSql& db) {
+  return dynamic_cast<PostgresFactoria*>(&db) != nullptr;
+}
+
 const char* tablaDe(Rol rol) {
   return rol == Rol::Cajero ? "hostCajeros" : "hostSupervisores";
 }
@@ -77,8 +84,10 @@ bool quitarCajero(HostSql& db, const std::string& nombre) {
 }
 
 std::optional<Persona> personaDe(HostSql& db, Rol rol, const std::string& nombre) {
-  auto rs = db.openrecordset("SELECT * FROM " + std::string(tablaDe(rol)) + " WHERE Nombre = ?",
-                             {nombre});
+  auto rs = esServidor(db)
+                ? db.openrecordset("SELECT * FROM caja_personas(?, ?)", {nombreRol(rol), nombre})
+                : db.openrecordset(
+                      "SELECT * FROM " + std::string(tablaDe(rol)) + " WHERE Nombre = ?", {nombre});
   if (rs->Eof())
     return std::nullopt;
   Persona p{CStr(rs->Fields("Nombre")), "", CStr(rs->Fields("Hash")), 0};
@@ -104,7 +113,9 @@ bool pinCoincide(const Persona& persona, const std::string& pin) {
 
 int nivelDePin(HostSql& db, const std::string& pin) {
   int nivel = 0;
-  auto rs = db.openrecordset("SELECT Sal, Hash, Nivel FROM hostSupervisores");
+  auto rs = esServidor(db)
+                ? db.openrecordset("SELECT sal, hash, nivel FROM caja_personas('supervisor', NULL)")
+                : db.openrecordset("SELECT Sal, Hash, Nivel FROM hostSupervisores");
   for (; !rs->Eof(); rs->MoveNext())
     if (coincide(CStr(rs->Fields("Sal")), CStr(rs->Fields("Hash")), pin))
       nivel = std::max(nivel, static_cast<int>(CLng(rs->Fields("Nivel"))));

@@ -198,6 +198,24 @@ BEGIN
   RETURN fila;
 END $$)sql";
 
+// The people who may act at a till, with their PIN hashes: what a till
+// checks a PIN against and copies to its journal, to approve offline. With
+// the roles, a till's login reads the hashes only through this function;
+// `cual` NULL for all of them, else the one of that name, compared as the
+// name column compares (letter case aside).
+constexpr const char* kPersonas =
+    R"sql(CREATE OR REPLACE FUNCTION caja_personas(quien text, cual text)
+RETURNS TABLE (nombre text, sal text, hash text, nivel integer) LANGUAGE plpgsql STABLE AS $$
+BEGIN
+  IF quien = 'supervisor' THEN
+    RETURN QUERY SELECT s.nombre::text, s.sal::text, s.hash::text, s.nivel::integer
+      FROM hostsupervisores s WHERE cual IS NULL OR s.nombre = cual;
+  ELSE
+    RETURN QUERY SELECT c.nombre::text, ''::text, c.hash::text, 0
+      FROM hostcajeros c WHERE cual IS NULL OR c.nombre = cual;
+  END IF;
+END $$)sql";
+
 // The SQL Server functions the component calls, as the server's own. Each
 // reads this session's sequences only; with none yet they answer NULL, as
 // SQL Server does.
@@ -220,6 +238,7 @@ const char* const kFunciones[] = {
     kComprobar,
     kRecibir,
     kAnotar,
+    kPersonas,
 };
 
 std::string primeraLinea(const std::string& texto) {

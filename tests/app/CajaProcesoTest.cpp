@@ -750,6 +750,7 @@ TEST_P(DiaDelReadme, RunsAsWrittenAndATillsRoleCannotRewriteHistory) {
            "'cierre', 'a', 'b')",
            "SELECT caja_anotar('', 2, 'ANA', 'JEFE', 'cierre', 'forjado', NULL, 0, '')",
            "DELETE FROM hostIntentos", "INSERT INTO hostLogins (Login, MachineID) VALUES ('x', 2)",
+           "SELECT Hash FROM hostSupervisores", "SELECT MAX(Hash) FROM hostCajeros",
            // for machine 2, and for its own machine before its last closing
            replaceAll(replaceAll(forjada, "SESION", sesion2), "MAQUINA", "2"),
            replaceAll(replaceAll(forjada, "SESION", "1"), "MAQUINA", "1")}) {
