@@ -137,34 +137,33 @@ DECLARE
 BEGIN
   IF NOT EXISTS (SELECT FROM sesionespos s WHERE s.sessionid = sesion AND s.machineid = maquina)
      AND NOT EXISTS (SELECT FROM sesionescerradas s WHERE s.sessionid = sesion AND s.machineid = maquina) THEN
-    RAISE EXCEPTION 'La sesión % no es de la máquina %', sesion, maquina USING ERRCODE = '23514';
+    RAISE EXCEPTION 'La sesión % no es de la máquina %', sesion, maquina;
   END IF;
   IF fecha > current_date + 1 THEN
-    RAISE EXCEPTION 'La fecha % es posterior a mañana', fecha USING ERRCODE = '23514';
+    RAISE EXCEPTION 'La fecha % es posterior a mañana', fecha;
   END IF;
   SELECT max(c.fecha)::date INTO cierre FROM hostcierres c WHERE c.machineid = maquina;
   IF fecha < cierre THEN
-    RAISE EXCEPTION 'La fecha % es anterior al último cierre de la máquina % (%)', fecha, maquina, cierre
-      USING ERRCODE = '23514';
+    RAISE EXCEPTION 'La fecha % es anterior al último cierre de la máquina % (%)', fecha, maquina, cierre;
   END IF;
   SELECT coalesce(sum((x.value->'fila'->>'monto')::numeric), 0) INTO lineas
     FROM jsonb_array_elements(m->'lineas') x;
   IF lineas <> coalesce((cab->>'debitos')::numeric, 0) - coalesce((cab->>'creditos')::numeric, 0) THEN
     RAISE EXCEPTION 'Las líneas suman %, y el movimiento dice % de débitos y % de créditos', lineas,
-      cab->>'debitos', cab->>'creditos' USING ERRCODE = '23514';
+      cab->>'debitos', cab->>'creditos';
   END IF;
   FOR t IN SELECT value FROM jsonb_array_elements(m->'transacciones') LOOP
     SELECT coalesce(sum((x.value->'fila'->>'monto')::numeric), 0) INTO lineas
       FROM jsonb_array_elements(m->'lineas') x WHERE x.value->'fila'->>'medio' = 'EFE';
     IF (t->'fila'->>'efectivomn')::numeric <> lineas OR (t->'fila'->>'machineid')::integer <> maquina THEN
-      RAISE EXCEPTION 'La caja no se mueve como dicen las líneas del movimiento' USING ERRCODE = '23514';
+      RAISE EXCEPTION 'La caja no se mueve como dicen las líneas del movimiento';
     END IF;
     FOR d IN SELECT value FROM jsonb_array_elements(t->'detalles') LOOP
       SELECT sum((x.value->'fila'->>'montonominal')::numeric) INTO lineas
         FROM jsonb_array_elements(m->'lineas') x WHERE x.value->'fila'->>'medio' = d->>'codigomedio';
       IF lineas IS NULL OR (lineas <> 0 AND (d->>'valornominal')::numeric <> lineas) THEN
-        RAISE EXCEPTION 'La caja no se mueve en % como dicen las líneas del movimiento', d->>'codigomedio'
-          USING ERRCODE = '23514';
+        RAISE EXCEPTION 'La caja no se mueve en % como dicen las líneas del movimiento',
+          d->>'codigomedio';
       END IF;
     END LOOP;
   END LOOP;
@@ -667,6 +666,12 @@ void PostgresFactoria::fallar(const PGresult* r, const Argumentos& args) const {
                     "Se perdió la conexión con la base de datos: " + mensaje);
   if (codigo == "23514" || codigo == "22003")
     throw errorFueraDeRango(kFuente, args);
+  // The server's own words are English; what they mean, for a till's login
+  // that its role does not let do something, is said in Spanish.
+  if (codigo == "42501" && mensaje.rfind("permission denied", 0) == 0)
+    throw CajaError(kErrorBaseDatos, kFuente,
+                    "Este usuario del servidor no tiene permiso para hacerlo (" + mensaje +
+                        "): lo hace el administrador de la tienda");
   // Another till got there first: a deadlock, a serialization failure, or the
   // same new key (an issuer) inserted by both. The wrapped save runs again.
   if (codigo == "40001" || codigo == "40P01" || codigo == "55P03" || codigo == "23505")
