@@ -306,6 +306,10 @@ struct Expr {
   std::vector<Expr> fila;      // the elements of a row value
   std::vector<Expr> factores;  // of a literal times a placeholder, the two
   std::vector<Columna> columnasFila;  // the columns of a subquery that gives a row
+  // Of an average of exact amounts, what is averaged and its scale: a
+  // product by a number then goes into the average, exact until then.
+  std::string promedioDe;
+  int promedioEscala = 0;
   bool dinero() const { return clase == Clase::Dinero; }
 };
 
@@ -510,6 +514,18 @@ std::string unir(const std::vector<Expr>& es) {
   std::string r;
   for (const Expr& e : es)
     r += (r.empty() ? "" : ", ") + e.sql;
+  return r;
+}
+
+// The server's average of `x`, exact amounts, times factor / 10^decimales,
+// in whole ten-thousandths (caja_promedio).
+Expr promedio(const std::string& x, int escala, const std::string& factor, int decimales) {
+  Expr r = dinero("caja_promedio(" + x + ", " + factor + ", " + std::to_string(decimales) + ", " +
+                  std::to_string(escala) + ")");
+  if (factor == "1" && decimales == 0) {
+    r.promedioDe = x;
+    r.promedioEscala = escala;
+  }
   return r;
 }
 
@@ -1440,6 +1456,14 @@ Expr Lector::multiplicar(Expr a, Expr b, bool marcaEsMonto) {
   }
   Expr& monto = a.dinero() ? a : b;
   Expr& factor = a.dinero() ? b : a;
+  if (!monto.promedioDe.empty() && !marcaEsMonto) {
+    if (const auto l = factor.clase == Clase::Numero ? leerLiteral(factor.sql) : std::nullopt;
+        l && cabeEnEntero64(l->digitos))
+      return promedio(monto.promedioDe, monto.promedioEscala, (l->negativo ? "-" : "") + l->digitos,
+                      l->decimales);
+    if (factor.clase == Clase::Marca)
+      return promedio(monto.promedioDe, monto.promedioEscala, aDinero(std::move(factor)).sql, 4);
+  }
   int escala = monto.escala;
   if (const auto l = factor.clase == Clase::Numero ? leerLiteral(factor.sql) : std::nullopt) {
     if (!cabeEnEntero64(l->digitos))
@@ -1662,6 +1686,10 @@ Expr Lector::funcion(const std::string& nombreFuncion) {
   };
   if (f == "count" || !conDinero) {
     r = simple(llamada(nombreFuncion));
+  } else if (f == "avg" && args.size() == 1 && distinto.empty() && !args[0].real && !es("OVER")) {
+    // As the server divides: exact, at its own scale, not in floating point.
+    comoMontos(todos(0));
+    r = promedio(args[0].sql, args[0].escala, "1", 0);
   } else if (f == "sum" || f == "abs" || f == "total" || f == "avg" || f == "min" || f == "max" ||
              f == "coalesce" || f == "ifnull" || f == "nullif" || f == "likely" ||
              f == "unlikely") {

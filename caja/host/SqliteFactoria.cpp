@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <unordered_map>
@@ -153,6 +154,112 @@ void fnEntero(sqlite3_context* ctx, int argc, sqlite3_value** argv) {
     sqlite3_result_int64(ctx, std::llround(x));
   else
     sqlite3_result_value(ctx, argv[0]);
+}
+
+// The average the server gives of amounts (numeric AVG): their sum divided
+// by their count and rounded, halves away from zero, at the scale it picks
+// for a quotient: sixteen significant digits from the quotient's first
+// base-10000 digit, and never fewer decimals than the sum has.
+// SQLite's memory for an aggregate is aligned to 8 bytes only: the sum is
+// kept as its bytes and copied in and out.
+struct Promedio {
+  unsigned char suma[sizeof(__int128)] = {};  // in units of 10^-(4 + escala)
+  std::int64_t cuenta = 0;
+  std::int64_t factor = 1;
+  int decimalesFactor = 0, escala = 0;
+};
+
+// The weight and value of the first base-10000 digit of `v` in units of
+// 10^-decimales, as the server normalises a numeric: (0, 0) for zero.
+std::pair<int, int> primerDigito(__int128 v, int decimales) {
+  if (v < 0)
+    v = -v;
+  if (v == 0)
+    return {0, 0};
+  // The fraction padded to whole base-10000 digits.
+  const int relleno = (4 - decimales % 4) % 4;
+  for (int i = 0; i < relleno; ++i)
+    v *= 10;
+  int peso = -(decimales + relleno) / 4 - 1;
+  int digito = 0;
+  for (; v != 0; v /= 10000, ++peso)
+    digito = static_cast<int>(v % 10000);
+  return {peso, digito};
+}
+
+__int128 potencia10Grande(int n) {
+  __int128 p = 1;
+  for (int i = 0; i < n; ++i)
+    p *= 10;
+  return p;
+}
+
+// a * b, false when it does not fit. By hand: a compiler's overflow check
+// of 128-bit numbers needs a runtime library that not every build links.
+bool multiplicar128(__int128 a, __int128 b, __int128& r) {
+  constexpr __int128 kMaximo = ~(static_cast<__int128>(1) << 127);
+  const __int128 ma = a < 0 ? -a : a, mb = b < 0 ? -b : b;
+  if (mb != 0 && ma > kMaximo / mb)
+    return false;
+  r = a * b;
+  return true;
+}
+
+// a / b rounded halves away from zero; b > 0.
+__int128 dividirRedondeando(__int128 a, __int128 b) {
+  const __int128 cociente = a / b, resto = a % b;
+  if (2 * (resto < 0 ? -resto : resto) >= b)
+    return cociente + (a < 0 ? -1 : 1);
+  return cociente;
+}
+
+void fnPromedioPaso(sqlite3_context* ctx, int, sqlite3_value** argv) {
+  auto* p = static_cast<Promedio*>(sqlite3_aggregate_context(ctx, sizeof(Promedio)));
+  if (!p)
+    return sqlite3_result_error_nomem(ctx);
+  p->factor = sqlite3_value_int64(argv[1]);
+  p->decimalesFactor = static_cast<int>(std::clamp<long long>(sqlite3_value_int64(argv[2]), 0, 18));
+  p->escala = static_cast<int>(escalaDe(4, argv, 3));
+  if (sqlite3_value_type(argv[0]) == SQLITE_NULL)
+    return;
+  __int128 suma = 0;
+  std::memcpy(&suma, p->suma, sizeof suma);
+  suma += sqlite3_value_int64(argv[0]);
+  std::memcpy(p->suma, &suma, sizeof suma);
+  ++p->cuenta;
+}
+
+// caja_promedio(x, factor, decimalesFactor, escala): the average the server
+// gives of the amounts x (in units of 10^-(4 + escala)) — their sum over
+// their count, rounded halves away from zero at the scale it picks for a
+// quotient: sixteen significant digits from the quotient's first base-10000
+// digit, and never fewer decimals than the sum has — times the factor
+// (factor / 10^decimalesFactor), kept exact until then, in whole
+// ten-thousandths, halves away from zero.
+void fnPromedioFinal(sqlite3_context* ctx) {
+  auto* p = static_cast<Promedio*>(sqlite3_aggregate_context(ctx, 0));
+  if (!p || p->cuenta == 0)
+    return sqlite3_result_null(ctx);
+  __int128 suma = 0;
+  std::memcpy(&suma, p->suma, sizeof suma);
+  const int decimalesSuma = 4 + p->escala;
+  const auto [pesoSuma, digitoSuma] = primerDigito(suma, decimalesSuma);
+  const auto [pesoCuenta, digitoCuenta] = primerDigito(p->cuenta, 0);
+  const int pesoCociente = pesoSuma - pesoCuenta - (digitoSuma <= digitoCuenta ? 1 : 0);
+  const int escalaCociente = std::clamp(16 - 4 * pesoCociente, decimalesSuma, 1000);
+  const int subir = escalaCociente - decimalesSuma;
+  const int bajar = escalaCociente + p->decimalesFactor - 4;
+  __int128 escalada = 0, producto = 0;
+  // Past 38 digits the quotient would not be exact here: refused as an
+  // amount out of range, as a sum past the currency's would be.
+  if (subir > 36 || bajar > 36 || !multiplicar128(suma, potencia10Grande(subir), escalada) ||
+      !multiplicar128(dividirRedondeando(escalada, p->cuenta), p->factor, producto))
+    return sqlite3_result_error(ctx, "Monto fuera del rango de la moneda", -1);
+  const __int128 diezmilesimas = dividirRedondeando(producto, potencia10Grande(bajar));
+  if (diezmilesimas > std::numeric_limits<std::int64_t>::max() ||
+      diezmilesimas < -std::numeric_limits<std::int64_t>::max())
+    return sqlite3_result_error(ctx, "Monto fuera del rango de la moneda", -1);
+  sqlite3_result_int64(ctx, static_cast<std::int64_t>(diezmilesimas));
 }
 
 // caja_redondear(x, n, escala, precision): ROUND of an amount in units of
@@ -321,7 +428,10 @@ class SqliteFactoria::Sentencia {
   }
 
   // A value the statement meets an amount with is bound in ten-thousandths;
-  // an amount anywhere else goes as its exact decimal text.
+  // an amount anywhere else meets a plain number (a count, a code), as on
+  // the server, where it is numeric: bound as one, whole units as an
+  // integer and a fraction as SQLite's own kind of number, never as text,
+  // which SQLite orders above every number.
   void enlazar(int i, const Variant& v) {
     int rc = SQLITE_OK;
     if (marcaDinero(i - 1) && !v.isEmpty() && !v.isNull()) {
@@ -348,9 +458,9 @@ class SqliteFactoria::Sentencia {
         rc = sqlite3_bind_double(st_, i, v.asDouble());
         break;
       case VarType::Currency: {
-        const std::string texto = v.asCurrency().toMachineText();
-        rc = sqlite3_bind_text(st_, i, texto.c_str(), static_cast<int>(texto.size()),
-                               SQLITE_TRANSIENT);
+        const std::int64_t raw = v.asCurrency().raw();
+        rc = raw % 10000 == 0 ? sqlite3_bind_int64(st_, i, raw / 10000)
+                              : sqlite3_bind_double(st_, i, v.asCurrency().toDouble());
         break;
       }
       case VarType::Date: {
@@ -455,6 +565,8 @@ void SqliteFactoria::abrir(const std::string& archivo) {
                             nullptr);
   }
   sqlite3_create_function(db_, "caja_redondear", 4, puras, nullptr, fnRedondear, nullptr, nullptr);
+  sqlite3_create_function(db_, "caja_promedio", 4, puras, nullptr, nullptr, fnPromedioPaso,
+                          fnPromedioFinal);
   sqlite3_update_hook(db_, anotarIdentidad, &identidades_);
   try {
     ejecutarGuion("PRAGMA journal_mode = WAL; PRAGMA foreign_keys = ON;");

@@ -278,5 +278,39 @@ TEST(Diferencial, ReportsReadTheSameOnTheFileAndOnTheServerOrAreRefused) {
   EXPECT_GT(iguales, total * 3 / 4);
 }
 
+// Statements that once read differently on the file, each kept as a row:
+// a count compared with a bound amount (bound as text, SQLite ordered it
+// above every number), and an average times a factor, which the server
+// keeps exact to sixteen digits before the product (the six amounts of
+// movement 31 average 17.2052833..., times 3 is 51.61584999... there,
+// 51.6158 read back).
+TEST(Diferencial, StatementsThatOnceDifferedReadTheSame) {
+  test::ConBase archivo(test::Motor::Sqlite);
+  test::ConBase servidor(test::Motor::Postgres);
+  if (!servidor.db)
+    GTEST_SKIP() << "sin servidor PostgreSQL de prueba (CAJA_PRUEBA_PG)";
+  for (HostSql* db : {archivo.db.get(), servidor.db.get()}) {
+    sembrar(*db, 7);
+    db->ExecuteSQL("INSERT INTO MovimientosCaja (Debitos, Creditos) VALUES (0, 0)");
+    for (const char* nominal : {"17.2052", "17.2052", "17.2052", "17.2052", "17.2052", "17.2057"})
+      db->ExecuteSQL(
+          "INSERT INTO DetallesVarelta (TransID, Medio, Monto, MontoNominal) VALUES (31, 'USD', "
+          "?, ?)",
+          {cur(nominal), cur(nominal)});
+  }
+  const Generador::Sentencia casos[] = {
+      {"SELECT COUNT(*) FROM DetallesVarelta HAVING COUNT(*) > ?", {cur("0")}},
+      {"SELECT COUNT(*) FROM DetallesVarelta HAVING COUNT(*) > ?", {cur("1000.5")}},
+      {"SELECT COUNT(*) FROM DetallesVarelta WHERE TransID < ?", {cur("2.5")}},
+      {"SELECT AVG(MontoNominal) * 3 FROM DetallesVarelta WHERE TransID = 31", {}},
+      {"SELECT 3 * AVG(MontoNominal) FROM DetallesVarelta WHERE TransID = 31", {}},
+  };
+  for (const auto& c : casos) {
+    SCOPED_TRACE(c.sql);
+    EXPECT_EQ(filas(*archivo.db, c), filas(*servidor.db, c));
+  }
+  EXPECT_EQ(filas(*servidor.db, casos[3]), std::multiset<std::string>{"moneda 51.6158; "});
+}
+
 }  // namespace
 }  // namespace caja
