@@ -45,11 +45,25 @@ namespace {
 
 constexpr std::string_view kIdentidad = "@@identity";
 
-// Length of the quoted text or comment starting at `i`, or 0 when none starts there.
+}  // namespace
+
 std::size_t largoIntocable(std::string_view sql, std::size_t i) {
   const char c = sql[i];
-  if (c == '\'' || c == '"') {
-    const std::size_t cierre = sql.find(c, i + 1);
+  if (c == '\'') {
+    // A doubled quote is one quote inside the literal.
+    std::size_t fin = i + 1;
+    for (; fin < sql.size(); ++fin) {
+      if (sql[fin] != '\'')
+        continue;
+      if (fin + 1 < sql.size() && sql[fin + 1] == '\'')
+        ++fin;
+      else
+        return fin + 1 - i;
+    }
+    return sql.size() - i;
+  }
+  if (c == '"' || c == '`' || c == '[') {
+    const std::size_t cierre = sql.find(c == '[' ? ']' : c, i + 1);
     return (cierre == std::string_view::npos ? sql.size() : cierre + 1) - i;
   }
   if (sql.substr(i, 2) == "--") {
@@ -65,6 +79,8 @@ std::size_t largoIntocable(std::string_view sql, std::size_t i) {
     return 2;
   return 0;
 }
+
+namespace {
 
 bool letraDeNombre(char c) {
   const auto u = static_cast<unsigned char>(c);

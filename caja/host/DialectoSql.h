@@ -88,6 +88,13 @@ class CAJA_INTERNO NumeracionMarcas {
   std::vector<std::pair<std::string, int>> nombres_;
 };
 
+// Length of what no placeholder is read inside, starting at `i`: a string
+// literal ('it''s'), a quoted name ("a", `a` or [a]), a comment, or the
+// server's cast "::"; 0 when none starts there. The dialect's translation
+// and the money reader both scan with it, so that they number the same
+// placeholders.
+CAJA_INTERNO std::size_t largoIntocable(std::string_view sql, std::size_t i);
+
 // Length of the placeholder that starts at `i` ('?', '?NNN', ':name', '@name',
 // '$name'), or 0 when none does.
 CAJA_INTERNO std::size_t largoMarca(std::string_view sql, std::size_t i);

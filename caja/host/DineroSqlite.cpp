@@ -50,18 +50,6 @@ bool parteNombre(unsigned char c) {
   return std::isalnum(c) || c == '_' || c == '$' || c >= 0x80;
 }
 
-std::size_t finCadena(std::string_view s, std::size_t i) {
-  for (++i; i < s.size(); ++i) {
-    if (s[i] != '\'')
-      continue;
-    if (i + 1 < s.size() && s[i + 1] == '\'')
-      ++i;
-    else
-      return i + 1;
-  }
-  return s.size();
-}
-
 std::size_t finNumero(std::string_view s, std::size_t i) {
   auto digitos = [&] {
     while (i < s.size() && std::isdigit(static_cast<unsigned char>(s[i])))
@@ -96,20 +84,13 @@ std::vector<Token> leerTokens(std::string_view s) {
     if (std::isspace(c)) {
       ++i;
       continue;
-    } else if (s.substr(i, 2) == "--") {
-      i = std::min(s.find('\n', i), s.size());
-      continue;
-    } else if (s.substr(i, 2) == "/*") {
-      const std::size_t fin = s.find("*/", i + 2);
-      i = fin == npos ? s.size() : fin + 2;
-      continue;
-    } else if (c == '\'') {
-      tipo = Tok::Cadena;
-      i = finCadena(s, i);
-    } else if (c == '"' || c == '`' || c == '[') {
-      tipo = Tok::NombreCitado;
-      const std::size_t fin = s.find(c == '[' ? ']' : static_cast<char>(c), i + 1);
-      i = fin == npos ? s.size() : fin + 1;
+    } else if (const std::size_t n = s.substr(i, 2) == "::" ? 0 : largoIntocable(s, i)) {
+      // The dialect's scanner: literals, quoted names and comments end
+      // where it ends them.
+      i += n;
+      if (c == '-' || c == '/')
+        continue;
+      tipo = c == '\'' ? Tok::Cadena : Tok::NombreCitado;
     } else if (std::isdigit(c) || (c == '.' && i + 1 < s.size() &&
                                    std::isdigit(static_cast<unsigned char>(s[i + 1])))) {
       tipo = Tok::Numero;

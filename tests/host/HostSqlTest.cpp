@@ -171,6 +171,9 @@ TEST(DialectoSql, MapsIdentityAndNumbersMarkersOutsideLiterals) {
       {"SELECT 'it''s ?', \"?\" -- ?\n, ?", "SELECT 'it''s ?', \"?\" -- ?\n, ?",
        "SELECT 'it''s ?', \"?\" -- ?\n, $1", 1},
       {"SELECT '@@IDENTITY", "SELECT '@@IDENTITY", "SELECT '@@IDENTITY", 0},
+      // Names quoted as SQLite also quotes them hold no placeholder either.
+      {"SELECT [a?], `b?` WHERE x > ?", "SELECT [a?], `b?` WHERE x > ?",
+       "SELECT [a?], `b?` WHERE x > $1", 1},
   };
   for (const Caso& c : casos) {
     SCOPED_TRACE(c.sql);
