@@ -17,6 +17,7 @@
 #include "caja/base/Texto.h"
 #include "caja/drawer/SaldoCaja.h"
 #include "caja/drawer/TransaccionEfectivo.h"
+#include "caja/host/PostgresFactoria.h"
 #include "caja/movement/CVarelta.h"
 #include "caja/service/General.h"
 #include "caja/service/HostUtil.h"
@@ -381,6 +382,13 @@ int anular(Contexto& c) {
       throw Rechazo("El movimiento " + std::to_string(numero) + " ya fue anulado el " +
                     NzFecha(previa->Fields("Fecha")).toIsoText() + " por " +
                     NzTexto(previa->Fields("Operador")));
+    // On a server the void is the server's function's: a till's login
+    // moves no drawer and writes no void itself.
+    if (dynamic_cast<PostgresFactoria*>(c.db.get())) {
+      c.db->ReadScalar("SELECT caja_anular(?, ?, ?, ?)",
+                       {numero, a.cajero, a.aprobador, a.detalle});
+      return;
+    }
     TransaccionEfectivo t;
     if (t.loadFromTransid(origenTransaccionEfectivo::OTE_MOVCAJA, numero))
       t.revertir();

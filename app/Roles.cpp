@@ -104,23 +104,22 @@ constexpr const char* kTablasDeMaquina[] = {"cvCaja",
 constexpr const char* kFuncionesDeCaja[] = {
     "caja_recibir(text)",
     "caja_anotar(text, integer, text, text, text, text, integer, numeric, text)",
-    "caja_personas(text, text)"};
+    "caja_personas(text, text)", "caja_anular(integer, text, text, text)"};
 
 }  // namespace
 
 std::vector<std::string> sentenciasDeRoles() {
-  // A movement with all of it, its key and the trail are written only by the
-  // server's functions (kFuncionesDeCaja): nothing of them is granted.
-  // Written once, then only read: sessions closed, voids, closings, the log.
+  // A movement with all of it, its key, its void (which takes its drawer
+  // transaction back and moves the drawer), the drawers and the trail are
+  // written only by the server's functions (kFuncionesDeCaja): nothing of
+  // them is granted.
+  // Written once, then only read: sessions closed, closings, the log.
   const std::string historia =
-      lista({"SesionesCerradas", "hostLog", "hostAnulaciones", "hostCierres", "hostCierreDetalles",
+      lista({"SesionesCerradas", "hostLog", "hostCierres", "hostCierreDetalles",
              "hostCierreDenominaciones", "hostCierreTipos"});
-  // A void takes its movement's drawer transaction back, as the component
-  // does; the movement, its lines and the void itself stay.
-  const std::string transacciones = lista({"transaccionesEfectivo", "transaccionEfectivoDetalles"});
-  // The till's running state: drawers, open sessions and parked lines.
-  const std::string estado = lista({"cvCaja", "cvCajaDetalles", "SesionesPOS", "saveMovsCaja",
-                                    "saveDetallesCaja", "saveDenominaciones"});
+  // The till's running state: open sessions and parked lines.
+  const std::string estado =
+      lista({"SesionesPOS", "saveMovsCaja", "saveDetallesCaja", "saveDenominaciones"});
   const std::string administracion =
       lista({"MediosPago", "hostEmpresa", "hostEntidades", "hostCajeros", "hostSupervisores",
              "generalEmisores", "parametrosEmpresa", "hostIntentos", "hostLogins"});
@@ -141,7 +140,6 @@ std::vector<std::string> sentenciasDeRoles() {
       "GRANT SELECT (Nombre) ON hostCajeros TO caja_caja",
       "GRANT USAGE, SELECT ON ALL SEQUENCES IN SCHEMA public TO caja_caja",
       "GRANT INSERT ON " + historia + " TO caja_caja",
-      "GRANT DELETE ON " + transacciones + " TO caja_caja",
       "GRANT INSERT, UPDATE, DELETE ON " + estado + " TO caja_caja",
       // Wrong PINs are counted and set back, never deleted.
       "GRANT INSERT, UPDATE ON hostIntentos TO caja_caja",

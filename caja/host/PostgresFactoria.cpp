@@ -197,6 +197,38 @@ BEGIN
   RETURN fila;
 END $$)sql";
 
+// A void on the server, in one call: the movement's drawer transaction
+// taken back from its drawer and deleted, as the component's void does, the
+// void recorded and its row of the trail appended (caja_anotar). A movement
+// voided already, or not there, is refused.
+constexpr const char* kAnular = R"sql(CREATE OR REPLACE FUNCTION caja_anular(numero integer,
+  cajero text, aprobador text, motivo text) RETURNS void LANGUAGE plpgsql AS $$
+DECLARE
+  maquina integer; monto numeric; t record;
+BEGIN
+  SELECT m.machineid, m.debitos - m.creditos INTO maquina, monto FROM movimientoscaja m
+   WHERE m.transid = numero FOR UPDATE;
+  IF NOT FOUND THEN
+    RAISE EXCEPTION 'Movimiento % no encontrado', numero;
+  END IF;
+  IF EXISTS (SELECT FROM hostanulaciones a WHERE a.transid = numero) THEN
+    RAISE EXCEPTION 'El movimiento % ya fue anulado', numero;
+  END IF;
+  FOR t IN SELECT * FROM transaccionesefectivo te WHERE te.tipotrans = 0 AND te.idorigen = numero LOOP
+    UPDATE cvcaja SET efectivomn = efectivomn - t.efectivomn WHERE machineid = t.machineid;
+    UPDATE cvcajadetalles c SET valormn = c.valormn - d.valormn,
+           valornominal = c.valornominal - d.valornominal
+      FROM transaccionefectivodetalles d, cvcaja v
+     WHERE d.transid = t.id AND v.machineid = t.machineid AND c.idcec = v.id
+       AND c.codigomedio = d.codigomedio;
+    DELETE FROM transaccionefectivodetalles WHERE transid = t.id;
+    DELETE FROM transaccionesefectivo WHERE id = t.id;
+  END LOOP;
+  INSERT INTO hostanulaciones (transid, fecha, operador, motivo)
+  VALUES (numero, getdate(), cajero, motivo);
+  PERFORM caja_anotar('', maquina, cajero, aprobador, 'anulacion', motivo, numero, monto, '');
+END $$)sql";
+
 // The people who may act at a till, with their PIN hashes: what a till
 // checks a PIN against and copies to its journal, to approve offline. With
 // the roles, a till's login reads the hashes only through this function;
@@ -237,6 +269,7 @@ const char* const kFunciones[] = {
     kComprobar,
     kRecibir,
     kAnotar,
+    kAnular,
     kPersonas,
 };
 
