@@ -404,9 +404,52 @@ int anular(Contexto& c) {
 
 namespace {
 
+// A list of rows as the server's functions take them: JSON objects by the
+// table's column names, amounts as their exact text.
+template <class T, class F>
+std::string filasJson(const std::vector<T>& lista, F fila) {
+  std::string texto;
+  for (const T& x : lista)
+    texto += (texto.empty() ? "{" : ",{") + fila(x) + "}";
+  return "[" + texto + "]";
+}
+
+std::string campo(const char* nombre, const std::string& valor, bool ultimo = false) {
+  return "\"" + std::string(nombre) + "\":" + valor + (ultimo ? "" : ",");
+}
+
+// On a server the closing is the server's function's, in one call: a till's
+// login writes no closing itself.
+void registrarEnServidor(Contexto& c, Cierre& registro, const Asiento& a) {
+  const std::string lineas = filasJson(registro.lineas, [](const LineaCierre& l) {
+    return campo("codigomedio", json(l.medio)) + campo("esperadomn", l.esperadoMN.toMachineText()) +
+           campo("esperadonominal", l.esperadoNominal.toMachineText()) +
+           campo("tipocambio", textoDeTasa(l.tipoCambio)) +
+           campo("contado", l.contado.toMachineText()) +
+           campo("diferencia", l.diferencia.toMachineText(), true);
+  });
+  const std::string denominaciones = filasJson(registro.denominaciones, [](const Denominacion& d) {
+    return campo("codigomedio", json(d.medio)) + campo("valor", d.valor.toMachineText()) +
+           campo("cantidad", std::to_string(d.cantidad), true);
+  });
+  const std::string tipos = filasJson(registro.porTipo, [](const MontoMedio& t) {
+    return campo("tipo", json(t.tipo)) + campo("codigomedio", json(t.medio)) +
+           campo("montomn", t.montoMN.toMachineText()) +
+           campo("montonominal", t.montoNominal.toMachineText(), true);
+  });
+  c.db->EnTransaccion([&] {
+    registro.id =
+        CLng(c.db->ReadScalar("SELECT caja_cerrar(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+                              {registro.maquina, registro.fecha, registro.operador, lineas,
+                               denominaciones, tipos, a.aprobador, a.accion, a.detalle, a.monto}));
+  });
+}
+
 // Records the closing, its count note by note, what made up its expected
 // amounts and its row of the trail, which names it.
 void registrar(Contexto& c, Cierre& registro, Asiento a) {
+  if (dynamic_cast<PostgresFactoria*>(c.db.get()))
+    return registrarEnServidor(c, registro, a);
   c.db->EnTransaccion([&] {
     c.db->ExecuteSQL("INSERT INTO hostCierres (MachineID, Fecha, Operador) VALUES (?, ?, ?)",
                      {registro.maquina, registro.fecha, registro.operador});

@@ -104,19 +104,19 @@ constexpr const char* kTablasDeMaquina[] = {"cvCaja",
 constexpr const char* kFuncionesDeCaja[] = {
     "caja_recibir(text)",
     "caja_anotar(text, integer, text, text, text, text, integer, numeric, text)",
-    "caja_personas(text, text)", "caja_anular(integer, text, text, text)"};
+    "caja_personas(text, text)", "caja_anular(integer, text, text, text)",
+    "caja_cerrar(integer, timestamp, text, text, text, text, text, text, text, numeric)"};
 
 }  // namespace
 
 std::vector<std::string> sentenciasDeRoles() {
   // A movement with all of it, its key, its void (which takes its drawer
-  // transaction back and moves the drawer), the drawers and the trail are
-  // written only by the server's functions (kFuncionesDeCaja): nothing of
-  // them is granted.
-  // Written once, then only read: sessions closed, closings, the log.
-  const std::string historia =
-      lista({"SesionesCerradas", "hostLog", "hostCierres", "hostCierreDetalles",
-             "hostCierreDenominaciones", "hostCierreTipos"});
+  // transaction back and moves the drawer), the drawers, closings and the
+  // trail are written only by the server's functions (kFuncionesDeCaja):
+  // nothing of them is granted.
+  // Written once, then only read: sessions closed and the log. A closing
+  // is caja_cerrar's.
+  const std::string historia = lista({"SesionesCerradas", "hostLog"});
   // The till's running state: open sessions and parked lines.
   const std::string estado =
       lista({"SesionesPOS", "saveMovsCaja", "saveDetallesCaja", "saveDenominaciones"});

@@ -229,6 +229,33 @@ BEGIN
   PERFORM caja_anotar('', maquina, cajero, aprobador, 'anulacion', motivo, numero, monto, '');
 END $$)sql";
 
+// A closing on the server, in one call: its header, its count per method,
+// note by note and per kind of movement (JSON arrays of rows by column
+// name, amounts as exact text), and its row of the trail, which names it.
+// Its number is answered.
+constexpr const char* kCerrar = R"sql(CREATE OR REPLACE FUNCTION caja_cerrar(maquina integer,
+  fecha timestamp, operador text, lineas text, denominaciones text, tipos text, aprobador text,
+  accion text, detalle text, monto numeric) RETURNS integer LANGUAGE plpgsql AS $$
+DECLARE
+  cierre integer;
+BEGIN
+  INSERT INTO hostcierres (machineid, fecha, operador) VALUES (maquina, fecha, operador)
+    RETURNING id INTO cierre;
+  INSERT INTO hostcierredetalles
+    SELECT r.* FROM jsonb_array_elements(lineas::jsonb) x,
+      jsonb_populate_record(NULL::hostcierredetalles, x.value || jsonb_build_object('idcierre', cierre)) r;
+  INSERT INTO hostcierredenominaciones
+    SELECT r.* FROM jsonb_array_elements(denominaciones::jsonb) x,
+      jsonb_populate_record(NULL::hostcierredenominaciones,
+                            x.value || jsonb_build_object('idcierre', cierre)) r;
+  INSERT INTO hostcierretipos
+    SELECT r.* FROM jsonb_array_elements(tipos::jsonb) x,
+      jsonb_populate_record(NULL::hostcierretipos, x.value || jsonb_build_object('idcierre', cierre)) r;
+  PERFORM caja_anotar('', maquina, operador, aprobador, accion,
+                      'cierre ' || cierre || '; ' || detalle, NULL, monto, '');
+  RETURN cierre;
+END $$)sql";
+
 // The people who may act at a till, with their PIN hashes: what a till
 // checks a PIN against and copies to its journal, to approve offline. With
 // the roles, a till's login reads the hashes only through this function;
@@ -270,6 +297,7 @@ const char* const kFunciones[] = {
     kRecibir,
     kAnotar,
     kAnular,
+    kCerrar,
     kPersonas,
 };
 

@@ -751,6 +751,9 @@ TEST_P(DiaDelReadme, RunsAsWrittenAndATillsRoleCannotRewriteHistory) {
            "SELECT caja_anotar('', 2, 'ANA', 'JEFE', 'cierre', 'forjado', NULL, 0, '')",
            "DELETE FROM hostIntentos", "INSERT INTO hostLogins (Login, MachineID) VALUES ('x', 2)",
            "SELECT Hash FROM hostSupervisores", "SELECT MAX(Hash) FROM hostCajeros",
+           "INSERT INTO hostCierres (MachineID, Fecha, Operador) VALUES (1, getdate(), 'X')",
+           "UPDATE cvCaja SET efectivoMN = 0 WHERE MachineID = 1",
+           "DELETE FROM SesionesPOS WHERE MachineID = 2",
            // for machine 2, and for its own machine before its last closing
            replaceAll(replaceAll(forjada, "SESION", sesion2), "MAQUINA", "2"),
            replaceAll(replaceAll(forjada, "SESION", "1"), "MAQUINA", "1")}) {
