@@ -15,6 +15,7 @@
 #include "app/EstaCaja.h"
 #include "app/Impresos.h"
 #include "app/Informe.h"
+#include "app/Politica.h"
 #include "app/Roles.h"
 #include "app/Salida.h"
 #include "app/Supervisores.h"

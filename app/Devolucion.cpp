@@ -72,8 +72,6 @@ CobroDocumento cobroDe(HostSql& db, const std::string& tipo, std::int32_t numero
   return k;
 }
 
-namespace {
-
 void sumar(CobroDocumento& a, const CobroDocumento& b) {
   a.cobrado = a.cobrado || b.cobrado;
   a.total += b.total;
@@ -82,27 +80,6 @@ void sumar(CobroDocumento& a, const CobroDocumento& b) {
     a.pagado[m] += v;
   for (const auto& [m, v] : b.dado)
     a.dado[m] += v;
-}
-
-}  // namespace
-
-CobroDocumento cobroParaDevolver(Contexto& c, const std::string& tipo, std::int32_t numero) {
-  if (!c.enDiario || !c.conServidor)
-    return cobroDe(*c.db, tipo, numero);
-  try {
-    CobroDocumento k = cobroDe(*PostgresFactoria::Conectar(*c.args.valor("db")), tipo, numero);
-    sumar(k, cobroDe(*c.db, tipo, numero, true));
-    return k;
-  } catch (const CajaError& e) {
-    if (e.number() != kErrorConexion)
-      throw;
-  }
-  CobroDocumento k = cobroDe(*c.db, tipo, numero);
-  if (!k.cobrado && !cobradoSegunDiario(*c.db, tipo, numero).empty()) {
-    k.cobrado = true;
-    k.montosConocidos = false;
-  }
-  return k;
 }
 
 void exigirDevolucionCubierta(const CobroDocumento& cobro, const std::string& documento,

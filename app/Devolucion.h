@@ -24,12 +24,8 @@ struct CobroDocumento {
 CobroDocumento cobroDe(HostSql& db, const std::string& tipo, std::int32_t numero,
                        bool soloSinEnviar = false);
 
-struct Contexto;
-// Where the command runs. A till on a server asks the server, which has
-// every till's sales, and adds what waits in its journal; away from the
-// server it goes by its journal, where a document known charged only from
-// the server's copy has no amounts to check against.
-CobroDocumento cobroParaDevolver(Contexto& c, const std::string& tipo, std::int32_t numero);
+// Adds what `b` saw of a document to `a`.
+void sumar(CobroDocumento& a, const CobroDocumento& b);
 
 // Refuses (Rechazo) a refund of `total`, handing back `porMedio` (own
 // currency, positive), that the document never charged, or that would take

@@ -5,6 +5,7 @@
 #include <limits>
 #include <map>
 
+#include "app/Devolucion.h"
 #include "app/Diario.h"
 #include "app/Enviador.h"
 #include "app/Salida.h"
@@ -159,6 +160,25 @@ std::string cierreSinServidor() {
 }
 
 }  // namespace
+
+CobroDocumento cobroParaDevolver(Contexto& c, const std::string& tipo, std::int32_t numero) {
+  if (!c.enDiario || !c.conServidor)
+    return cobroDe(*c.db, tipo, numero);
+  try {
+    CobroDocumento k = cobroDe(*PostgresFactoria::Conectar(*c.args.valor("db")), tipo, numero);
+    sumar(k, cobroDe(*c.db, tipo, numero, true));
+    return k;
+  } catch (const CajaError& e) {
+    if (e.number() != kErrorConexion)
+      throw;
+  }
+  CobroDocumento k = cobroDe(*c.db, tipo, numero);
+  if (!k.cobrado && !cobradoSegunDiario(*c.db, tipo, numero).empty()) {
+    k.cobrado = true;
+    k.montosConocidos = false;
+  }
+  return k;
+}
 
 void PoliticaCaja::abrir(Contexto& c) {
   const auto uri = c.args.valor("db");

@@ -24,6 +24,14 @@ namespace caja::app {
 // command the journal, every other command the server, or the journal when
 // a read finds the server away. The sender reaches the server itself and
 // reads the journal with plain SQL.
+struct CobroDocumento;
+// What a document's sales charged and its refunds gave back, for a refund:
+// where the command runs, or, at a till on a server, the server's (which
+// has every till's sales) and what waits in the journal; away from the
+// server the journal's, where a document known charged only from the
+// server's copy has no amounts to check against.
+CobroDocumento cobroParaDevolver(Contexto& c, const std::string& tipo, std::int32_t numero);
+
 class PoliticaCaja {
  public:
   // Opens the host the command works on into `c.db`.
