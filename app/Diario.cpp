@@ -282,22 +282,30 @@ void enviarAuditoria(HostSql& servidor, HostSql& diario) {
 // Keeps each conflict of the run in the journal, once per movement and
 // kind, with a row of the journal's trail, which reaches the server's with
 // the rest: what went wrong is heard of, at the till and in the shop.
+// Keeps a conflict in the journal once per movement and kind: whether it
+// is new.
+bool guardarConflicto(HostSql& diario, const char* clase, const Aviso& aviso) {
+  if (!diario
+           .ReadScalar("SELECT id FROM hostConflictos WHERE Clave = ? AND Clase = ?",
+                       {aviso.clave, clase})
+           .isEmpty())
+    return false;
+  diario.ExecuteSQL(
+      "INSERT INTO hostConflictos (Fecha, Clave, Clase, NumeroLocal, MachineID, Detalle) "
+      "VALUES (?, ?, ?, ?, ?, ?)",
+      {Fecha::now().toIsoText(), aviso.clave, clase, aviso.numeroLocal, aviso.maquina,
+       aviso.texto});
+  return true;
+}
+
 void guardarConflictos(HostSql& diario, const Envio& envio) {
   const std::pair<const char*, const std::vector<Aviso>*> clases[] = {
       {"documento", &envio.conflictos}, {"rechazo", &envio.fallidos}};
   diario.EnTransaccion([&] {
     for (const auto& [clase, avisos] : clases)
       for (const Aviso& aviso : *avisos) {
-        if (!diario
-                 .ReadScalar("SELECT id FROM hostConflictos WHERE Clave = ? AND Clase = ?",
-                             {aviso.clave, clase})
-                 .isEmpty())
+        if (!guardarConflicto(diario, clase, aviso))
           continue;
-        diario.ExecuteSQL(
-            "INSERT INTO hostConflictos (Fecha, Clave, Clase, NumeroLocal, MachineID, Detalle) "
-            "VALUES (?, ?, ?, ?, ?, ?)",
-            {Fecha::now().toIsoText(), aviso.clave, clase, aviso.numeroLocal, aviso.maquina,
-             aviso.texto});
         Asiento a;
         a.maquina = aviso.maquina;
         a.accion = "conflicto";
@@ -305,6 +313,35 @@ void guardarConflictos(HostSql& diario, const Envio& envio) {
         anotar(diario, a);
       }
   });
+}
+
+// A document this till charged that the server's copy shows charged at
+// another till too: the till that sent its sale first hears of it as well,
+// once its copy has both. The trail has it already, from the other till.
+void conflictosDeLaCopia(HostSql& diario) {
+  auto rs = diario.openrecordset(
+      "SELECT K.Clave, K.TransID, D.machineID, D.TipoDocumento, D.NumeroDocumento FROM "
+      "hostDocumentosCobrados D INNER JOIN hostClaves K ON K.TransIDServidor = D.TransID WHERE "
+      "EXISTS (SELECT 1 FROM hostDocumentosCobrados O WHERE O.TipoDocumento = D.TipoDocumento "
+      "AND O.NumeroDocumento = D.NumeroDocumento AND O.machineID <> D.machineID)");
+  for (; !rs->Eof(); rs->MoveNext()) {
+    const std::string tipo = NzTexto(rs->Fields(3));
+    const std::int32_t numero = NzLong(rs->Fields(4));
+    std::vector<std::string> movimientos;
+    for (auto todos = diario.openrecordset(
+             "SELECT TransID, machineID FROM hostDocumentosCobrados WHERE TipoDocumento = ? AND "
+             "NumeroDocumento = ? ORDER BY TransID",
+             {tipo, numero});
+         !todos->Eof(); todos->MoveNext())
+      movimientos.push_back(enCaja(NzLong(todos->Fields(0)), NzLong(todos->Fields(1))));
+    std::string lista;
+    for (std::size_t i = 0; i < movimientos.size(); ++i)
+      lista += (i == 0 ? "" : i + 1 == movimientos.size() ? " y " : ", ") + movimientos[i];
+    guardarConflicto(diario, "documento",
+                     {NzTexto(rs->Fields(0)), NzLong(rs->Fields(1)), NzLong(rs->Fields(2)),
+                      "El documento " + tipo + " " + std::to_string(numero) +
+                          " se cobró en más de una caja: movimientos " + lista});
+  }
 }
 
 // What the till sent is kept in the journal for "DiasEnviados" days (section
@@ -421,6 +458,7 @@ void copiarReferencias(HostSql& servidor, HostSql& diario) {
       for (const Copia& c : cajas)
         escribir(diario, c);
     }
+    conflictosDeLaCopia(diario);
     // A lockout on the server (the shop's tills' wrong PINs add up there)
     // holds here too; this till's own count of wrong PINs stays its own.
     for (; !intentos.Eof(); intentos.MoveNext())

@@ -278,6 +278,14 @@ TEST_F(SinConexion, ADocumentChargedAtTwoTillsIsKeptAtBothAndNamed) {
     return CLng(db->ReadScalar("SELECT COUNT(*) FROM hostAuditoria WHERE Accion = 'conflicto'"));
   };
   EXPECT_EQ(conflictos(), 1);
+  // Till 1, which sent its sale first, hears of it once its copy has both.
+  salida(1, "sincronizar", &estado);
+  EXPECT_EQ(estado, 1);
+  EXPECT_NE(salida(1, "pendientes")
+                .find("El documento FAC 77 se cobró en más de una caja: "
+                      "movimientos 3 (máquina 1) y 4 (máquina 2)"),
+            std::string::npos);
+  EXPECT_EQ(conflictos(), 1);
   EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "1111"), 1);
   EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "246802"), 0);
   EXPECT_EQ(caja(2, "conflictos --resolver 1 --autoriza ANA", "246802"), 1);
