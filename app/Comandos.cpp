@@ -938,7 +938,9 @@ const std::vector<Comando>& comandos() {
          {"direccion", "TEXTO", "la dirección fiscal"},
          {"especial", nullptr, "es contribuyente especial: cobra IGTF"},
          {"no-especial", nullptr, "no es contribuyente especial"},
-         {"igtf", "PORCENTAJE", "el porcentaje de IGTF, de 0 a 100 (3 es el 3 %)"},
+         {"igtf", "PORCENTAJE",
+          "el porcentaje de IGTF, de 0 a 100 (3 es el 3 %); uno mayor que 0 la hace "
+          "contribuyente especial, salvo --no-especial"},
          kAutoriza}},
        empresa},
       {{"tasa", "[VALOR]", "muestra o fija la tasa de cambio de la caja", {}, 0, 1}, tasa},

@@ -1,7 +1,6 @@
 #include "app/Empresa.h"
 
 #include <charconv>
-#include <iostream>
 #include <optional>
 
 #include "app/Auditoria.h"
@@ -62,6 +61,12 @@ Cambio cambioDe(Contexto& c, const DatosEmpresa& actual) {
       k.detalle += (k.detalle.empty() ? "" : "; ") + std::string("igtf: ") +
                    textoDeTasa(k.nueva.igtf) + " -> " + textoDeTasa(p);
     k.nueva.igtf = p;
+    // Only a special taxpayer charges IGTF: a shop that sets a percentage
+    // means to charge it, unless it says --no-especial.
+    if (p > 0 && !k.nueva.especial && !c.args.bandera("no-especial")) {
+      k.detalle += "; especial: no -> sí";
+      k.nueva.especial = true;
+    }
   }
   return k;
 }
@@ -127,9 +132,6 @@ int empresa(Contexto& c) {
     anotar(*c.db, a);
   });
   salida.empresa(k.nueva);
-  if (k.nueva.igtf > 0 && !k.nueva.especial)
-    std::cerr << "El IGTF se cobra solo si la empresa es contribuyente especial (--especial)"
-              << std::endl;
   return kExito;
 }
 
