@@ -41,6 +41,12 @@ std::string codigoDe(std::string codigo, const char* opcion) {
   return medio->codigo;
 }
 
+// A server, where the program's own writes of the till's day go through
+// the server's functions.
+bool enServidor(Contexto& c) {
+  return dynamic_cast<PostgresFactoria*>(c.db.get()) != nullptr;
+}
+
 std::vector<SesionAbierta> sesionesAbiertas(Contexto& c) {
   std::vector<SesionAbierta> lista;
   auto rs = c.db->openrecordset("SELECT * FROM SesionesPOS ORDER BY SessionID");
@@ -55,17 +61,27 @@ int abrirSesion(Contexto& c) {
   const std::string cajero = cajeroDe(c);
   std::int32_t nueva = 0;
   c.db->EnTransaccion([&] {
-    const Variant abierta =
-        c.db->ReadScalar("SELECT SessionID FROM SesionesPOS WHERE MachineID = ?", {m});
-    if (!abierta.isEmpty())
+    // On a server the server's function opens it: a till's login writes
+    // no session itself.
+    if (enServidor(c)) {
+      nueva = CLng(c.db->ReadScalar("SELECT caja_abrir_sesion(?, ?)", {m, cajero}));
+    } else {
+      const Variant abierta =
+          c.db->ReadScalar("SELECT SessionID FROM SesionesPOS WHERE MachineID = ?", {m});
+      nueva = abierta.isEmpty()
+                  ? 1 + std::max(
+                            NzLong(c.db->ReadScalar("SELECT MAX(SessionID) FROM SesionesPOS")),
+                            NzLong(c.db->ReadScalar("SELECT MAX(SessionID) FROM SesionesCerradas")))
+                  : -CLng(abierta);
+      if (nueva > 0)
+        c.db->ExecuteSQL(
+            "INSERT INTO SesionesPOS (SessionID, MachineID, Operador, Apertura) "
+            "VALUES (?, ?, ?, getdate())",
+            {nueva, m, cajero});
+    }
+    if (nueva < 0)
       throw Rechazo("La máquina " + std::to_string(m) + " ya tiene abierta la sesión " +
-                    std::to_string(CLng(abierta)) + ": ciérrela con caja sesion cerrar");
-    nueva = 1 + std::max(NzLong(c.db->ReadScalar("SELECT MAX(SessionID) FROM SesionesPOS")),
-                         NzLong(c.db->ReadScalar("SELECT MAX(SessionID) FROM SesionesCerradas")));
-    c.db->ExecuteSQL(
-        "INSERT INTO SesionesPOS (SessionID, MachineID, Operador, Apertura) "
-        "VALUES (?, ?, ?, getdate())",
-        {nueva, m, cajero});
+                    std::to_string(-nueva) + ": ciérrela con caja sesion cerrar");
   });
   salida(c).sesion(nueva, m);
   return kExito;
@@ -80,14 +96,18 @@ int cerrarSesion(Contexto& c) {
   if (s.isEmpty())
     throw Rechazo("La máquina " + std::to_string(m) + " no tiene sesión abierta");
   c.db->EnTransaccion([&] {
-    const long movidas = c.db->ExecuteSQL(
-        "INSERT INTO SesionesCerradas (SessionID, MachineID, Operador, Apertura, Cierre) "
-        "SELECT SessionID, MachineID, Operador, Apertura, getdate() FROM SesionesPOS "
-        "WHERE SessionID = ?",
-        {s});
+    const long movidas =
+        enServidor(c)
+            ? CLng(c.db->ReadScalar("SELECT caja_cerrar_sesion(?)", {s}))
+            : c.db->ExecuteSQL(
+                  "INSERT INTO SesionesCerradas (SessionID, MachineID, Operador, Apertura, "
+                  "Cierre) SELECT SessionID, MachineID, Operador, Apertura, getdate() FROM "
+                  "SesionesPOS WHERE SessionID = ?",
+                  {s});
     if (movidas == 0)
       throw Rechazo("La sesión " + std::to_string(CLng(s)) + " no está abierta");
-    c.db->ExecuteSQL("DELETE FROM SesionesPOS WHERE SessionID = ?", {s});
+    if (!enServidor(c))
+      c.db->ExecuteSQL("DELETE FROM SesionesPOS WHERE SessionID = ?", {s});
   });
   salida(c).mensaje("Sesión " + std::to_string(CLng(s)) + " cerrada");
   return kExito;
@@ -384,7 +404,7 @@ int anular(Contexto& c) {
                     NzTexto(previa->Fields("Operador")));
     // On a server the void is the server's function's: a till's login
     // moves no drawer and writes no void itself.
-    if (dynamic_cast<PostgresFactoria*>(c.db.get())) {
+    if (enServidor(c)) {
       c.db->ReadScalar("SELECT caja_anular(?, ?, ?, ?)",
                        {numero, a.cajero, a.aprobador, a.detalle});
       return;
@@ -448,7 +468,7 @@ void registrarEnServidor(Contexto& c, Cierre& registro, const Asiento& a) {
 // Records the closing, its count note by note, what made up its expected
 // amounts and its row of the trail, which names it.
 void registrar(Contexto& c, Cierre& registro, Asiento a) {
-  if (dynamic_cast<PostgresFactoria*>(c.db.get()))
+  if (enServidor(c))
     return registrarEnServidor(c, registro, a);
   c.db->EnTransaccion([&] {
     c.db->ExecuteSQL("INSERT INTO hostCierres (MachineID, Fecha, Operador) VALUES (?, ?, ?)",

@@ -104,22 +104,24 @@ constexpr const char* kTablasDeMaquina[] = {"cvCaja",
 constexpr const char* kFuncionesDeCaja[] = {
     "caja_recibir(text)",
     "caja_anotar(text, integer, text, text, text, text, integer, numeric, text)",
-    "caja_personas(text, text)", "caja_anular(integer, text, text, text)",
-    "caja_cerrar(integer, timestamp, text, text, text, text, text, text, text, numeric)"};
+    "caja_personas(text, text)",
+    "caja_anular(integer, text, text, text)",
+    "caja_cerrar(integer, timestamp, text, text, text, text, text, text, text, numeric)",
+    "caja_abrir_sesion(integer, text)",
+    "caja_cerrar_sesion(integer)"};
 
 }  // namespace
 
 std::vector<std::string> sentenciasDeRoles() {
   // A movement with all of it, its key, its void (which takes its drawer
-  // transaction back and moves the drawer), the drawers, closings and the
-  // trail are written only by the server's functions (kFuncionesDeCaja):
-  // nothing of them is granted.
-  // Written once, then only read: sessions closed and the log. A closing
-  // is caja_cerrar's.
-  const std::string historia = lista({"SesionesCerradas", "hostLog"});
-  // The till's running state: open sessions and parked lines.
-  const std::string estado =
-      lista({"SesionesPOS", "saveMovsCaja", "saveDetallesCaja", "saveDenominaciones"});
+  // transaction back and moves the drawer), the drawers, sessions, closings
+  // and the trail are written only by the server's functions
+  // (kFuncionesDeCaja): nothing of them is granted.
+  // Written once, then only read: the log. Closings and sessions are the
+  // server's functions' too.
+  const std::string historia = lista({"hostLog"});
+  // The till's running state: parked lines.
+  const std::string estado = lista({"saveMovsCaja", "saveDetallesCaja", "saveDenominaciones"});
   const std::string administracion =
       lista({"MediosPago", "hostEmpresa", "hostEntidades", "hostCajeros", "hostSupervisores",
              "generalEmisores", "parametrosEmpresa", "hostIntentos", "hostLogins"});

@@ -256,6 +256,39 @@ BEGIN
   RETURN cierre;
 END $$)sql";
 
+// A till's session opened or closed on the server: opened with the next
+// number no session has had (minus the open one's when its machine has one
+// open already), closed by moving it to the closed ones (how many moved).
+constexpr const char* kAbrirSesion =
+    R"sql(CREATE OR REPLACE FUNCTION caja_abrir_sesion(maquina integer,
+  operador text) RETURNS integer LANGUAGE plpgsql AS $$
+DECLARE
+  abierta integer; nueva integer;
+BEGIN
+  SELECT s.sessionid INTO abierta FROM sesionespos s WHERE s.machineid = maquina;
+  IF FOUND THEN
+    RETURN -abierta;
+  END IF;
+  SELECT 1 + greatest((SELECT coalesce(max(sessionid), 0) FROM sesionespos),
+                      (SELECT coalesce(max(sessionid), 0) FROM sesionescerradas)) INTO nueva;
+  INSERT INTO sesionespos (sessionid, machineid, operador, apertura)
+  VALUES (nueva, maquina, operador, getdate());
+  RETURN nueva;
+END $$)sql";
+constexpr const char* kCerrarSesion =
+    R"sql(CREATE OR REPLACE FUNCTION caja_cerrar_sesion(sesion integer)
+RETURNS integer LANGUAGE plpgsql AS $$
+DECLARE
+  movidas integer;
+BEGIN
+  INSERT INTO sesionescerradas (sessionid, machineid, operador, apertura, cierre)
+    SELECT s.sessionid, s.machineid, s.operador, s.apertura, getdate() FROM sesionespos s
+     WHERE s.sessionid = sesion;
+  GET DIAGNOSTICS movidas = ROW_COUNT;
+  DELETE FROM sesionespos WHERE sessionid = sesion;
+  RETURN movidas;
+END $$)sql";
+
 // The people who may act at a till, with their PIN hashes: what a till
 // checks a PIN against and copies to its journal, to approve offline. With
 // the roles, a till's login reads the hashes only through this function;
@@ -298,6 +331,8 @@ const char* const kFunciones[] = {
     kAnotar,
     kAnular,
     kCerrar,
+    kAbrirSesion,
+    kCerrarSesion,
     kPersonas,
 };
 
