@@ -3,9 +3,11 @@
 // pg_virtualenv), so ctest runs this program alone.
 
 #include <gtest/gtest.h>
+
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <fstream>
 
 #include <cstdlib>
 #include <random>
@@ -49,13 +51,43 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
   // Where the tills find the server: straight, or through a link.
   std::string servidorDeCajas = destino();
 
+  // The tills' server logins, one per till bound to its machine, with this
+  // prefix; empty while the tills use the test's user.
+  std::string logins;
+
+  // Makes the roles, and a login per till bound to its machine by the
+  // administrator, their passwords where libpq finds them: from here on
+  // each till is its own login, as in a shop.
+  void comoCajas() {
+    ASSERT_EQ(caja(1, "init --roles"), 0);
+    const auto db = otraConexion();
+    const std::string prefijo = "caja" + std::to_string(getpid()) + "_";
+    std::ofstream claves(carpeta.ruta() / "pgpass");
+    for (int maquina = 1; maquina <= 4; ++maquina) {
+      const std::string login = prefijo + std::to_string(maquina);
+      db->ExecuteSQL("CREATE ROLE " + login + " LOGIN PASSWORD 'secreto' IN ROLE caja_caja");
+      ASSERT_EQ(caja(1, "maquina " + std::to_string(maquina) + " --login " + login), 0);
+      claves << "*:*:*:" << login << ":secreto\n";
+    }
+    claves.close();
+    std::filesystem::permissions(carpeta.ruta() / "pgpass", std::filesystem::perms::owner_read);
+    logins = prefijo;
+  }
+
   // The command line of till `maquina` (session `maquina`), each with its
-  // own data folder and so its own journal.
+  // own data folder and so its own journal, and its own login once the
+  // tills have theirs.
   std::string linea(int maquina, const std::string& argumentos) const {
     const auto datos = carpeta.ruta() / ("caja" + std::to_string(maquina));
-    return std::string("env -u DISPLAY ") + (conEnviador ? "" : "CAJA_PRUEBA_SIN_ENVIADOR=1 ") +
-           "XDG_DATA_HOME=" + datos.string() + " XDG_CONFIG_HOME=" + datos.string() + " " +
-           CAJA_BIN + " " + argumentos + " --db '" + servidorDeCajas + "'";
+    std::string uri = servidorDeCajas, entorno;
+    if (!logins.empty()) {
+      uri.insert(uri.find("://") + 3, logins + std::to_string(maquina) + "@");
+      entorno = "-u PGPASSWORD PGPASSFILE=" + (carpeta.ruta() / "pgpass").string() + " ";
+    }
+    return std::string("env -u DISPLAY ") + entorno +
+           (conEnviador ? "" : "CAJA_PRUEBA_SIN_ENVIADOR=1 ") + "XDG_DATA_HOME=" + datos.string() +
+           " XDG_CONFIG_HOME=" + datos.string() + " " + CAJA_BIN + " " + argumentos + " --db '" +
+           uri + "'";
   }
 
   // `pin`, when given, is the one line the command reads.
@@ -116,10 +148,12 @@ class SinConexion : public ::testing::Test, protected test::ConBase {
 // sales 16 to 35 and the link loses every packet for sales 36 to 45. Every
 // sale is reported saved. Offline, till 1's drawer holds all it sold (1 +
 // ... + 35 = 630), and 600 of it is taken out. In the end every movement is
-// on the server once and the drawers are exact per method.
+// on the server once and the drawers are exact per method. Each till is
+// its own server login, bound to its machine.
 TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
   test::EnlaceDemorado enlace(std::chrono::milliseconds(0));
   servidorDeCajas = enlace.uri(destino());
+  comoCajas();
   conEnviador = true;
   for (int i = 1; i <= 50; ++i) {
     if (i == 16)
@@ -148,14 +182,16 @@ TEST_F(SinConexion, FourTillsKeepSellingAndEachSaleReachesTheServerOnce) {
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM MovimientosCaja")), 201);
   EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(DISTINCT Clave) FROM hostClaves")), 201);
   // The withdrawal approved offline reaches the server's trail once, under
-  // the number the server gave its movement, after the supervisor's row.
+  // the number the server gave its movement, after the supervisor's row
+  // and the four logins', sent by till 1's login.
   EXPECT_EQ(CLng(db->ReadScalar(
                 "SELECT COUNT(*) FROM hostAuditoria A INNER JOIN MovimientosCaja M ON M.TransID = "
-                "A.TransID WHERE A.id = 2 AND A.Accion = 'salida' AND A.Aprobador = 'ANA' AND "
-                "A.Origen <> '' AND M.Creditos = 600")),
+                "A.TransID WHERE A.id = 6 AND A.Accion = 'salida' AND A.Aprobador = 'ANA' AND "
+                "A.Origen <> '' AND M.Creditos = 600 AND A.Login = ?",
+                {logins + "1"})),
             1);
-  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM hostAuditoria")), 2);
-  EXPECT_NE(salida(1, "auditoria --verificar").find("íntegra: 2 filas"), std::string::npos);
+  EXPECT_EQ(CLng(db->ReadScalar("SELECT COUNT(*) FROM hostAuditoria")), 6);
+  EXPECT_NE(salida(1, "auditoria --verificar").find("íntegra: 6 filas"), std::string::npos);
 }
 
 // Two senders of one till started at once, the link slow enough that the
