@@ -132,6 +132,8 @@ void atrasar(const Caja& caja, int cuantos) {
         d->medio = medio;
         d->Monto = d->montoNominal = Currency::fromUnits(5 + i % 7);
         mov.colDetalles->Add(d);
+        // As the dialog fills them: the server checks the lines add up.
+        mov.Debitos += d->Monto;
       }
       mov.Save(1, "ATRASO", "", 0, "CLI", "C0001", "atraso", Fecha::today());
       mov.commitTransEf();
