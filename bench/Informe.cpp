@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "app/datos/Esquema.h"
 #include "tests/support/HostPrueba.h"
 
 namespace {
@@ -100,6 +101,8 @@ double mediana(std::vector<double> v) {
 
 int main(int argc, char** argv) {
   const int rondas = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
+  // The month is written straight into the program's own tables too.
+  caja::app::agregarEsquema();
   bool lento = false;
   for (const auto motor : {test::Motor::Sqlite, test::Motor::Postgres}) {
     test::ConBase base(motor);

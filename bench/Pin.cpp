@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "app/CostePin.h"
+#include "app/datos/CostePin.h"
 
 int main() {
   if (sodium_init() < 0)

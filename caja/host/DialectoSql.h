@@ -123,13 +123,34 @@ CAJA_INTERNO std::string agregarColumna(const Tabla& tabla, std::string_view col
 CAJA_INTERNO std::string crearVistaDecimal(const Tabla& tabla);
 
 // The schema both hosts create: every table of the component and of the
-// substitute host, in an order where each table comes after those it
-// references.
+// substitute host, then those the embedding program added, in an order where
+// each table comes after those it references.
 CAJA_INTERNO const std::vector<Tabla>& tablasEsquema();
 CAJA_INTERNO const std::vector<Indice>& indicesEsquema();
 // The schema's table named `nombre`; kErrorBaseDatos when there is none.
 CAJA_INTERNO const Tabla& tablaDelEsquema(std::string_view nombre);
 // Columns added to a table after databases were made with it: (table, column).
 CAJA_INTERNO const std::vector<std::pair<std::string_view, std::string_view>>& columnasAgregadas();
+
+// What a program that embeds the component keeps of its own in the same
+// database: its tables (after the component's), their indexes, the columns
+// it added later, and on a server its functions, created before the tables.
+// Both hosts create it with the component's schema, in the same
+// transaction; `testigo` names a function (as "f(text)") whose absence makes
+// a server database take the functions again.
+struct EsquemaPrograma {
+  std::vector<Tabla> tablas;
+  std::vector<Indice> indices;
+  std::vector<std::pair<std::string_view, std::string_view>> agregadas;
+  std::vector<const char*> funciones;
+  std::string testigo;
+};
+// Adds the program's schema to every database opened from now on; called
+// once, before the first one is opened.
+CAJA_INTERNO void agregarEsquemaPrograma(const EsquemaPrograma& esquema);
+// The server functions of the program's schema, and its witness (empty when
+// none was added).
+CAJA_INTERNO const std::vector<const char*>& funcionesPrograma();
+CAJA_INTERNO const std::string& testigoPrograma();
 
 }  // namespace caja

@@ -131,7 +131,7 @@ const std::vector<Tabla> kTablas = {
       {"Fecha", T::FechaHora, ""},
       {"TipoCambio", T::Flotante, "NOT NULL DEFAULT 0"}},
      {}},
-    // The substitute host's own data: the company, entities, supervisors, log.
+    // The substitute host's own data: the company, entities, log.
     {"hostEmpresa",
      {{"id", T::Entero, "PRIMARY KEY CHECK (id = 1)"},
       {"Nombre", T::Texto, "DEFAULT ''"},
@@ -147,138 +147,8 @@ const std::vector<Tabla> kTablas = {
       {"Codigo", T::Texto, "NOT NULL"},
       {"Nombre", T::Texto, "NOT NULL DEFAULT ''"}},
      "PRIMARY KEY (Tipo, Codigo)"},
-    {"hostSupervisores",
-     {{"Nombre", T::Texto, "PRIMARY KEY"},
-      {"Sal", T::TextoExacto, "NOT NULL"},
-      {"Hash", T::TextoExacto, "NOT NULL"},
-      {"Nivel", T::Entero, "NOT NULL DEFAULT 5"}},
-     {}},
     {"hostLog",
      {{"id", T::Identidad, ""}, {"Fecha", T::FechaHora, ""}, {"Mensaje", T::TextoExacto, ""}},
-     {}},
-    // The host program's day: how change went back, voided movements and
-    // closing counts.
-    {"hostVueltos",
-     {{"TransID", T::Entero, "NOT NULL REFERENCES MovimientosCaja (TransID)"},
-      {"Medio", T::Texto, "NOT NULL"},
-      {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"MontoNominal", T::Dinero, "NOT NULL DEFAULT 0"}},
-     {}},
-    // What a sale or a refund was made of, as the host handed it over:
-    // its base, its tax and the credit taken off, for its receipt.
-    {"hostImportes",
-     {{"TransID", T::Entero, "PRIMARY KEY REFERENCES MovimientosCaja (TransID)"},
-      {"Base", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"IVA", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"Credito", T::Dinero, "NOT NULL DEFAULT 0"}},
-     {}},
-    {"hostAnulaciones",
-     {{"TransID", T::Entero, "PRIMARY KEY REFERENCES MovimientosCaja (TransID)"},
-      {"Fecha", T::FechaHora, ""},
-      {"Operador", T::Texto, ""},
-      {"Motivo", T::TextoExacto, "DEFAULT ''"}},
-     {}},
-    {"hostCierres",
-     {{"id", T::Identidad, ""},
-      {"MachineID", T::Entero, "NOT NULL"},
-      {"Fecha", T::FechaHora, ""},
-      {"Operador", T::Texto, ""}},
-     {}},
-    {"hostCierreDetalles",
-     {{"idCierre", T::Entero, "NOT NULL REFERENCES hostCierres (id)"},
-      {"codigoMedio", T::Texto, "NOT NULL"},
-      {"esperadoMN", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"esperadoNominal", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"tipoCambio", T::Flotante, "NOT NULL DEFAULT 0"},
-      {"contado", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"diferencia", T::Dinero, "NOT NULL DEFAULT 0"}},
-     "PRIMARY KEY (idCierre, codigoMedio)"},
-    // Each movement's key made at the till, for sending a till's journal to
-    // the server exactly once; in the journal, the number the server gave
-    // it once sent.
-    {"hostClaves",
-     {{"Clave", T::TextoExacto, "PRIMARY KEY"},
-      {"TransID", T::Entero, "NOT NULL REFERENCES MovimientosCaja (TransID)"},
-      {"TransIDServidor", T::Entero, ""}},
-     {}},
-    // What a closing counted note by note, and what made up its expected
-    // amounts per kind of movement, for its report.
-    {"hostCierreDenominaciones",
-     {{"idCierre", T::Entero, "NOT NULL REFERENCES hostCierres (id)"},
-      {"codigoMedio", T::Texto, "NOT NULL"},
-      {"valor", T::Dinero, "NOT NULL"},
-      {"cantidad", T::Entero, "NOT NULL"}},
-     {}},
-    {"hostCierreTipos",
-     {{"idCierre", T::Entero, "NOT NULL REFERENCES hostCierres (id)"},
-      {"tipo", T::Texto, "NOT NULL"},
-      {"codigoMedio", T::Texto, "NOT NULL"},
-      {"montoMN", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"montoNominal", T::Dinero, "NOT NULL DEFAULT 0"}},
-     "PRIMARY KEY (idCierre, tipo, codigoMedio)"},
-    // Who may act at the till: cashiers (an Argon2id hash of each PIN), the
-    // wrong PINs in a row per person and how long a person stays locked out.
-    {"hostCajeros",
-     {{"Nombre", T::Texto, "PRIMARY KEY"}, {"Hash", T::TextoExacto, "NOT NULL"}},
-     {}},
-    {"hostIntentos",
-     {{"Rol", T::Texto, "NOT NULL"},
-      {"Nombre", T::Texto, "NOT NULL"},
-      {"Fallos", T::Entero, "NOT NULL DEFAULT 0"},
-      {"BloqueadoHasta", T::TextoExacto, "NOT NULL DEFAULT ''"}},
-     "PRIMARY KEY (Rol, Nombre)"},
-    // The audit trail: each row carries the previous row's hash and its own,
-    // so that a row changed or removed breaks the chain. Numbered by the
-    // program, one after the other, under a lock. A row a till's journal
-    // recorded offline reaches the server with the journal row's hash as its
-    // `Origen`.
-    {"hostAuditoria",
-     {{"id", T::Entero, "PRIMARY KEY"},
-      {"Fecha", T::TextoExacto, "NOT NULL"},
-      {"MachineID", T::Entero, "NOT NULL DEFAULT 0"},
-      {"Cajero", T::TextoExacto, "NOT NULL DEFAULT ''"},
-      {"Aprobador", T::TextoExacto, "NOT NULL DEFAULT ''"},
-      {"Accion", T::TextoExacto, "NOT NULL"},
-      {"Detalle", T::TextoExacto, "NOT NULL DEFAULT ''"},
-      {"TransID", T::Entero, ""},
-      {"Monto", T::Dinero, "NOT NULL DEFAULT 0"},
-      {"Origen", T::TextoExacto, "NOT NULL DEFAULT ''"},
-      {"HashPrevio", T::TextoExacto, "NOT NULL"},
-      {"Hash", T::TextoExacto, "NOT NULL"},
-      // On a server: the login that sent the row and the server's time.
-      {"Login", T::TextoExacto, "NOT NULL DEFAULT ''"},
-      {"FechaServidor", T::TextoExacto, "NOT NULL DEFAULT ''"}},
-     {}},
-    // In a till's journal: the rows of its trail already on the server.
-    {"hostAuditoriaEnviada", {{"id", T::Entero, "PRIMARY KEY"}}, {}},
-    // In a till's journal: the documents the server holds as charged lately
-    // and not voided, so that a till tells a document charged already
-    // without a round trip.
-    {"hostDocumentosCobrados",
-     {{"TipoDocumento", T::Texto, "NOT NULL"},
-      {"NumeroDocumento", T::Entero, "NOT NULL"},
-      {"TransID", T::Entero, "NOT NULL"},
-      {"machineID", T::Entero, ""}},
-     {}},
-    // On a server: the machine each till's login acts for, set by the
-    // administrator (caja maquina N --login ROL); no till may write it.
-    {"hostLogins",
-     {{"Login", T::TextoExacto, "PRIMARY KEY"}, {"MachineID", T::Entero, "NOT NULL"}},
-     {}},
-    // In a till's journal: what went wrong while sending (a document charged
-    // at two tills, a movement the server refused), kept until a supervisor
-    // acknowledges it. Last of the schema, so that a database made before
-    // it is completed.
-    {"hostConflictos",
-     {{"id", T::Identidad, ""},
-      {"Fecha", T::TextoExacto, "NOT NULL"},
-      {"Clave", T::TextoExacto, "NOT NULL"},
-      {"Clase", T::TextoExacto, "NOT NULL"},
-      {"NumeroLocal", T::Entero, "NOT NULL"},
-      {"MachineID", T::Entero, "NOT NULL DEFAULT 0"},
-      {"Detalle", T::TextoExacto, "NOT NULL"},
-      {"ResueltoPor", T::TextoExacto, "NOT NULL DEFAULT ''"},
-      {"ResueltoEl", T::TextoExacto, "NOT NULL DEFAULT ''"}},
      {}},
 };
 
@@ -295,36 +165,71 @@ const std::vector<Indice> kIndices = {
     {"ixTransaccionEfectivoDetalles", "transaccionEfectivoDetalles", "transID"},
     {"ixCvCajaMachineID", "cvCaja", "MachineID"},
     {"ixCvCajaDetalles", "cvCajaDetalles", "idCec, codigoMedio"},
-    {"ixHostAuditoriaOrigen", "hostAuditoria", "Origen"},
-    {"ixHostDocumentosCobrados", "hostDocumentosCobrados", "TipoDocumento, NumeroDocumento"},
 };
 
 const std::vector<std::pair<std::string_view, std::string_view>> kAgregadas = {
     {"hostEmpresa", "Rif"},
     {"hostEmpresa", "Direccion"},
-    {"hostAuditoria", "Login"},
-    {"hostAuditoria", "FechaServidor"},
 };
+
+// The program's schema, once added: what every table list below follows
+// the component's with.
+EsquemaPrograma& programa() {
+  static EsquemaPrograma esquema;
+  return esquema;
+}
+
+template <typename T>
+std::vector<T> unidos(const std::vector<T>& propios, const std::vector<T>& delPrograma) {
+  std::vector<T> todos = propios;
+  todos.insert(todos.end(), delPrograma.begin(), delPrograma.end());
+  return todos;
+}
+
+struct Esquema {
+  std::vector<Tabla> tablas;
+  std::vector<Indice> indices;
+  std::vector<std::pair<std::string_view, std::string_view>> agregadas;
+};
+
+Esquema& esquema() {
+  static Esquema e{kTablas, kIndices, kAgregadas};
+  return e;
+}
 
 }  // namespace
 
+void agregarEsquemaPrograma(const EsquemaPrograma& delPrograma) {
+  programa() = delPrograma;
+  esquema() = {unidos(kTablas, delPrograma.tablas), unidos(kIndices, delPrograma.indices),
+               unidos(kAgregadas, delPrograma.agregadas)};
+}
+
+const std::vector<const char*>& funcionesPrograma() {
+  return programa().funciones;
+}
+
+const std::string& testigoPrograma() {
+  return programa().testigo;
+}
+
 const std::vector<std::pair<std::string_view, std::string_view>>& columnasAgregadas() {
-  return kAgregadas;
+  return esquema().agregadas;
 }
 
 const std::vector<Tabla>& tablasEsquema() {
-  return kTablas;
+  return esquema().tablas;
 }
 
 const Tabla& tablaDelEsquema(std::string_view nombre) {
-  for (const Tabla& t : kTablas)
+  for (const Tabla& t : tablasEsquema())
     if (t.nombre == nombre)
       return t;
   throw CajaError(kErrorBaseDatos, "caja", "Tabla desconocida: " + std::string(nombre));
 }
 
 const std::vector<Indice>& indicesEsquema() {
-  return kIndices;
+  return esquema().indices;
 }
 
 }  // namespace caja

@@ -589,9 +589,16 @@ void SqliteFactoria::ejecutarGuion(const std::string& sql) {
 // is read again under the write lock, so that tills opening the file together
 // do the work only once. Version 0 kept money as floating point; versions 1
 // to 6 lacked some of the host program's own tables and the decimal views,
-// which creating the schema adds.
+// which creating the schema adds; so does a file of this version made before
+// the embedding program added its tables (the last table tells).
 void SqliteFactoria::prepararEsquema() {
-  if (CLng(ReadScalar("PRAGMA user_version")) == kVersionEsquema)
+  const std::string ultima(tablasEsquema().back().nombre);
+  const auto completo = [&] {
+    return CLng(ReadScalar("PRAGMA user_version")) == kVersionEsquema &&
+           CLng(ReadScalar("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name = ?",
+                           {ultima})) > 0;
+  };
+  if (completo())
     return;
   const bool anterior =
       CLng(ReadScalar("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND "
@@ -602,7 +609,7 @@ void SqliteFactoria::prepararEsquema() {
   BeginTrans();
   try {
     const long version = CLng(ReadScalar("PRAGMA user_version"));
-    if (version != kVersionEsquema) {
+    if (!completo()) {
       if (version == 0 && anterior)
         migrarDineroExacto();
       crearEsquema();

@@ -1,8 +1,8 @@
-#include "app/Devolucion.h"
+#include "app/acciones/Devolucion.h"
 
 #include <gtest/gtest.h>
 
-#include "app/Comandos.h"
+#include "app/linea/Comandos.h"
 #include "tests/support/HostPrueba.h"
 
 namespace caja::app {

@@ -1,4 +1,4 @@
-#include "app/Recibo.h"
+#include "app/papeles/Recibo.h"
 
 #include <gtest/gtest.h>
 

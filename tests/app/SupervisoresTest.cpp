@@ -1,4 +1,4 @@
-#include "app/Supervisores.h"
+#include "app/datos/Supervisores.h"
 
 #include <gtest/gtest.h>
 
