@@ -1,26 +1,23 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
-#include "app/linea/Comandos.h"
+#include "app/acciones/Puesto.h"
 
 namespace caja::app {
 
-// The shop's own data, kept in hostEmpresa: what its papers print and what
-// decides its IGTF (charged only by a special taxpayer, at its percentage).
-struct DatosEmpresa {
-  std::string nombre, rif, direccion;
-  bool especial = false;
-  double igtf = 0;  // percentage
+// What a change of the shop's data gives; what it leaves out stays.
+struct CambioEmpresa {
+  std::optional<std::string> nombre, rif, direccion;
+  std::optional<bool> especial;  // a special taxpayer, who alone charges IGTF
+  std::optional<double> igtf;    // percentage, 0 to 100
 };
 
-DatosEmpresa empresaDe(HostSql& db);
-
-// The name with the tax number, as the head of a report prints it.
-std::string encabezadoEmpresa(const DatosEmpresa& e);
-
-// `caja empresa`: shows the shop's data, or sets what its options give,
-// approved by a supervisor once the shop has one and recorded in the trail.
-int empresa(Contexto& c);
+// Changes the shop's data, approved by a supervisor once the shop has one
+// and recorded in the trail with what changed. A percentage above 0 makes
+// the shop a special taxpayer unless the change says it is not one. The
+// data as it stands afterwards.
+DatosEmpresa cambiarEmpresa(Puesto& p, const CambioEmpresa& cambio);
 
 }  // namespace caja::app

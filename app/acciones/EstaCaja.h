@@ -2,8 +2,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
-#include "app/linea/Comandos.h"
+#include "app/acciones/Puesto.h"
 
 namespace caja::app {
 
@@ -12,23 +13,22 @@ namespace caja::app {
 // "MachineID" setting of application "Nubetral", section "General", in the
 // till's own configuration folder.
 
+inline constexpr std::int64_t kMaquinaMaxima = 32767;
+
 // The number set for this till, if any.
 std::optional<std::int32_t> maquinaConfigurada();
 // Sets this till's number.
 void fijarMaquina(std::int32_t maquina);
 
-// The till a command acts at: --maquina, else this till's number, else the
-// one machine the database has sessions of (1 when it has none). A database
-// with sessions of several machines and a till without a number is refused
-// with how to set it: a guess would count another cashier's money.
-std::int32_t estaMaquina(Contexto& c);
+// The till an act acts at: `elegida` (the one named, else this till's
+// number), else the one machine the database has sessions of (1 when it has
+// none). A database with sessions of several machines and a till without a
+// number is refused with how to set it: a guess would count another
+// cashier's money.
+std::int32_t estaMaquina(HostSql& db, std::optional<std::int32_t> elegida);
 
-// --maquina, else this till's number; nothing when neither is given (a
-// listing of every till).
-std::optional<std::int32_t> maquinaElegida(Contexto& c);
-
-// `caja maquina [N]`: shows or sets this till's number; `caja maquina N
-// --login USUARIO` binds a server login to machine N.
-int comandoMaquina(Contexto& c);
+// On a server, the administrator binds a till's login to its machine: from
+// then on that login touches no other machine's money. Recorded in the trail.
+void atarLoginDeCaja(Puesto& p, const std::string& login, std::int32_t maquina);
 
 }  // namespace caja::app

@@ -1,21 +1,12 @@
 #include "app/controles/Autorizacion.h"
 
-#include <QComboBox>
 #include <QDateTime>
-#include <QDialog>
-#include <QDialogButtonBox>
-#include <QFormLayout>
-#include <QLabel>
-#include <QLineEdit>
 #include <algorithm>
 #include <cstdio>
-#include <iostream>
-
-#include <unistd.h>
 
 #include "app/datos/Auditoria.h"
-#include "app/acciones/EstaCaja.h"
 #include "app/datos/Supervisores.h"
+#include "app/datos/Tipos.h"
 #include "caja/base/Conversiones.h"
 #include "caja/base/Texto.h"
 #include "caja/service/HostUtil.h"
@@ -45,69 +36,9 @@ std::string quien(Rol rol, const std::string& nombre) {
   return std::string(nombreRol(rol)) + " " + nombre;
 }
 
-// One line of standard input, without the line end a terminal may leave;
-// the question is shown to a person at a terminal only.
-std::string lineaDeEntrada(const std::string& pregunta) {
-  if (isatty(STDIN_FILENO))
-    std::cerr << pregunta << ": " << std::flush;
-  std::string linea;
-  if (!std::getline(std::cin, linea))
-    throw Rechazo("Falta " + pregunta + " en la entrada estándar: nada se guardó");
-  if (!linea.empty() && linea.back() == '\r')
-    linea.pop_back();
-  return linea;
-}
-
-struct Credencial {
-  std::string nombre, pin;
-};
-
-// The small dialog that asks who and their PIN, saying what for; nothing
-// when cancelled.
-std::optional<Credencial> credencialEnDialogo(const std::string& titulo, const std::string& para,
-                                              const std::vector<std::string>& nombres,
-                                              const std::string& dado) {
-  QDialog dialogo;
-  dialogo.setWindowTitle(QString::fromStdString(titulo));
-  auto* forma = new QFormLayout(&dialogo);
-  forma->addRow(new QLabel(QString::fromStdString(para), &dialogo));
-  auto* nombre = new QComboBox(&dialogo);
-  for (const auto& n : nombres)
-    nombre->addItem(QString::fromStdString(n));
-  if (!dado.empty())
-    nombre->setCurrentText(QString::fromStdString(dado));
-  auto* pin = new QLineEdit(&dialogo);
-  pin->setEchoMode(QLineEdit::Password);
-  forma->addRow("Nombre", nombre);
-  forma->addRow("PIN", pin);
-  auto* botones = new QDialogButtonBox(&dialogo);
-  botones->addButton("&Aceptar", QDialogButtonBox::AcceptRole);
-  botones->addButton("&Cancelar", QDialogButtonBox::RejectRole);
-  forma->addRow(botones);
-  QObject::connect(botones, &QDialogButtonBox::accepted, &dialogo, &QDialog::accept);
-  QObject::connect(botones, &QDialogButtonBox::rejected, &dialogo, &QDialog::reject);
-  pin->setFocus();
-  if (dialogo.exec() != QDialog::Accepted)
-    return std::nullopt;
-  return Credencial{nombre->currentText().toStdString(), pin->text().toStdString()};
-}
-
-// Who and their PIN: the dialog with a screen, else the name given and a
-// line of standard input.
-Credencial credencial(Contexto& c, Rol rol, const std::string& titulo, const std::string& para,
-                      const std::string& dado) {
-  if (c.conPantalla) {
-    const auto dicha = credencialEnDialogo(titulo, para, nombresDe(*c.db, rol), dado);
-    if (!dicha)
-      throw Rechazo(titulo + ": cancelado, nada se guardó");
-    return *dicha;
-  }
-  return {dado, lineaDeEntrada("el PIN del " + quien(rol, dado))};
-}
-
-Asiento asientoDe(Contexto& c, Rol rol, const std::string& nombre, const char* accion) {
+Asiento asientoDe(std::int32_t maquina, Rol rol, const std::string& nombre, const char* accion) {
   Asiento a;
-  a.maquina = maquinaDe(c);
+  a.maquina = maquina;
   (rol == Rol::Cajero ? a.cajero : a.aprobador) = nombre;
   a.accion = accion;
   return a;
@@ -115,22 +46,20 @@ Asiento asientoDe(Contexto& c, Rol rol, const std::string& nombre, const char* a
 
 // A wrong PIN: counted, recorded, and at the limit the person is locked out
 // for a while; all of it stays even though the act is refused.
-[[noreturn]] void fallo(Contexto& c, Rol rol, const std::string& nombre) {
+[[noreturn]] void fallo(HostSql& db, std::int32_t maquina, Rol rol, const std::string& nombre) {
   const std::int64_t limite = limiteDeIntentos();
   std::int64_t fallos = 0;
   std::string hasta;
-  c.db->EnTransaccion([&] {
-    fallos = NzLong(c.db->ReadScalar("SELECT Fallos FROM hostIntentos WHERE Rol = ? AND Nombre = ?",
-                                     {nombreRol(rol), nombre})) +
-             1;
-    hasta = contarFallo(*c.db, rol, nombre);
-    Asiento a = asientoDe(c, rol, nombre, "pin fallido");
+  db.EnTransaccion([&] {
+    fallos = intentosDe(db, rol, nombre).fallos + 1;
+    hasta = contarFallo(db, rol, nombre);
+    Asiento a = asientoDe(maquina, rol, nombre, "pin fallido");
     a.detalle = "intento " + std::to_string(fallos) + " de " + std::to_string(limite);
-    anotar(*c.db, a);
+    anotar(db, a);
     if (!hasta.empty()) {
       a.accion = "bloqueo";
       a.detalle = "hasta " + hasta;
-      anotar(*c.db, a);
+      anotar(db, a);
     }
   });
   if (!hasta.empty())
@@ -140,61 +69,44 @@ Asiento asientoDe(Contexto& c, Rol rol, const std::string& nombre, const char* a
 }
 
 // The registered person whose PIN this is, or a refusal.
-Persona verificada(Contexto& c, Rol rol, const Credencial& dicha) {
-  const auto persona = personaDe(*c.db, rol, dicha.nombre);
+Persona verificada(HostSql& db, std::int32_t maquina, Rol rol, const Credencial& dicha) {
+  const auto persona = personaDe(db, rol, dicha.nombre);
   if (!persona)
     throw Rechazo("No hay ningún " + std::string(nombreRol(rol)) + " llamado " + dicha.nombre +
                   ": nada se guardó");
-  auto rs = c.db->openrecordset(
-      "SELECT Fallos, BloqueadoHasta FROM hostIntentos WHERE Rol = ? AND Nombre = ?",
-      {nombreRol(rol), persona->nombre});
-  const std::string hasta = rs->Eof() ? "" : CStr(rs->Fields("BloqueadoHasta"));
-  if (hasta > ahora())
-    throw Rechazo("El " + quien(rol, persona->nombre) + " está bloqueado hasta " + hasta +
-                  " por PIN incorrectos: nada se guardó");
+  const Intentos intentos = intentosDe(db, rol, persona->nombre);
+  if (intentos.bloqueadoHasta > ahora())
+    throw Rechazo("El " + quien(rol, persona->nombre) + " está bloqueado hasta " +
+                  intentos.bloqueadoHasta + " por PIN incorrectos: nada se guardó");
   if (!pinCoincide(*persona, dicha.pin))
-    fallo(c, rol, persona->nombre);
-  if (!rs->Eof() && (CLng(rs->Fields("Fallos")) > 0 || !hasta.empty()))
-    // Set back, never deleted: a till's login may not delete the counts.
-    c.db->ExecuteSQL(
-        "UPDATE hostIntentos SET Fallos = 0, BloqueadoHasta = '' WHERE Rol = ? AND Nombre = ?",
-        {nombreRol(rol), persona->nombre});
+    fallo(db, maquina, rol, persona->nombre);
+  if (intentos.fallos > 0 || !intentos.bloqueadoHasta.empty())
+    reiniciarIntentos(db, rol, persona->nombre);
   return *persona;
 }
 
 }  // namespace
 
-std::string cajeroDe(Contexto& c) {
-  const auto dado = c.args.valor("operador");
-  if (CLng(c.db->ReadScalar("SELECT COUNT(*) FROM hostCajeros")) == 0)
-    return dado.value_or("CAJERO");
-  if (!dado && !c.conPantalla)
-    throw ErrorUso("La tienda tiene cajeros registrados: indique --operador NOMBRE y su PIN");
-  return verificada(
-             c, Rol::Cajero,
-             credencial(c, Rol::Cajero, "Cajero", "¿Quién atiende la caja?", dado.value_or("")))
+std::string cajeroDe(HostSql& db, Firmas& firmas, std::int32_t maquina) {
+  if (!hayPersonas(db, Rol::Cajero))
+    return firmas.nombreDado(Rol::Cajero).value_or("CAJERO");
+  return verificada(db, maquina, Rol::Cajero,
+                    firmas.pedir(Rol::Cajero, "Cajero", "¿Quién atiende la caja?",
+                                 nombresDe(db, Rol::Cajero)))
       .nombre;
 }
 
-bool haySupervisores(Contexto& c) {
-  return CLng(c.db->ReadScalar("SELECT COUNT(*) FROM hostSupervisores")) > 0;
-}
-
-std::string aprobacion(Contexto& c, const std::string& que, int nivel) {
-  if (!haySupervisores(c))
+std::string aprobacion(HostSql& db, Firmas& firmas, std::int32_t maquina, const std::string& que,
+                       int nivel) {
+  if (!hayPersonas(db, Rol::Supervisor))
     throw Rechazo("Para " + que +
                   " hace falta un supervisor y no hay ninguno: regístrelo con caja supervisor "
                   "--agregar NOMBRE; nada se guardó");
-  const auto dado = c.args.valor("autoriza");
-  if (!dado && !c.conPantalla)
-    throw Rechazo("Para " + que +
-                  " hace falta la autorización de un supervisor: --autoriza NOMBRE y su PIN en "
-                  "la entrada estándar; nada se guardó");
   const Persona p =
-      verificada(c, Rol::Supervisor,
-                 credencial(c, Rol::Supervisor, "Autorización",
-                            "Para " + que + " hace falta la autorización de un supervisor",
-                            dado.value_or("")));
+      verificada(db, maquina, Rol::Supervisor,
+                 firmas.pedir(Rol::Supervisor, "Autorización",
+                              "Para " + que + " hace falta la autorización de un supervisor",
+                              nombresDe(db, Rol::Supervisor)));
   if (p.nivel < nivel)
     throw Rechazo("El supervisor " + p.nombre + " (nivel " + std::to_string(p.nivel) +
                   ") no puede autorizar " + que + ": hace falta nivel " + std::to_string(nivel) +
@@ -204,16 +116,9 @@ std::string aprobacion(Contexto& c, const std::string& que, int nivel) {
 
 std::string contarFallo(HostSql& db, Rol rol, const std::string& nombre) {
   const std::int64_t minutos = std::max<std::int64_t>(1, ajuste("MinutosBloqueo", 15));
-  const std::int64_t fallos =
-      NzLong(db.ReadScalar("SELECT Fallos FROM hostIntentos WHERE Rol = ? AND Nombre = ?",
-                           {nombreRol(rol), nombre})) +
-      1;
+  const std::int64_t fallos = intentosDe(db, rol, nombre).fallos + 1;
   const std::string hasta = fallos >= limiteDeIntentos() ? ahora(minutos) : "";
-  db.ExecuteSQL(
-      "INSERT INTO hostIntentos (Rol, Nombre, Fallos, BloqueadoHasta) VALUES (?, ?, ?, ?) "
-      "ON CONFLICT (Rol, Nombre) DO UPDATE SET Fallos = excluded.Fallos, "
-      "BloqueadoHasta = excluded.BloqueadoHasta",
-      {nombreRol(rol), nombre, static_cast<std::int32_t>(hasta.empty() ? fallos : 0), hasta});
+  ponerIntentos(db, rol, nombre, static_cast<std::int32_t>(hasta.empty() ? fallos : 0), hasta);
   return hasta;
 }
 
@@ -238,13 +143,7 @@ void contarEnServidor(HostSql& servidor, const Asiento& a) {
     bloqueo.detalle = "hasta " + hasta + " (PIN incorrectos en las cajas)";
     anotar(servidor, bloqueo);
   } else if (a.accion == "bloqueo" && a.detalle.rfind("hasta ", 0) == 0) {
-    // The later of the two locks holds, and the count starts again.
-    servidor.ExecuteSQL(
-        "INSERT INTO hostIntentos (Rol, Nombre, Fallos, BloqueadoHasta) VALUES (?, ?, 0, ?) "
-        "ON CONFLICT (Rol, Nombre) DO UPDATE SET Fallos = 0, BloqueadoHasta = CASE WHEN "
-        "hostIntentos.BloqueadoHasta > excluded.BloqueadoHasta THEN hostIntentos.BloqueadoHasta "
-        "ELSE excluded.BloqueadoHasta END",
-        {nombreRol(rol), nombre, a.detalle.substr(6, 19)});
+    bloquearHasta(servidor, rol, nombre, a.detalle.substr(6, 19));
   }
 }
 
@@ -256,27 +155,27 @@ Currency diferenciaTolerada() {
   return lmGetSettingCur(kAppZOR, "Seguridad", "DiferenciaCierre", Currency{});
 }
 
-std::string nuevoPin() {
-  const std::string pin = lineaDeEntrada("el PIN nuevo");
-  // Six unless the shop lowers it, never under four.
-  const std::int64_t minimo = std::max<std::int64_t>(4, ajuste("LargoMinimoPin", 6));
-  if (static_cast<std::int64_t>(largoUtf8(pin)) < minimo)
-    throw ErrorUso("El PIN debe tener al menos " + std::to_string(minimo) + " caracteres");
-  return pin;
+void instalarVerificador(HostSql& db, Firmas& firmas) {
+  db.SetVerificador([&db, &firmas](const std::string& mensaje) {
+    // The component asks for a level, not for a person: the prompt says
+    // that a supervisor's PIN is wanted, and that it is not the cashier's.
+    const auto pin = firmas.pinDeSupervisor(mensaje + ". Lo autoriza un supervisor con su PIN");
+    if (!pin)
+      return Variant(0);
+    const int nivel = nivelDePin(db, *pin);
+    // No name is asked here, so no one is locked out; the failure is recorded.
+    if (nivel == 0) {
+      Asiento a;
+      a.accion = "pin fallido";
+      a.detalle = mensaje;
+      anotarAparte(db, a);
+    }
+    return Variant(nivel);
+  });
 }
 
-std::int32_t maquinaDe(Contexto& c) {
-  if (const auto m = maquinaElegida(c))
-    return *m;
-  const auto s = c.args.entero("sesion", 1, kMaximo32);
-  auto rs = s ? c.db->openrecordset("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?",
-                                    {static_cast<std::int32_t>(*s)})
-              : c.db->openrecordset("SELECT MachineID FROM SesionesPOS");
-  std::int32_t maquina = 0;
-  int abiertas = 0;
-  for (; !rs->Eof(); rs->MoveNext(), ++abiertas)
-    maquina = NzLong(rs->Fields("MachineID"));
-  return abiertas == 1 ? maquina : 0;
+std::int64_t largoMinimoPin() {
+  return std::max<std::int64_t>(4, ajuste("LargoMinimoPin", 6));
 }
 
 }  // namespace caja::app

@@ -1,35 +1,59 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "app/datos/Auditoria.h"
-#include "app/linea/Comandos.h"
 #include "app/datos/Supervisores.h"
 #include "caja/base/Currency.h"
 
 namespace caja::app {
 
-// Who acts and who approves. PINs are typed in a small dialog when the
-// command runs with a screen, else read from standard input one line each,
-// in the order they are asked: the cashier's first, then the approver's,
-// then a new PIN being registered. A wrong PIN is refused, recorded in the
-// audit trail and counted; `IntentosPin` wrong PINs in a row (5) lock that
-// person for `MinutosBloqueo` minutes (15), settings of section "Seguridad".
+// Who acts and who approves. A wrong PIN is refused, recorded in the audit
+// trail and counted; `IntentosPin` wrong PINs in a row (5) lock that person
+// for `MinutosBloqueo` minutes (15), settings of section "Seguridad".
 
-// The cashier acting, by the name the shop registered. While the shop has
-// no cashiers, --operador as typed (CAJERO when absent), as it always was;
-// once it has them, --operador names one and its PIN is asked.
-std::string cajeroDe(Contexto& c);
+struct Credencial {
+  std::string nombre, pin;
+};
 
-// A supervisor's approval for `que` ("anular el movimiento 3"): --autoriza
-// names the supervisor (asked in the dialog when absent), whose PIN is then
-// asked; the level must reach `nivel`. Answers the approver's name; a
-// refusal is a Rechazo, and nothing of the act is saved.
-std::string aprobacion(Contexto& c, const std::string& que, int nivel);
+// Where names and PINs come from: the command line (its options and standard
+// input, or a small dialog with a screen), or the till's window. Each act
+// asks in this order: the cashier's first, then the approver's, then a new
+// PIN being registered.
+class Firmas {
+ public:
+  virtual ~Firmas() = default;
+  // The name given for `rol` before anyone asks (--operador, --autoriza, the
+  // signed-in cashier), if any.
+  virtual std::optional<std::string> nombreDado(Rol rol) = 0;
+  // Who and their PIN, for `para`; `nombres` are those of the role the shop
+  // has. A Rechazo when it cannot be had or is cancelled: nothing is saved.
+  virtual Credencial pedir(Rol rol, const std::string& titulo, const std::string& para,
+                           const std::vector<std::string>& nombres) = 0;
+  // A new PIN being registered.
+  virtual std::string pinNuevo() = 0;
+  // A supervisor's PIN alone, as the component asks for a level (`pide`
+  // says what for); nothing when cancelled.
+  virtual std::optional<std::string> pinDeSupervisor(const std::string& pide) = 0;
+};
 
-// Whether the shop has any supervisor yet: the first one is registered
-// without approval.
-bool haySupervisores(Contexto& c);
+// Installs `VerificarUsuario` on the host: it asks `firmas` for a
+// supervisor's PIN and answers its level; a PIN of no one is recorded.
+void instalarVerificador(HostSql& db, Firmas& firmas);
+
+// The cashier acting at `maquina`, by the name the shop registered. While the
+// shop has no cashiers, the name given as it is (CAJERO when none); once it
+// has them, the name given is one and its PIN is asked.
+std::string cajeroDe(HostSql& db, Firmas& firmas, std::int32_t maquina);
+
+// A supervisor's approval for `que` ("anular el movimiento 3") at `maquina`:
+// the level must reach `nivel`. Answers the approver's name; a refusal is a
+// Rechazo, and nothing of the act is saved.
+std::string aprobacion(HostSql& db, Firmas& firmas, std::int32_t maquina, const std::string& que,
+                       int nivel);
 
 // The level an act needs: "NivelAprobacion" (voids, refunds, withdrawals,
 // closings out of tolerance) or "NivelForzar" (leaving a drawer below zero),
@@ -38,10 +62,9 @@ int nivelExigido(const char* ajuste);
 // The largest difference a closing may have per method, valued in national
 // currency, without a supervisor: "DiferenciaCierre", 0 unless set.
 Currency diferenciaTolerada();
-
-// A new PIN read from standard input, as long as the shop asks
-// ("LargoMinimoPin", 6 unless set, never under 4).
-std::string nuevoPin();
+// The fewest characters of a PIN ("LargoMinimoPin", 6 unless set, never
+// under 4).
+std::int64_t largoMinimoPin();
 
 // A wrong PIN of `nombre` counted in `db`, inside the caller's transaction:
 // at "IntentosPin" in a row (5) the person is locked out for
@@ -52,9 +75,5 @@ std::string contarFallo(HostSql& db, Rol rol, const std::string& nombre);
 // and a lockout recorded on the server holds at every till after its next
 // copy.
 void contarEnServidor(HostSql& servidor, const Asiento& a);
-
-// The till a command acts at, for the trail: --maquina or this till's
-// number, else the machine of --sesion or of the only open session, else 0.
-std::int32_t maquinaDe(Contexto& c);
 
 }  // namespace caja::app

@@ -166,4 +166,12 @@ std::vector<std::string> sentenciasDeRoles() {
   return sentencias;
 }
 
+void crearRoles(HostSql& servidor) {
+  const auto sentencias = sentenciasDeRoles();
+  servidor.EnTransaccion([&] {
+    for (const auto& s : sentencias)
+      servidor.ExecuteSQL(s);
+  });
+}
+
 }  // namespace caja::app

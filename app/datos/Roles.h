@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "caja/host/HostSql.h"
+
 namespace caja::app {
 
 // Least privilege on a shop's server: two group roles, granted to the login
@@ -23,5 +25,7 @@ namespace caja::app {
 //               chain would tell.
 // The statements, one per element, safe to run again.
 std::vector<std::string> sentenciasDeRoles();
+// Runs them on the server, in one transaction.
+void crearRoles(HostSql& servidor);
 
 }  // namespace caja::app

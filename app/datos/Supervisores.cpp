@@ -4,14 +4,12 @@
 
 #include <sodium.h>
 #include <QCryptographicHash>
-#include <QInputDialog>
 
-#include <iostream>
 #include <stdexcept>
 
-#include "app/datos/Auditoria.h"
+#include "app/datos/Consultas.h"
 #include "caja/base/Conversiones.h"
-#include "caja/host/PostgresFactoria.h"
+#include "caja/service/HostUtil.h"
 
 namespace caja::app {
 
@@ -49,11 +47,7 @@ bool coincide(const std::string& sal, const std::string& hash, const std::string
 }
 
 // A server keeps the PIN hashes from a till's own queries: they are read
-// through its function caja_personas.
-bool esServidor(HostSql& db) {
-  return dynamic_cast<PostgresFactoria*>(&db) != nullptr;
-}
-
+// through its function caja_personas (see esServidor).
 const char* tablaDe(Rol rol) {
   return rol == Rol::Cajero ? "hostCajeros" : "hostSupervisores";
 }
@@ -111,6 +105,43 @@ bool pinCoincide(const Persona& persona, const std::string& pin) {
   return coincide(persona.sal, persona.hash, pin);
 }
 
+bool hayPersonas(HostSql& db, Rol rol) {
+  return CLng(db.ReadScalar("SELECT COUNT(*) FROM " + std::string(tablaDe(rol)))) > 0;
+}
+
+Intentos intentosDe(HostSql& db, Rol rol, const std::string& nombre) {
+  auto rs = db.openrecordset(
+      "SELECT Fallos, BloqueadoHasta FROM hostIntentos WHERE Rol = ? AND Nombre = ?",
+      {nombreRol(rol), nombre});
+  if (rs->Eof())
+    return {};
+  return {NzLong(rs->Fields(0)), CStr(rs->Fields(1))};
+}
+
+void ponerIntentos(HostSql& db, Rol rol, const std::string& nombre, std::int32_t fallos,
+                   const std::string& hasta) {
+  db.ExecuteSQL(
+      "INSERT INTO hostIntentos (Rol, Nombre, Fallos, BloqueadoHasta) VALUES (?, ?, ?, ?) "
+      "ON CONFLICT (Rol, Nombre) DO UPDATE SET Fallos = excluded.Fallos, "
+      "BloqueadoHasta = excluded.BloqueadoHasta",
+      {nombreRol(rol), nombre, fallos, hasta});
+}
+
+void reiniciarIntentos(HostSql& db, Rol rol, const std::string& nombre) {
+  db.ExecuteSQL(
+      "UPDATE hostIntentos SET Fallos = 0, BloqueadoHasta = '' WHERE Rol = ? AND Nombre = ?",
+      {nombreRol(rol), nombre});
+}
+
+void bloquearHasta(HostSql& db, Rol rol, const std::string& nombre, const std::string& hasta) {
+  db.ExecuteSQL(
+      "INSERT INTO hostIntentos (Rol, Nombre, Fallos, BloqueadoHasta) VALUES (?, ?, 0, ?) "
+      "ON CONFLICT (Rol, Nombre) DO UPDATE SET Fallos = 0, BloqueadoHasta = CASE WHEN "
+      "hostIntentos.BloqueadoHasta > excluded.BloqueadoHasta THEN hostIntentos.BloqueadoHasta "
+      "ELSE excluded.BloqueadoHasta END",
+      {nombreRol(rol), nombre, hasta});
+}
+
 int nivelDePin(HostSql& db, const std::string& pin) {
   int nivel = 0;
   auto rs = esServidor(db)
@@ -120,35 +151,6 @@ int nivelDePin(HostSql& db, const std::string& pin) {
     if (coincide(CStr(rs->Fields("Sal")), CStr(rs->Fields("Hash")), pin))
       nivel = std::max(nivel, static_cast<int>(CLng(rs->Fields("Nivel"))));
   return nivel;
-}
-
-void instalarVerificador(HostSql& db, bool conPantalla) {
-  db.SetVerificador([&db, conPantalla](const std::string& mensaje) {
-    // The component asks for a level, not for a person: the prompt says
-    // that a supervisor's PIN is wanted, and that it is not the cashier's.
-    const std::string pide = mensaje + ". Lo autoriza un supervisor con su PIN";
-    std::string pin;
-    if (conPantalla) {
-      bool ok = false;
-      pin = QInputDialog::getText(nullptr, "Autorización de un supervisor",
-                                  QString::fromStdString(pide + ":"), QLineEdit::Password, {}, &ok)
-                .toStdString();
-      if (!ok)
-        return Variant(0);
-    } else {
-      std::cerr << pide << ": ";
-      std::getline(std::cin, pin);
-    }
-    const int nivel = nivelDePin(db, pin);
-    // No name is asked here, so no one is locked out; the failure is recorded.
-    if (nivel == 0) {
-      Asiento a;
-      a.accion = "pin fallido";
-      a.detalle = mensaje;
-      anotarAparte(db, a);
-    }
-    return Variant(nivel);
-  });
 }
 
 }  // namespace caja::app

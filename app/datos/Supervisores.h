@@ -30,10 +30,26 @@ std::optional<Persona> personaDe(HostSql& db, Rol rol, const std::string& nombre
 std::vector<std::string> nombresDe(HostSql& db, Rol rol);
 bool pinCoincide(const Persona& persona, const std::string& pin);
 
+// Whether the shop has anyone of the role registered.
+bool hayPersonas(HostSql& db, Rol rol);
+
+// A person's wrong PINs in a row, and until when they are locked out ("" for
+// not locked), as kept in hostIntentos; `fallos` 0 without a row.
+struct Intentos {
+  std::int64_t fallos = 0;
+  std::string bloqueadoHasta;
+};
+Intentos intentosDe(HostSql& db, Rol rol, const std::string& nombre);
+void ponerIntentos(HostSql& db, Rol rol, const std::string& nombre, std::int32_t fallos,
+                   const std::string& hasta);
+// Back to no failures: set back, never deleted, since a till's login may not
+// delete the counts.
+void reiniciarIntentos(HostSql& db, Rol rol, const std::string& nombre);
+// A lockout until `hasta` merged in: the later of the two holds, and the
+// count starts again.
+void bloquearHasta(HostSql& db, Rol rol, const std::string& nombre, const std::string& hasta);
+
 // The highest level of the supervisors whose PIN this is; 0 for none.
 int nivelDePin(HostSql& db, const std::string& pin);
-// Installs `VerificarUsuario` on the host: it asks for a PIN (a dialog when
-// there is a screen, standard input otherwise) and answers its level.
-void instalarVerificador(HostSql& db, bool conPantalla);
 
 }  // namespace caja::app

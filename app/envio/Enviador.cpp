@@ -1,20 +1,19 @@
 #include "app/envio/Enviador.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
-#include <QDateTime>
 #include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <iostream>
 #include <thread>
 
-#include "app/envio/Diario.h"
-#include "app/linea/Salida.h"
+#include "app/datos/Carpeta.h"
+#include "app/envio/Cerrojo.h"
+#include "app/envio/Envio.h"
 #include "caja/host/PostgresFactoria.h"
 #include "caja/service/General.h"
 
@@ -50,23 +49,12 @@ bool lote(HostSql& servidor, const std::shared_ptr<HostSql>& diario,
 
 }  // namespace
 
-Cerrojo::Cerrojo(const std::filesystem::path& archivo, bool esperar) {
-  fd_ = ::open(archivo.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  tomado_ = fd_ >= 0 && ::flock(fd_, LOCK_EX | (esperar ? 0 : LOCK_NB)) == 0;
-}
-
-Cerrojo::~Cerrojo() {
-  if (fd_ >= 0)
-    ::close(fd_);
-}
-
 namespace {
 
 // Sends while the lock is held, until nothing waits or, unless
 // `--continuo`, ten minutes have passed.
-int enviarConCerrojo(Contexto& c) {
-  const std::string uri = *c.args.valor("db");
-  const bool continuo = c.args.bandera("continuo");
+bool enviarConCerrojo(const std::string& uri, const std::shared_ptr<HostSql>& diario,
+                      bool continuo) {
   const auto hasta = std::chrono::steady_clock::now() + kPlazo;
   int espera = 1;
   // One connection while it works; a failure makes a new one next time.
@@ -77,8 +65,8 @@ int enviarConCerrojo(Contexto& c) {
     try {
       if (!servidor)
         servidor = PostgresFactoria::Conectar(uri);
-      if (!lote(*servidor, c.db, ultimaCopia) && !continuo)
-        return kExito;
+      if (!lote(*servidor, diario, ultimaCopia) && !continuo)
+        return true;
       espera = 1;
     } catch (const CajaError& e) {
       servidor.reset();
@@ -92,7 +80,7 @@ int enviarConCerrojo(Contexto& c) {
       std::cerr << "El servidor no recibió lo pendiente en diez minutos: se enviará con la "
                    "próxima venta"
                 << std::endl;
-      return kError;
+      return false;
     }
     std::this_thread::sleep_for(std::chrono::seconds(pausa));
   }
@@ -100,24 +88,19 @@ int enviarConCerrojo(Contexto& c) {
 
 }  // namespace
 
-int enviar(Contexto& c) {
+FinDeEnvio enviar(const std::string& uri, const std::shared_ptr<HostSql>& diario, bool continuo) {
   for (bool primera = true;; primera = false) {
     {
       const Cerrojo vivo(enCarpeta("enviador.lock"), false);
-      if (!vivo.tomado()) {
-        if (primera)
-          Salida(c.out, c.args.bandera("json")).mensaje("Ya hay un envío en curso en esta caja");
-        return kExito;
-      }
-      if (const int estado = enviarConCerrojo(c); estado != kExito)
-        return estado;
+      if (!vivo.tomado())
+        return primera ? FinDeEnvio::OtroEnCurso : FinDeEnvio::OtroSigue;
+      if (!enviarConCerrojo(uri, diario, continuo))
+        return FinDeEnvio::SinServidor;
     }
     // A sale saved after the last look found this sender still running and
     // started none: one more look once the lock is free.
-    if (pendientes(*c.db).empty()) {
-      Salida(c.out, c.args.bandera("json")).mensaje("Nada espera envío");
-      return kExito;
-    }
+    if (pendientes(*diario).empty())
+      return FinDeEnvio::NadaEspera;
   }
 }
 
@@ -146,21 +129,6 @@ void lanzarEnviador(const std::string& uri) {
   }
   if (hijo > 0)
     waitpid(hijo, nullptr, 0);
-}
-
-std::string ultimoEnvio() {
-  std::ifstream archivo(carpetaDeDatos(false) / "ultimo-envio");
-  std::string texto;
-  std::getline(archivo, texto);
-  return texto;
-}
-
-void anotarEnvio() {
-  const auto ruta = enCarpeta("ultimo-envio");
-  std::ofstream(ruta) << QDateTime::currentDateTime().toString("yyyy-MM-dd HH:mm:ss").toStdString()
-                      << '\n';
-  std::filesystem::permissions(
-      ruta, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 }  // namespace caja::app

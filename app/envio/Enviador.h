@@ -3,26 +3,11 @@
 #include <filesystem>
 #include <string>
 
-#include "app/linea/Comandos.h"
+#include <memory>
+
+#include "caja/host/HostSql.h"
 
 namespace caja::app {
-
-// An exclusive lock on a file of the till's data folder (flock), held while
-// the object lives; not inherited by programs the process starts.
-class Cerrojo {
- public:
-  // Waits for the lock when `esperar`; otherwise `tomado()` says whether it
-  // was free.
-  Cerrojo(const std::filesystem::path& archivo, bool esperar);
-  ~Cerrojo();
-  Cerrojo(const Cerrojo&) = delete;
-  Cerrojo& operator=(const Cerrojo&) = delete;
-  bool tomado() const { return tomado_; }
-
- private:
-  int fd_ = -1;
-  bool tomado_ = false;
-};
 
 // The till's sender: it ships the journal to the server behind the cashier.
 // One runs per till at a time (the lock "enviador.lock" of the data folder,
@@ -38,16 +23,17 @@ class Cerrojo {
 // half minute otherwise, the journal's copy of what a sale reads is
 // refreshed; a batch that sent something with nothing refused notes its
 // time for `pendientes`.
-int enviar(Contexto& c);
+enum class FinDeEnvio {
+  NadaEspera,   // all sent
+  OtroEnCurso,  // another sender of this till runs: nothing done
+  OtroSigue,    // ...and took over what waited, after this one sent
+  SinServidor,  // the server did not take it in ten minutes
+};
+FinDeEnvio enviar(const std::string& uri, const std::shared_ptr<HostSql>& diario, bool continuo);
 
 // Starts `caja enviar` for the server `uri`, detached, unless a sender of
 // this till is running already. Called after a movement was saved in the
 // journal.
 void lanzarEnviador(const std::string& uri);
-
-// When the last batch with nothing refused ended, or empty.
-std::string ultimoEnvio();
-// Notes now as the time of the last batch that sent with nothing refused.
-void anotarEnvio();
 
 }  // namespace caja::app

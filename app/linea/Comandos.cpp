@@ -1,36 +1,27 @@
 #include "app/linea/Comandos.h"
 
-#include <QApplication>
-#include <algorithm>
+#include <QCoreApplication>
+#include <chrono>
+#include <cstdlib>
 #include <iostream>
-#include <map>
+#include <thread>
 
-#include "app/datos/Auditoria.h"
-#include "app/controles/Autorizacion.h"
-#include "app/datos/Demo.h"
-#include "app/acciones/Devolucion.h"
-#include "app/envio/Diario.h"
-#include "app/acciones/Empresa.h"
-#include "app/envio/Enviador.h"
 #include "app/acciones/EstaCaja.h"
-#include "app/papeles/Impresos.h"
-#include "app/papeles/Informe.h"
-#include "app/envio/Politica.h"
+#include "app/acciones/Personas.h"
+#include "app/acciones/Venta.h"
+#include "app/controles/Autorizacion.h"
+#include "app/datos/Carpeta.h"
+#include "app/datos/Demo.h"
+#include "app/datos/Diario.h"
 #include "app/datos/Roles.h"
+#include "app/envio/Envio.h"
+#include "app/linea/EnLinea.h"
 #include "app/linea/Salida.h"
-#include "app/datos/Supervisores.h"
-#include "caja/base/Conversiones.h"
-#include "caja/base/Formato.h"
 #include "caja/base/Texto.h"
-#include "caja/dialogs/DialogosQt.h"
-#include "caja/dialogs/frmDefinirVuelto.h"
-#include "caja/dialogs/frmVarelta.h"
 #include "caja/drawer/SaldoCaja.h"
-#include "caja/facade/CServiciosCaja.h"
-#include "caja/movement/TempVarelta.h"
+#include "caja/host/PostgresFactoria.h"
+#include "caja/movement/CVarelta.h"
 #include "caja/service/General.h"
-#include "caja/service/HostUtil.h"
-#include "caja/service/Settings.h"
 
 namespace caja::app {
 
@@ -40,15 +31,9 @@ Salida salida(Contexto& c) {
   return Salida(c.out, c.args.bandera("json"));
 }
 
-// A payment of the command line: the catalogue's code (any letter case
-// typed) and its amount in the method's own currency.
-struct Pago {
-  std::string codigo;
-  Currency monto;
-};
-
-// The amounts of a repeatable CODIGO=MONTO option; `otro` is a code that is
-// not in the catalogue and yet accepted ("CREDITO" of --vuelto).
+// The amounts of a repeatable CODIGO=MONTO option, each code in the
+// catalogue's spelling whatever letter case was typed; `otro` is a code
+// that is not in the catalogue and yet accepted ("CREDITO" of --vuelto).
 std::vector<Pago> pagos(Contexto& c, const char* opcion = "pago", const char* otro = "EFE") {
   std::vector<Pago> lista;
   for (const auto& texto : c.args.valores(opcion)) {
@@ -67,17 +52,26 @@ std::vector<Pago> pagos(Contexto& c, const char* opcion = "pago", const char* ot
   return lista;
 }
 
-// The sale as the command line gives it, checked before anything is opened.
-struct Venta {
-  Currency venta, iva, credito;
-  std::string titulo, operador, tipoDoc, tipoEnt, codEnt;
-  std::int32_t numDoc = 0;
-  bool conDocumento = false;
-  std::vector<Pago> pagos;
-  std::vector<Pago> vueltos;  // "CREDITO" for the credited part
-  std::string clasificacion;  // empty for a sale
-};
+// What every movement of the command line takes: its session, document,
+// customer and whether a drawer may go below zero.
+void comunDe(Contexto& c, Venta& v) {
+  if (const auto s = c.args.entero("sesion", 1, kMaximo32))
+    v.sesion = static_cast<std::int32_t>(*s);
+  // Without --documento the movement has none ("sin documento").
+  if (const auto documento = c.args.valor("documento")) {
+    v.conDocumento = true;
+    const auto [tipoDoc, numDoc] = parDe(*documento, "documento", ':');
+    v.tipoDoc = tipoDoc;
+    v.numDoc = static_cast<std::int32_t>(enteroDe(numDoc, "--documento", 0, kMaximo32));
+  }
+  const auto [tipoEnt, codEnt] = parDe(c.args.valor("entidad", "CLI:C0001"), "entidad", ':');
+  v.tipoEnt = tipoEnt;
+  v.codEnt = codEnt;
+  v.repetir = c.args.bandera("repetir");
+  v.forzar = c.args.bandera("forzar");
+}
 
+// The sale as the command line gives it, checked before anything is opened;
 // `opcion` names the amount: --venta for a sale, --monto for a refund.
 Venta ventaDe(Contexto& c, const char* opcion = "venta") {
   Venta v;
@@ -100,371 +94,49 @@ Venta ventaDe(Contexto& c, const char* opcion = "venta") {
   if (total.isZero())
     throw ErrorUso("No hay nada que cobrar: venta + IVA - crédito es 0");
   v.titulo = c.args.valor("titulo", "Cobro");
-  // Without --documento the movement has none ("sin documento").
-  if (const auto documento = c.args.valor("documento")) {
-    v.conDocumento = true;
-    const auto [tipoDoc, numDoc] = parDe(*documento, "documento", ':');
-    v.tipoDoc = tipoDoc;
-    v.numDoc = static_cast<std::int32_t>(enteroDe(numDoc, "--documento", 0, kMaximo32));
-  }
-  const auto [tipoEnt, codEnt] = parDe(c.args.valor("entidad", "CLI:C0001"), "entidad", ':');
-  v.tipoEnt = tipoEnt;
-  v.codEnt = codEnt;
+  comunDe(c, v);
   v.pagos = pagos(c);
   v.vueltos = pagos(c, "vuelto", "CREDITO");
   if (!v.vueltos.empty() && !c.args.bandera("aceptar"))
     throw ErrorUso("--vuelto va con --aceptar: en pantalla el cajero reparte el vuelto");
-  v.operador = cajeroDe(c);
   return v;
-}
-
-// The session the sale goes to: the one given, else the one open at this
-// till. A closed or unknown session, or no rate, is refused with the
-// command that puts it right.
-std::int32_t sesionDeVenta(Contexto& c) {
-  const auto dada = c.args.entero("sesion", 1, kMaximo32);
-  if (!dada) {
-    const std::int32_t m = estaMaquina(c);
-    const Variant abierta =
-        c.db->ReadScalar("SELECT MIN(SessionID) FROM SesionesPOS WHERE MachineID = ?", {m});
-    if (abierta.isEmpty() || abierta.isNull())
-      throw Rechazo("La máquina " + std::to_string(m) +
-                    " no tiene ninguna sesión abierta: ábrala con caja sesion abrir");
-    return CLng(abierta);
-  }
-  const auto s = static_cast<std::int32_t>(*dada);
-  if (c.db->ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {s}).isEmpty()) {
-    const bool cerrada =
-        !c.db->ReadScalar("SELECT MachineID FROM SesionesCerradas WHERE SessionID = ?", {s})
-             .isEmpty();
-    throw Rechazo("La sesión " + std::to_string(s) + (cerrada ? " está cerrada" : " no existe") +
-                  ": abra una con caja sesion abrir --maquina N");
-  }
-  return s;
-}
-
-void exigirTasa(Contexto& c) {
-  const Variant tasa = c.db->ReadScalar("SELECT MAX(TipoCambio) FROM parametrosEmpresa");
-  if (c.db->TipoCambioCaja() <= 0 || tasa.isEmpty() || tasa.isNull() || CDbl(tasa) <= 0)
-    throw Rechazo("La caja no tiene tasa de cambio: fíjela con caja tasa VALOR");
-}
-
-// The movement of the database that charged the sale's document and was
-// not voided, or empty.
-std::string cobradoEn(HostSql& db, const Venta& v) {
-  CVarelta previo;
-  if (!previo.LoadFromDocumento(v.tipoDoc, v.numDoc) ||
-      !db.ReadScalar("SELECT TransID FROM hostAnulaciones WHERE TransID = ?", {previo.TransID})
-           .isEmpty())
-    return "";
-  return std::to_string(previo.TransID);
-}
-
-// The same document is charged once: a second charge names the first one,
-// unless the cashier says --repetir. A voided charge does not count.
-void exigirDocumentoLibre(Contexto& c, const Venta& v) {
-  if (!v.conDocumento || c.args.bandera("repetir"))
-    return;
-  const std::string previo =
-      c.enDiario ? cobradoSegunDiario(*c.db, v.tipoDoc, v.numDoc) : cobradoEn(*c.db, v);
-  if (previo.empty())
-    return;
-  throw Rechazo("El documento " + v.tipoDoc + " " + std::to_string(v.numDoc) +
-                " ya se cobró en el movimiento " + previo +
-                " (use --repetir para cobrarlo de nuevo)");
-}
-
-// The dialog loaded with the sale's amounts, rounded to cents as the facade does.
-void abrir(frmVarelta& dialogo, const Venta& v) {
-  dialogo.setWindowTitle(QString::fromStdString(v.titulo));
-  dialogo.preparar(RedondearMonto(Variant(v.venta), 2), RedondearMonto(Variant(v.iva), 2),
-                   RedondearMonto(Variant(v.credito), 2));
-}
-
-// The change split typed in place of the cashier: the suggestion when no
-// --vuelto was given, else exactly the amounts given.
-bool teclearVuelto(const Venta& v, frmDefinirVuelto& d) {
-  if (!v.vueltos.empty()) {
-    d.limpiar();
-    for (const auto& [codigo, monto] : v.vueltos)
-      if (!d.teclear(codigo, monto))
-        throw ErrorUso("El medio " + codigo + " no da vuelto en este cobro");
-  }
-  return d.aceptarGuion();
-}
-
-// The collection in the real dialog, the parked lines first: typed unseen
-// and accepted (--aceptar), or worked by the cashier on screen. The dialog
-// stays with the caller, who reads the change from it.
-std::shared_ptr<CVarelta> cobrarEn(frmVarelta& dialogo, Contexto& c, const Venta& v,
-                                   Collection<CDetalleIngreso>* aparcadas) {
-  const bool guion = c.args.bandera("aceptar");
-  if (!guion && !c.conPantalla)
-    throw ErrorUso("No hay pantalla: use --pago CODIGO=MONTO y --aceptar");
-  if (!guion)
-    instalarDialogosQt();
-  abrir(dialogo, v);
-  if (v.clasificacion == kDevolucion)
-    dialogo.comoDevolucion();
-  if (!v.vueltos.empty() && !dialogo.cobro().opciones.dividirVuelto)
-    throw ErrorUso(
-        "--vuelto necesita que la tienda reparta el vuelto (VueltoDetallado o "
-        "acreditarVueltos en ZOR.ini)");
-  if (aparcadas)
-    for (const auto& linea : *aparcadas)
-      if (!dialogo.precargar(*linea))
-        throw Rechazo("El medio de pago " + linea->medio + " no tiene entrada en el cobro");
-  if (!guion)
-    return dialogo.mostrar();
-  for (const auto& [codigo, monto] : v.pagos)
-    if (!dialogo.teclear(codigo, monto))
-      throw ErrorUso("El medio de pago " + codigo + " no tiene entrada en el cobro");
-  dialogo.guionVuelto = [&v](frmDefinirVuelto& d) { return teclearVuelto(v, d); };
-  return dialogo.aceptarGuion() ? dialogo.resultado() : nullptr;
-}
-
-// How the change went back, kept in the host's own table beside the
-// movement: each change line and the credited amount ("CREDITO").
-void anotarVuelto(Contexto& c, const CVarelta& mov, const Vuelto* cambio) {
-  const std::string sql =
-      "INSERT INTO hostVueltos (TransID, Medio, Monto, MontoNominal) VALUES (?, ?, ?, ?)";
-  if (cambio && mov.Vuelto > Currency{})
-    for (const auto& d : *cambio->detalles())
-      c.db->ExecuteSQL(sql, {mov.TransID, d->medio, Abs(d->Monto), Abs(d->montoNominal)});
-  if (mov.MontoAcreditable > Currency{})
-    c.db->ExecuteSQL(sql, {mov.TransID, "CREDITO", mov.MontoAcreditable, mov.MontoAcreditable});
-}
-
-// What a sale or a refund was made of, for its receipt: base, tax and
-// credit, as the dialog took them (rounded to cents), given back positive.
-void anotarImportes(Contexto& c, const CVarelta& mov, const Venta& v) {
-  if (!v.clasificacion.empty() && v.clasificacion != kDevolucion)
-    return;
-  const auto centimos = [](Currency m) { return Abs(CCur(RedondearMonto(Variant(m), 2))); };
-  c.db->ExecuteSQL("INSERT INTO hostImportes (TransID, Base, IVA, Credito) VALUES (?, ?, ?, ?)",
-                   {mov.TransID, centimos(v.venta), centimos(v.iva), centimos(v.credito)});
-}
-
-}  // namespace
-
-std::int32_t numeroDondeCorre(Contexto& c, const std::string& numero) {
-  const auto n = static_cast<std::int32_t>(enteroDe(numero, "NUMERO", 1, kMaximo32));
-  return c.enDiario && c.conServidor ? numeroLocalDe(*c.db, n) : n;
-}
-
-void exigirServidor(Contexto& c) {
-  if (!c.conServidor)
-    throw ErrorUso(
-        "--local nombra un movimiento del diario de una caja con servidor: aquí use NUMERO");
-}
-
-NumeroVisible numeroVisible(Contexto& c, std::int32_t transId) {
-  if (!c.enDiario || !c.conServidor)
-    return {transId};
-  const std::int32_t enServidor = numeroEnServidor(*c.db, transId);
-  return enServidor > 0 ? NumeroVisible{enServidor} : NumeroVisible{transId, true};
-}
-
-std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId) {
-  std::vector<MontoMedio> lista;
-  auto rs = c.db->openrecordset("SELECT * FROM hostVueltos WHERE TransID = ?", {transId});
-  for (; !rs->Eof(); rs->MoveNext())
-    lista.push_back({NzTexto(rs->Fields("Medio")), NzMoneda(rs->Fields("Monto")),
-                     NzMoneda(rs->Fields("MontoNominal"))});
-  return lista;
-}
-
-namespace {
-
-// What runs around a save inside its transaction: `antes` may refuse before
-// anything is written; `despues` sees the saved movement and the drawers it
-// moved, and may still refuse (all of it rolls back) or record more.
-struct Alrededor {
-  std::function<void()> antes = [] {};
-  std::function<void()> despues = [] {};
-};
-
-// Saves and commits in one host transaction, with the change and the
-// movement's key: a failed save leaves nothing, and a save that collided
-// with another till's runs again. On a server till the host is the till's
-// journal, from where the sender ships the movement under its key.
-void guardar(Contexto& c, const Venta& v, std::int32_t sesion, CVarelta& mov, const Vuelto* cambio,
-             const Alrededor& alrededor = {}) {
-  const std::string clave = nuevaClave();
-  c.db->EnTransaccion(
-      [&] {
-        alrededor.antes();
-        mov.Save(sesion, v.operador, v.tipoDoc, v.numDoc, v.tipoEnt, v.codEnt, v.titulo,
-                 Fecha::today(), Variant(), v.clasificacion);
-        mov.commitTransEf();
-        anotarVuelto(c, mov, cambio);
-        anotarImportes(c, mov, v);
-        alrededor.despues();
-        c.db->ExecuteSQL("INSERT INTO hostClaves (Clave, TransID) VALUES (?, ?)",
-                         {clave, mov.TransID});
-      },
-      [&] { olvidarGuardado(mov); });
-}
-
-// A line of `monto` in the method's own currency, valued at the catalogue's rate.
-std::shared_ptr<CDetalleIngreso> lineaDe(std::string codigo, Currency monto) {
-  const auto medio = ObtenerMedioPago(codigo);
-  auto linea = std::make_shared<CDetalleIngreso>();
-  linea->medio = codigo;
-  linea->montoNominal = monto;
-  linea->Monto = medio ? CCur(monto.toDouble() * medio->FactorCambio()) : monto;
-  return linea;
 }
 
 // Prints the movement as the database now holds it.
 int mostrarGuardado(Contexto& c, std::int32_t transId) {
   CVarelta guardado;
   guardado.load(transId);
-  salida(c).movimiento(guardado, vueltoDe(c, transId), numeroVisible(c, transId));
+  salida(c).movimiento(guardado, vueltoDe(c.db(), transId), numeroVisible(c.almacen, transId));
   if (c.args.bandera("imprimir"))
     imprimirGuardado(c, transId);
   return kExito;
 }
 
-// One sale from the command line to the saved movement; `clave` names parked
-// lines to start from, taken from the store in the same transaction as the save.
-int venderDesde(Contexto& c, const std::string* clave) {
+int vender(Contexto& c, const std::string* clave) {
   const Venta v = ventaDe(c);
-  const std::int32_t sesionVenta = sesionDeVenta(c);
-  exigirTasa(c);
-  exigirDocumentoLibre(c, v);
-  CVarelta aparcado;
-  if (clave) {
-    // Read without taking: the rolled-back load leaves the entry parked.
-    c.db->BeginTrans();
-    TempVarelta().load(*clave, aparcado);
-    c.db->Rollback();
-    if (aparcado.colDetalles->Count() == 0)
-      throw Rechazo("Referencia " + *clave + " no registrada.");
-  }
-  frmVarelta dialogo;
-  const auto mov = cobrarEn(dialogo, c, v, clave ? aparcado.colDetalles.get() : nullptr);
-  if (!mov)
-    throw Rechazo("Cobro no completado: nada se guardó");
-  Alrededor alrededor;
-  if (clave)
-    alrededor.antes = [&] {
-      CVarelta tomado;
-      TempVarelta().load(*clave, tomado);
-      if (tomado.colDetalles->Count() == 0)
-        throw Rechazo("La referencia " + *clave + " ya fue retomada en otra caja: nada se guardó");
-    };
-  guardar(c, v, sesionVenta, *mov, dialogo.cambio(), alrededor);
-  return mostrarGuardado(c, mov->TransID);
+  CobroDeLinea cobro(c.args, c.conPantalla);
+  Puesto p = c.puesto();
+  return mostrarGuardado(c, vender(p, v, cobro, clave));
 }
 
-std::int32_t maquinaDeSesion(Contexto& c, std::int32_t sesion) {
-  return CLng(c.db->ReadScalar("SELECT MachineID FROM SesionesPOS WHERE SessionID = ?", {sesion}));
+int cobrar(Contexto& c) {
+  return vender(c, nullptr);
 }
 
-// Money leaving the till (a refund, a withdrawal) never takes a method's
-// drawer below zero, whatever the method, unless the cashier says --forzar
-// and a supervisor approves it: what is not in the drawer cannot have been
-// handed out. Checked on the drawers the save has just moved.
-void exigirSaldo(Contexto& c, std::int32_t sesion, CVarelta& mov) {
-  if (c.args.bandera("forzar"))
-    return;
-  std::map<std::string, Currency> sale;
-  for (const auto& linea : *mov.colDetalles)
-    if (linea->montoNominal < Currency{})
-      sale[linea->medio] += linea->montoNominal;
-  SaldoCaja saldo;
-  saldo.load(maquinaDeSesion(c, sesion));
-  for (const auto& [medio, monto] : sale) {
-    const auto queda = saldo.detalles ? saldo.detalles->Find(medio) : nullptr;
-    if (!queda || queda->valorNominal >= Currency{})
-      continue;
-    throw Rechazo("En la caja hay " + Format(Variant(queda->valorNominal - monto), kFormatoMonto) +
-                  " de " + medio + ": no alcanza para entregar " +
-                  Format(Variant(-monto), kFormatoMonto) +
-                  " (use --forzar si el dinero salió igual): nada se guardó");
-  }
+const std::string& clave(Contexto& c) {
+  return c.args.posicionales().front();
 }
 
-// The approval money leaving the till needs; forcing a drawer below zero
-// may ask for a higher level.
-std::string aprobacionDeSalida(Contexto& c, const std::string& que) {
-  const bool forzada = c.args.bandera("forzar");
-  return aprobacion(
-      c, que + (forzada ? " aunque la caja quede en negativo" : ""),
-      std::max(nivelExigido("NivelAprobacion"), forzada ? nivelExigido("NivelForzar") : 0));
-}
-
-// The trail's row of a saved movement that needed approval: each line's
-// amount in its own currency, and the total in national currency.
-void anotarMovimiento(Contexto& c, std::int32_t sesion, const Venta& v, CVarelta& mov,
-                      const std::string& aprobador) {
-  Asiento a;
-  a.maquina = maquinaDeSesion(c, sesion);
-  a.cajero = v.operador;
-  a.aprobador = aprobador;
-  a.accion = tipoDe(v.clasificacion) + (c.args.bandera("forzar") ? " forzada" : "");
-  for (const auto& linea : *mov.colDetalles) {
-    a.detalle +=
-        (a.detalle.empty() ? "" : " ") + linea->medio + "=" + linea->montoNominal.toMachineText();
-    a.monto += linea->Monto;
-  }
-  if (v.clasificacion == kSalida)
-    a.detalle += "; " + v.titulo;
-  a.movimiento = mov.TransID;
-  anotar(*c.db, a);
-}
-
-// The checks and the record of a movement that takes money out.
-Alrededor alrededorDeSalida(Contexto& c, std::int32_t sesion, const Venta& v, CVarelta& mov,
-                            const std::string& aprobador) {
-  Alrededor a;
-  a.despues = [&c, sesion, &v, &mov, aprobador] {
-    exigirSaldo(c, sesion, mov);
-    anotarMovimiento(c, sesion, v, mov, aprobador);
-  };
-  return a;
-}
-
-// What a refund hands back per method, in the method's own currency.
-std::map<std::string, Currency> entregadoPorMedio(CVarelta& mov) {
-  std::map<std::string, Currency> porMedio;
-  for (const auto& linea : *mov.colDetalles)
-    porMedio[linea->medio] -= linea->montoNominal;
-  return porMedio;
+int retomar(Contexto& c) {
+  return vender(c, &clave(c));
 }
 
 int devolver(Contexto& c) {
   Venta v = ventaDe(c, "monto");
-  // Given back: the dialog works on the negative amounts; the cashier types
-  // (and the command line gives) what leaves the till per method, positive.
-  v.venta = -v.venta;
-  v.iva = -v.iva;
   v.titulo = c.args.valor("motivo").value_or(c.args.valor("titulo", kTituloDevolucion));
-  v.clasificacion = kDevolucion;
-  const std::int32_t sesionVenta = sesionDeVenta(c);
-  exigirTasa(c);
-  // Checked in total before a supervisor is asked, and per method once the
-  // dialog says what leaves the till.
-  const Currency total = -(v.venta + v.iva);
-  const bool forzada = c.args.bandera("forzar");
-  const std::string documento = v.tipoDoc + " " + std::to_string(v.numDoc);
-  const CobroDocumento cobro =
-      v.conDocumento ? cobroParaDevolver(c, v.tipoDoc, v.numDoc) : CobroDocumento{};
-  if (v.conDocumento)
-    exigirDevolucionCubierta(cobro, documento, total, {}, forzada);
-  const std::string aprobador =
-      aprobacionDeSalida(c, "devolver " + Format(Variant(total), kFormatoMonto));
-  frmVarelta dialogo;
-  const auto mov = cobrarEn(dialogo, c, v, nullptr);
-  if (!mov)
-    throw Rechazo("Devolución no completada: nada se guardó");
-  if (!mov->Vuelto.isZero())
-    throw Rechazo("Lo entregado debe sumar exactamente el monto de la devolución: nada se guardó");
-  if (v.conDocumento)
-    exigirDevolucionCubierta(cobro, documento, total, entregadoPorMedio(*mov), forzada);
-  guardar(c, v, sesionVenta, *mov, nullptr, alrededorDeSalida(c, sesionVenta, v, *mov, aprobador));
-  return mostrarGuardado(c, mov->TransID);
+  CobroDeLinea cobro(c.args, c.conPantalla);
+  Puesto p = c.puesto();
+  return mostrarGuardado(c, devolver(p, v, cobro));
 }
 
 // Cash put into the till or taken out of it without a sale: a movement of
@@ -483,26 +155,9 @@ int moverEfectivo(Contexto& c, const char* clasificacion) {
   for (const auto& [codigo, monto] : v.pagos)
     if (monto.isZero())
       throw ErrorUso("--pago " + codigo + "=0 no mueve nada: nada se guardó");
-  v.operador = cajeroDe(c);
-  const std::int32_t sesionVenta = sesionDeVenta(c);
-  exigirTasa(c);
-  CVarelta mov;
-  Currency suma;
-  for (const auto& [codigo, monto] : v.pagos) {
-    const auto linea = lineaDe(codigo, sale ? -monto : monto);
-    suma += linea->Monto;
-    mov.colDetalles->Add(linea);
-  }
-  if (suma < Currency{})
-    mov.Creditos = -suma;
-  else
-    mov.Debitos = suma;
-  const Alrededor alrededor =
-      sale ? alrededorDeSalida(c, sesionVenta, v, mov,
-                               aprobacionDeSalida(c, "sacar dinero de la caja"))
-           : Alrededor{};
-  guardar(c, v, sesionVenta, mov, nullptr, alrededor);
-  return mostrarGuardado(c, mov.TransID);
+  comunDe(c, v);
+  Puesto p = c.puesto();
+  return mostrarGuardado(c, moverEfectivo(p, v));
 }
 
 int entrada(Contexto& c) {
@@ -513,10 +168,6 @@ int salidaDeCaja(Contexto& c) {
   return moverEfectivo(c, kSalida);
 }
 
-const std::string& clave(Contexto& c) {
-  return c.args.posicionales().front();
-}
-
 // The server's roles: their SQL shown, or run in one transaction.
 int roles(Contexto& c) {
   const auto sentencias = sentenciasDeRoles();
@@ -525,10 +176,7 @@ int roles(Contexto& c) {
       c.out << s << ";\n";
     return kExito;
   }
-  c.db->EnTransaccion([&] {
-    for (const auto& s : sentencias)
-      c.db->ExecuteSQL(s);
-  });
+  crearRoles(c.db());
   salida(c).mensaje(
       "Roles caja_caja (las cajas) y caja_admin (el administrador) listos: déselos a cada "
       "usuario con GRANT caja_caja TO USUARIO");
@@ -536,10 +184,10 @@ int roles(Contexto& c) {
 }
 
 int init(Contexto& c) {
-  if (const auto m = c.args.entero("maquina", 1, 32767))
+  if (const auto m = c.args.entero("maquina", 1, kMaquinaMaxima))
     fijarMaquina(static_cast<std::int32_t>(*m));
   if (c.args.bandera("demo"))
-    crearDemo(*c.db);
+    crearDemo(c.db());
   if (c.args.bandera("roles") || c.args.bandera("mostrar-roles"))
     return roles(c);
   salida(c).mensaje(c.args.bandera("demo")
@@ -550,17 +198,9 @@ int init(Contexto& c) {
   return kExito;
 }
 
-int cobrar(Contexto& c) {
-  return venderDesde(c, nullptr);
-}
-
-int retomar(Contexto& c) {
-  return venderDesde(c, &clave(c));
-}
-
 int saldo(Contexto& c) {
   SaldoCaja s;
-  s.load(estaMaquina(c));
+  s.load(estaMaquinaDe(c));
   salida(c).saldo(s);
   return kExito;
 }
@@ -581,7 +221,7 @@ int movimiento(Contexto& c) {
               mov.load(mov.TransID);
   } else if (const auto local = c.args.entero("local", 1, kMaximo32)) {
     exigirServidor(c);
-    const std::int32_t enServidor = numeroEnServidor(*c.db, static_cast<std::int32_t>(*local));
+    const std::int32_t enServidor = numeroEnServidor(c.db(), static_cast<std::int32_t>(*local));
     if (enServidor == 0)
       c.out << "Pendiente de envío: el movimiento del diario de esta caja\n";
     else if (enServidor > 0)
@@ -593,147 +233,49 @@ int movimiento(Contexto& c) {
   }
   if (!hallado)
     throw Rechazo("Movimiento no encontrado");
-  salida(c).movimiento(mov, vueltoDe(c, mov.TransID), numeroVisible(c, mov.TransID));
+  salida(c).movimiento(mov, vueltoDe(c.db(), mov.TransID), numeroVisible(c.almacen, mov.TransID));
   return kExito;
 }
 
 int sincronizar(Contexto& c) {
-  // Both ways: what waits goes to the server, and the journal takes a fresh
-  // copy of what a sale reads.
-  Envio envio;
-  if (const auto diario = abrirDiario(false)) {
-    envio = app::sincronizar(*c.db, *diario);
-    copiarReferencias(*c.db, *diario);
-  }
+  const Envio envio = sincronizarCaja(c.db());
   salida(c).envio(envio);
   avisarEnvio(envio);
   if (!envio.fallidos.empty())
     return kError;
-  const auto diario = abrirDiario(false);
+  const auto diario = c.almacen.diario();
   return diario && !conflictos(*diario, false).empty() ? kRechazado : kExito;
 }
 
 int pendientesDeEnvio(Contexto& c) {
-  salida(c).pendientes(pendientes(*c.db), conflictos(*c.db, false));
+  salida(c).pendientes(pendientes(c.db()), conflictos(c.db(), false));
   return kExito;
 }
 
-// The documents the database holds as charged, not voided, at more than one
-// till, one line each: "FAC 1002: movimientos 3 (máquina 1), 4 (máquina 2)".
-std::vector<std::string> documentosRepetidos(HostSql& db) {
-  const std::string cobrado =
-      "FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE "
-      "A.TransID IS NULL AND COALESCE(M.Clasificacion, '') = '' AND COALESCE(M.TipoDocumento, "
-      "'') <> '' AND M.NumeroDocumento <> 0";
-  auto rs = db.openrecordset(
-      "SELECT M.TipoDocumento, M.NumeroDocumento, M.TransID, M.machineID " + cobrado +
-      " AND EXISTS (SELECT 1 FROM MovimientosCaja O LEFT JOIN hostAnulaciones B ON B.TransID = "
-      "O.TransID WHERE B.TransID IS NULL AND COALESCE(O.Clasificacion, '') = '' AND "
-      "O.TipoDocumento = M.TipoDocumento AND O.NumeroDocumento = M.NumeroDocumento AND "
-      "O.machineID <> M.machineID) ORDER BY M.TipoDocumento, M.NumeroDocumento, M.TransID");
-  std::vector<std::string> lineas;
-  std::string documento;
-  for (; !rs->Eof(); rs->MoveNext()) {
-    const std::string este = NzTexto(rs->Fields(0)) + " " + std::to_string(NzLong(rs->Fields(1)));
-    const std::string movimiento = std::to_string(NzLong(rs->Fields(2))) + " (máquina " +
-                                   std::to_string(NzLong(rs->Fields(3))) + ")";
-    if (este != documento)
-      lineas.push_back(este + ": movimientos " + movimiento);
-    else
-      lineas.back() += ", " + movimiento;
-    documento = este;
-  }
-  return lineas;
-}
-
-// A supervisor acknowledges a conflict of this till: the journal keeps who
-// and when, and the trail records it (the server's when it answers).
-void resolverConflicto(Contexto& c, HostSql& diario, std::int32_t numero) {
-  auto rs = diario.openrecordset(
-      "SELECT Detalle, MachineID FROM hostConflictos WHERE id = ? AND ResueltoPor = ''", {numero});
-  if (rs->Eof())
-    throw Rechazo("No hay ningún conflicto " + std::to_string(numero) + " sin resolver");
-  Asiento a;
-  a.maquina = NzLong(rs->Fields(1));
-  a.accion = "conflicto resuelto";
-  a.detalle = "conflicto " + std::to_string(numero) + ": " + NzTexto(rs->Fields(0));
-  a.aprobador = aprobacion(c, "dar por resuelto el conflicto " + std::to_string(numero),
-                           nivelExigido("NivelAprobacion"));
-  const auto marcar = [&] {
-    diario.ExecuteSQL("UPDATE hostConflictos SET ResueltoPor = ?, ResueltoEl = ? WHERE id = ?",
-                      {a.aprobador, Fecha::now().toIsoText(), numero});
-  };
-  c.db->EnTransaccion([&] {
-    anotar(*c.db, a);
-    if (c.db.get() == &diario)
-      marcar();
-  });
-  if (c.db.get() != &diario)
-    marcar();
-  salida(c).mensaje("Conflicto " + std::to_string(numero) + " resuelto, autorizado por " +
-                    a.aprobador);
-}
-
 int conflictosDeCaja(Contexto& c) {
-  const auto diario = c.enDiario ? c.db : abrirDiario(false);
+  const auto diario = c.almacen.diario();
   if (const auto n = c.args.entero("resolver", 1, kMaximo32)) {
     if (!diario)
       throw Rechazo("Esta caja no tiene conflictos que resolver");
-    resolverConflicto(c, *diario, static_cast<std::int32_t>(*n));
+    Puesto p = c.puesto();
+    const std::string aprobador = resolverConflicto(p, *diario, static_cast<std::int32_t>(*n));
+    salida(c).mensaje("Conflicto " + std::to_string(*n) + " resuelto, autorizado por " + aprobador);
     return kExito;
   }
   salida(c).conflictos(
       diario ? conflictos(*diario, c.args.bandera("todos")) : std::vector<Conflicto>{},
-      c.enDiario ? std::vector<std::string>{} : documentosRepetidos(*c.db));
+      c.almacen.enDiario ? std::vector<std::string>{} : documentosRepetidos(c.db()));
   return kExito;
-}
-
-// The whole catalogue as one text, to tell whether the dialog changed it.
-std::string catalogo(Contexto& c) {
-  std::string texto;
-  auto rs = c.db->openrecordset("SELECT * FROM MediosPago ORDER BY Codigo");
-  for (; !rs->Eof(); rs->MoveNext())
-    for (int i = 0; i < rs->FieldCount(); ++i)
-      texto += NzTexto(rs->Fields(i)) + '\x1f';
-  return texto;
 }
 
 int medios(Contexto& c) {
   if (c.args.bandera("editar")) {
     if (!c.conPantalla)
       throw ErrorUso("No hay pantalla para editar el catálogo");
-    instalarDialogosQt();
-    const std::string antes = catalogo(c);
-    CServiciosCaja servicios;
-    servicios.Init(Variant(), c.db);
-    servicios.DefinirMediosPago();
-    const int estado = QApplication::exec() == 0 ? kExito : kError;
-    if (catalogo(c) != antes) {
-      Asiento a;
-      a.maquina = maquinaDe(c);
-      a.accion = "catalogo";
-      a.detalle = "medios de pago cambiados en el diálogo";
-      anotarAparte(*c.db, a);
-    }
-    return estado;
+    Puesto p = c.puesto();
+    return editarCatalogo(p) ? kExito : kError;
   }
-  std::vector<std::shared_ptr<CMedioPago>> lista;
-  auto rs = c.db->openrecordset("SELECT * FROM MediosPago ORDER BY posicion, Codigo");
-  for (; !rs->Eof(); rs->MoveNext()) {
-    auto m = std::make_shared<CMedioPago>();
-    m->loadInstance(*rs);
-    lista.push_back(m);
-  }
-  // National cash is always there, whether or not the catalogue has a row for it.
-  if (std::none_of(lista.begin(), lista.end(),
-                   [](const auto& m) { return equalsIgnoreCase(m->codigo, "EFE"); })) {
-    auto efectivo = std::make_shared<CMedioPago>();
-    efectivo->codigo = "EFE";
-    efectivo->Titulo = "Efectivo";
-    efectivo->Descripcion = "Efectivo en moneda nacional";
-    lista.insert(lista.begin(), efectivo);
-  }
-  salida(c).medios(lista);
+  salida(c).medios(mediosDeLaCaja(c.db()));
   return kExito;
 }
 
@@ -741,40 +283,17 @@ int aparcar(Contexto& c) {
   const auto lista = pagos(c);
   if (lista.empty())
     throw ErrorUso("Nada que aparcar: indique --pago CODIGO=MONTO");
-  if (CLng(c.db->ReadScalar("SELECT COUNT(*) FROM saveMovsCaja WHERE clave = ?", {clave(c)})) > 0)
-    throw Rechazo("La clave " + clave(c) + " ya está en uso: retómela, o descártela con caja " +
-                  "revertir " + clave(c));
-  CVarelta mov;
-  for (const auto& [codigo, monto] : lista)
-    mov.colDetalles->Add(lineaDe(codigo, monto));
-  c.db->EnTransaccion([&] { TempVarelta().Save(clave(c), mov); });
-  salida(c).lineas(clave(c), *mov.colDetalles);
+  CVarelta aparcado;
+  Puesto p = c.puesto();
+  aparcar(p, clave(c), lista, aparcado);
+  salida(c).lineas(clave(c), *aparcado.colDetalles);
   return kExito;
 }
 
 int revertir(Contexto& c) {
-  TempVarelta().revertir(clave(c));
+  app::revertir(clave(c));
   salida(c).mensaje("Referencia " + clave(c) + " descartada.");
   return kExito;
-}
-
-// Registering or changing who may act: approved by a supervisor once the
-// shop has one (the first supervisor registers alone), and recorded in the
-// trail, never the PIN. `cambio` makes the change, given the new PIN when
-// `conPin`, and names the act for the trail.
-void cambiarPersonas(Contexto& c, const std::string& que, const std::string& detalle, int nivel,
-                     bool conPin, const std::function<std::string(const std::string&)>& cambio) {
-  Asiento a;
-  a.maquina = maquinaDe(c);
-  a.detalle = detalle;
-  if (haySupervisores(c))
-    a.aprobador = aprobacion(c, que, nivel);
-  // Never from the command line, where every local user can read it.
-  const std::string pin = conPin ? nuevoPin() : "";
-  c.db->EnTransaccion([&] {
-    a.accion = cambio(pin);
-    anotar(*c.db, a);
-  });
 }
 
 const std::string& nombre(Contexto& c) {
@@ -784,15 +303,8 @@ const std::string& nombre(Contexto& c) {
 int supervisor(Contexto& c) {
   if (!c.args.bandera("agregar") || c.args.posicionales().empty())
     throw ErrorUso("Uso: caja supervisor --agregar NOMBRE [--nivel N]");
-  const auto nivel = static_cast<int>(c.args.entero("nivel", 0, 9).value_or(5));
-  const std::string detalle = "supervisor " + nombre(c) + " nivel " + std::to_string(nivel);
-  cambiarPersonas(c, "registrar al " + detalle, detalle,
-                  std::max(nivel, nivelExigido("NivelAprobacion")), true,
-                  [&](const std::string& pin) {
-                    const bool habia = personaDe(*c.db, Rol::Supervisor, nombre(c)).has_value();
-                    agregarSupervisor(*c.db, nombre(c), pin, nivel);
-                    return habia ? "cambio de supervisor" : "alta de supervisor";
-                  });
+  Puesto p = c.puesto();
+  registrarSupervisor(p, nombre(c), static_cast<int>(c.args.entero("nivel", 0, 9).value_or(5)));
   salida(c).mensaje("Supervisor " + nombre(c) + " registrado");
   return kExito;
 }
@@ -802,28 +314,22 @@ int cajero(Contexto& c) {
   if (!agregar && !quitar) {
     if (!c.args.posicionales().empty())
       throw ErrorUso("Uso: caja cajero [--agregar NOMBRE | --quitar NOMBRE]");
-    salida(c).nombres(nombresDe(*c.db, Rol::Cajero));
+    salida(c).nombres(nombresDe(c.db(), Rol::Cajero));
     return kExito;
   }
   if (agregar == quitar || c.args.posicionales().empty())
     throw ErrorUso("Uso: caja cajero [--agregar NOMBRE | --quitar NOMBRE]");
-  const std::string detalle = "cajero " + nombre(c);
-  cambiarPersonas(c, (agregar ? "registrar al " : "dar de baja al ") + detalle, detalle,
-                  nivelExigido("NivelAprobacion"), agregar, [&](const std::string& pin) {
-                    if (quitar && !quitarCajero(*c.db, nombre(c)))
-                      throw Rechazo("No hay ningún cajero llamado " + nombre(c));
-                    if (quitar)
-                      return "baja de cajero";
-                    const bool habia = personaDe(*c.db, Rol::Cajero, nombre(c)).has_value();
-                    agregarCajero(*c.db, nombre(c), pin);
-                    return habia ? "cambio de cajero" : "alta de cajero";
-                  });
+  Puesto p = c.puesto();
+  if (agregar)
+    registrarCajero(p, nombre(c));
+  else
+    darDeBajaCajero(p, nombre(c));
   salida(c).mensaje("Cajero " + nombre(c) + (agregar ? " registrado" : " dado de baja"));
   return kExito;
 }
 
 int auditoria(Contexto& c) {
-  const auto filas = asientos(*c.db);
+  const auto filas = asientos(c.db());
   if (!c.args.bandera("verificar")) {
     salida(c).auditoria(filas, c.args.bandera("csv"));
     return kExito;
@@ -835,7 +341,7 @@ int auditoria(Contexto& c) {
                   " filas íntegras antes de ella)");
   // A row a till's login wrote for another machine: the chain holds, and
   // yet the row says something its writer could not know.
-  const auto ajenas = filasAjenas(*c.db, filas);
+  const auto ajenas = filasAjenas(c.db(), filas);
   std::string dichas;
   for (const auto& linea : ajenas)
     dichas += "\n" + linea;
@@ -876,6 +382,7 @@ const std::vector<Opcion> kOpcionesDevolucion = {
     {"documento", "TIPO:NUMERO", "el documento que se devuelve"},
     {"entidad", "TIPO:CODIGO", "cliente (por omisión CLI:C0001)"},
     {"pago", "CODIGO=MONTO", "lo entregado en ese medio (EFE: efectivo)", true},
+
     {"aceptar", nullptr, "teclear lo entregado en el diálogo sin mostrarlo y aceptar"},
     kForzar,
     kAutoriza,
@@ -895,18 +402,27 @@ const std::vector<Opcion> kOpcionesCobro = {
     {"repetir", nullptr, "cobrar un documento ya cobrado"},
     {"entidad", "TIPO:CODIGO", "cliente (por omisión CLI:C0001)"},
     {"pago", "CODIGO=MONTO", "monto tecleado en la entrada del medio (EFE: efectivo)", true},
+
     {"aceptar", nullptr, "teclear los pagos en el diálogo sin mostrarlo y aceptar"},
     {"vuelto", "CODIGO=MONTO",
      "vuelto entregado en ese medio (CREDITO: acreditado al cliente); con el vuelto repartido",
      true},
+
     kImprimir,
     kImpresora,
     kAncho,
 };
 
+// Whether --local of a command names a movement it runs on in the journal:
+// always (a listing of it), or while the journal holds it unsent (its void
+// and its receipt, which go to the server with it).
+enum class Local { No, Siempre, MientrasEspera };
+
 struct Comando {
   DefinicionComando definicion;
   Ejecutor ejecutor;
+  Acceso acceso;
+  Local local = Local::No;
 };
 
 const std::vector<Comando>& comandos() {
@@ -919,7 +435,8 @@ const std::vector<Comando>& comandos() {
          {"maquina", "N", "el número de máquina de esta caja (caja maquina N lo cambia)"},
          {"roles", nullptr, "en un servidor, crea los roles caja_caja y caja_admin"},
          {"mostrar-roles", nullptr, "muestra el SQL de esos roles sin ejecutarlo"}}},
-       init},
+       init,
+       Acceso::Cambia},
       {{"maquina",
         "[N] | N --login USUARIO",
         "muestra o fija el número de máquina de esta caja, el que usan saldo, cierre, sesion "
@@ -928,7 +445,8 @@ const std::vector<Comando>& comandos() {
           "el usuario del servidor de la caja N, que desde entonces no toca otra máquina"}},
         0,
         1},
-       comandoMaquina},
+       comandoMaquina,
+       Acceso::Servidor},
       {{"empresa",
         "[--nombre N] [--rif R] [--direccion D] [--especial | --no-especial] [--igtf P]",
         "muestra los datos de la empresa o cambia los que se indiquen, con la autorización de un "
@@ -942,20 +460,28 @@ const std::vector<Comando>& comandos() {
           "el porcentaje de IGTF, de 0 a 100 (3 es el 3 %); uno mayor que 0 la hace "
           "contribuyente especial, salvo --no-especial"},
          kAutoriza}},
-       empresa},
-      {{"tasa", "[VALOR]", "muestra o fija la tasa de cambio de la caja", {}, 0, 1}, tasa},
+       empresa,
+       Acceso::Cambia},
+      {{"tasa", "[VALOR]", "muestra o fija la tasa de cambio de la caja", {}, 0, 1},
+       tasa,
+       Acceso::Cambia},
       {{"sesion",
         "[abrir --maquina N [--operador O] | cerrar [--sesion S]]",
         "lista las sesiones abiertas, abre una o cierra una",
         {kMaquina, kOperador, {"sesion", "S", "la sesión que se cierra"}},
         0,
         1},
-       sesion},
+       sesion,
+       Acceso::Cambia},
       {{"cobrar", "--venta V [opciones]", "cobra una venta y guarda el movimiento", kOpcionesCobro},
-       cobrar},
+
+       cobrar,
+       Acceso::Guarda},
       {{"devolver", "--monto M [opciones]",
         "devuelve una venta: lo entregado por medio sale de la caja", kOpcionesDevolucion},
-       devolver},
+
+       devolver,
+       Acceso::Guarda},
       {{"entrada",
         "--pago CODIGO=MONTO ... [--motivo T]",
         "entrada de efectivo sin venta (el fondo de apertura, por ejemplo)",
@@ -966,7 +492,8 @@ const std::vector<Comando>& comandos() {
          kImprimir,
          kImpresora,
          kAncho}},
-       entrada},
+       entrada,
+       Acceso::Guarda},
       {{"salida",
         "--pago CODIGO=MONTO ... --motivo T",
         "salida de efectivo sin venta (a la caja fuerte, un pago a un proveedor)",
@@ -979,34 +506,44 @@ const std::vector<Comando>& comandos() {
          kImprimir,
          kImpresora,
          kAncho}},
-       salidaDeCaja},
+       salidaDeCaja,
+       Acceso::Guarda},
       {{"aparcar",
         "CLAVE --pago CODIGO=MONTO ...",
         "aparca líneas de pago bajo CLAVE",
         {{"pago", "CODIGO=MONTO", "línea aparcada", true}},
         1,
         1},
-       aparcar},
+       aparcar,
+       Acceso::Servidor},
       {{"retomar", "CLAVE --venta V [opciones]",
         "cobra una venta empezando por las líneas aparcadas bajo CLAVE, que se liberan al "
         "guardarla",
         kOpcionesCobro, 1, 1},
-       retomar},
-      {{"revertir", "CLAVE", "descarta lo aparcado bajo CLAVE", {}, 1, 1}, revertir},
+       retomar,
+       Acceso::Servidor},
+      {{"revertir", "CLAVE", "descarta lo aparcado bajo CLAVE", {}, 1, 1},
+       revertir,
+       Acceso::Servidor},
       {{"movimiento",
         "NUMERO | --documento TIPO:NUMERO | --local NUMERO",
         "un movimiento guardado con sus líneas, totales y conceptos",
         {{"documento", "TIPO:NUMERO", "el movimiento que cobró ese documento"}, kLocal},
+
         0,
         1},
-       movimiento},
+       movimiento,
+       Acceso::Lee,
+       Local::Siempre},
       {{"recibo",
         "NUMERO | --local NUMERO [--ancho N] [--impresora RUTA] [--pdf ARCHIVO]",
         "el recibo de un movimiento para papel térmico: texto, ESC/POS o PDF",
         {kLocal, kAncho, kImpresora, {"pdf", "ARCHIVO", "el recibo en PDF, del ancho del rollo"}},
         0,
         1},
-       recibo},
+       recibo,
+       Acceso::Consulta,
+       Local::MientrasEspera},
       {{"movimientos",
         "[--desde FECHA] [--hasta FECHA] [--sesion S] [--operador O] [--csv]",
         "los movimientos, con los totales por medio y el IGTF",
@@ -1015,25 +552,31 @@ const std::vector<Comando>& comandos() {
          {"sesion", "S", "solo los de esa sesión"},
          {"operador", "O", "solo los de ese operador"},
          {"csv", nullptr, "salida en CSV"}}},
-       movimientos},
+       movimientos,
+       Acceso::Lee},
       {{"anular",
         "NUMERO | --local NUMERO [--motivo TEXTO]",
         "anula un movimiento: revierte su transacción de caja y lo marca anulado",
         {{"motivo", "TEXTO", "por qué se anula"}, kLocal, kOperador, kAutoriza},
+
         0,
         1},
-       anular},
+       anular,
+       Acceso::Cambia,
+       Local::MientrasEspera},
       {{"sincronizar",
         "",
         "envía al servidor lo que espera en el diario de esta caja, del más antiguo al más "
         "nuevo, y renueva su copia; sale con 1 si un documento quedó cobrado en más de una caja",
         {}},
-       sincronizar},
+       sincronizar,
+       Acceso::Servidor},
       {{"pendientes",
         "",
         "lo guardado en esta caja que espera su envío al servidor, y los conflictos sin resolver",
         {}},
-       pendientesDeEnvio},
+       pendientesDeEnvio,
+       Acceso::Diario},
       {{"conflictos",
         "[--todos] | --resolver N --autoriza SUPERVISOR",
         "los conflictos de esta caja (un documento cobrado en dos cajas, un movimiento que el "
@@ -1042,14 +585,18 @@ const std::vector<Comando>& comandos() {
         {{"todos", nullptr, "también los ya resueltos"},
          {"resolver", "N", "da por resuelto el conflicto N"},
          kAutoriza}},
-       conflictosDeCaja},
+       conflictosDeCaja,
+       Acceso::Consulta},
       {{"enviar",
         "[--continuo]",
         "envía al servidor lo que espera en el diario de esta caja, reintentando mientras el "
         "servidor no está; una caja a la vez",
         {{"continuo", nullptr, "no terminar nunca: para un servicio que corre todo el día"}}},
-       enviar},
-      {{"saldo", "[--maquina N]", "el saldo de la caja por medio, con su tasa", {kMaquina}}, saldo},
+       enviar,
+       Acceso::Diario},
+      {{"saldo", "[--maquina N]", "el saldo de la caja por medio, con su tasa", {kMaquina}},
+       saldo,
+       Acceso::Lee},
       {{"cierre",
         "[--maquina N] [--contado CODIGO=MONTO ...] [--denominaciones CODIGO:VxC,...] "
         "[--parcial] [--pdf ARCHIVO]",
@@ -1059,19 +606,24 @@ const std::vector<Comando>& comandos() {
          kOperador,
          kAutoriza,
          {"contado", "CODIGO=MONTO", "lo contado de un medio, en su moneda", true},
+
          {"denominaciones", "CODIGO:VALORxCANTIDAD,...",
           "lo contado de un medio por denominaciones", true},
+
          {"parcial", nullptr, "un arqueo a mitad del turno: no queda registrado"},
          {"forzar", nullptr, "aunque queden movimientos de esta caja sin enviar al servidor"},
          kPdf}},
-       cierre},
+       cierre,
+       Acceso::Cierre},
       {{"cierres",
         "[NUMERO [--pdf ARCHIVO]] [--maquina N]",
         "los cierres registrados, o uno con su informe en PDF",
         {kMaquina, kPdf},
+
         0,
         1},
-       cierres},
+       cierres,
+       Acceso::Servidor},
       {{"informe",
         "--desde FECHA --hasta FECHA [--maquina N] [--csv | --pdf ARCHIVO | --png ARCHIVO]",
         "por día: lo vendido por medio, devoluciones, anulaciones, salidas, IGTF y las "
@@ -1083,48 +635,117 @@ const std::vector<Comando>& comandos() {
          kPdf,
          {"png", "ARCHIVO", "el gráfico en PNG"},
          {"tamano", "ANCHOxALTO", "del PNG, en píxeles (por omisión 1200x700)"}}},
-       informe},
+       informe,
+       Acceso::Servidor},
       {{"medios",
         "[--editar]",
         "el catálogo de medios de pago",
         {{"editar", nullptr, "abrir el diálogo del catálogo"}}},
-       medios},
+       medios,
+       Acceso::Cambia},
       {{"supervisor",
         "--agregar NOMBRE [--nivel N]",
         "registra un supervisor; el PIN se lee de la entrada estándar",
         {{"agregar", nullptr, "agregar o cambiar un supervisor"},
          {"nivel", "N", "nivel de autorización, de 0 a 9 (por omisión 5)"},
          kAutoriza},
+
         1,
         1},
-       supervisor},
+       supervisor,
+       Acceso::Cambia},
       {{"cajero",
         "[--agregar NOMBRE | --quitar NOMBRE]",
         "lista los cajeros, registra uno (el PIN se lee de la entrada estándar) o lo da de baja",
         {{"agregar", nullptr, "agregar un cajero o cambiar su PIN"},
          {"quitar", nullptr, "dar de baja a un cajero"},
          kAutoriza},
+
         0,
         1},
-       cajero},
+       cajero,
+       Acceso::Cambia},
       {{"auditoria",
         "[--verificar] [--csv]",
         "el registro de auditoría; --verificar comprueba que ninguna fila fue cambiada ni "
         "quitada",
         {{"verificar", nullptr, "comprobar la cadena de la auditoría"},
          {"csv", nullptr, "salida en CSV"}}},
-       auditoria},
+       auditoria,
+       Acceso::Servidor},
   };
   return lista;
 }
 
+const Comando& comandoDe(const LineaComandos& args) {
+  for (const auto& comando : comandos())
+    if (args.comando() == comando.definicion.nombre)
+      return comando;
+  throw ErrorUso("Comando desconocido: " + args.comando());
+}
+
+// What the line asks that only a till on a server has, refused before a
+// database is opened, so that none is made for nothing.
+void exigirAntesDeAbrir(const LineaComandos& args, bool conServidor) {
+  if (conServidor)
+    return;
+  const std::string& comando = args.comando();
+  if (comando == "enviar")
+    throw ErrorUso("caja enviar es de una caja con servidor: --db postgresql://...");
+  if (comando == "init" && (args.bandera("roles") || args.bandera("mostrar-roles")))
+    throw ErrorUso("Los roles son de un servidor: --db postgresql://...");
+  if (comando == "cierre" && args.bandera("forzar"))
+    throw ErrorUso(
+        "--forzar cierra una caja con servidor aunque le queden movimientos sin enviar; en un "
+        "archivo no hay nada que forzar");
+}
+
+// A command that names with --local a movement the journal holds unsent
+// runs on the journal.
+bool nombraDelDiario(const Comando& comando, const LineaComandos& args) {
+  const auto local = args.entero("local", 1, kMaximo32);
+  return local &&
+         (comando.local == Local::Siempre || (comando.local == Local::MientrasEspera &&
+                                              esperaEnDiario(static_cast<std::int32_t>(*local))));
+}
+
+// A fault-test hook: with CAJA_PRUEBA_PAUSA_MS set, the post procedure says
+// so on standard error and waits, so that a test can kill the program in the
+// middle of a save.
+void instalarPausaDePrueba(HostSql& db) {
+  const char* pausa = std::getenv("CAJA_PRUEBA_PAUSA_MS");
+  if (!pausa)
+    return;
+  const int ms = std::atoi(pausa);
+  db.RegistrarProcedimiento("PostVarelta", [ms](std::vector<Variant>&) {
+    std::cerr << "guardando" << std::endl;
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    return Variant();
+  });
+}
+
+// A read of the server says so, and what waits at this till, which the
+// server does not have yet: after the server's balances and listings, in
+// text, with what it adds to the drawers; in JSON, CSV and for one
+// movement only on standard error, so that the document stays the
+// server's.
+void decirOrigen(Contexto& c) {
+  const auto diario = c.almacen.diario();
+  const auto lista = diario ? pendientes(*diario) : std::vector<Pendiente>{};
+  if (lista.empty()) {
+    std::cerr << "Cifras del servidor" << std::endl;
+    return;
+  }
+  std::cerr << "Cifras del servidor; esperan envío en esta caja " << lista.size()
+            << " movimientos (caja pendientes)" << std::endl;
+  if (!c.args.bandera("json") && !c.args.bandera("csv") && c.args.comando() != "movimiento")
+    Salida(c.out, false).esperanEnvio(lista, aporteDe(*diario));
+}
+
 }  // namespace
 
-std::string tipoDe(const std::string& clasificacion) {
-  for (const char* tipo : {kDevolucion, kEntrada, kSalida})
-    if (equalsIgnoreCase(clasificacion, tipo))
-      return lowerAscii(tipo);
-  return "venta";
+Puesto Contexto::puesto() {
+  return {almacen, firmas, [this] { return maquinaDe(*this); }};
 }
 
 const std::vector<DefinicionComando>& definicionesComandos() {
@@ -1137,14 +758,31 @@ const std::vector<DefinicionComando>& definicionesComandos() {
   return lista;
 }
 
-int ejecutarComando(Contexto& c) {
+int ejecutarComando(const LineaComandos& args, bool conPantalla, Firmas& firmas) {
+  const Comando& comando = comandoDe(args);
+  Contexto c{args, {}, std::cout, conPantalla, firmas};
+  // This till's number lives in its settings, not in a database.
+  if (args.comando() == "maquina" && !args.valor("login"))
+    return comandoMaquina(c);
+  const auto db = args.valor("db");
+  const bool conServidor = db && PostgresFactoria::EsUri(*db);
+  exigirAntesDeAbrir(args, conServidor);
+  c.almacen = PoliticaCaja::abrir(db, comando.acceso, args.comando() == "init",
+                                  conServidor && nombraDelDiario(comando, args));
+  InicializarEntorno(c.almacen.db);
+  c.almacen.db->SetCarpetaIconos(QCoreApplication::applicationDirPath().toStdString() + "/iconos");
+  instalarVerificador(c.db(), firmas);
+  instalarPausaDePrueba(c.db());
   // A receipt's width is checked before anything is saved.
-  if (c.args.valor("ancho"))
-    columnasRecibo(c);
-  for (const auto& comando : comandos())
-    if (c.args.comando() == comando.definicion.nombre)
-      return comando.ejecutor(c);
-  throw ErrorUso("Comando desconocido: " + c.args.comando());
+  if (args.valor("ancho"))
+    columnasRecibo(args);
+  const int estado = comando.ejecutor(c);
+  if (estado != kExito)
+    return estado;
+  PoliticaCaja::despues(c.almacen, comando.acceso);
+  if (c.almacen.enServidor() && comando.acceso == Acceso::Lee)
+    decirOrigen(c);
+  return estado;
 }
 
 }  // namespace caja::app

@@ -4,12 +4,11 @@
 #include <ostream>
 #include <stdexcept>
 
+#include "app/acciones/Puesto.h"
+#include "app/envio/Politica.h"
 #include "app/linea/LineaComandos.h"
-#include "caja/host/HostSql.h"
 
 namespace caja::app {
-
-struct MontoMedio;
 
 // Exit statuses of the program.
 inline constexpr int kExito = 0;
@@ -17,65 +16,64 @@ inline constexpr int kRechazado = 1;  // the dialog, the store or the till's sta
 inline constexpr int kUso = 2;        // the command line was wrong
 inline constexpr int kError = 3;      // a raised error
 
-// A refusal that leaves everything as it was (exit 1), with its reason.
-struct Rechazo : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-
-// What every command works with: the command line, the open database, where
-// to print and whether a screen is there.
+// What every command works with: the command line, where its data is, where
+// to print, whether a screen is there, and where names and PINs come from.
 struct Contexto {
   const LineaComandos& args;
-  std::shared_ptr<HostSql> db;
+  Almacen almacen;
   std::ostream& out;
   bool conPantalla;
-  bool conServidor = false;  // --db names a server
-  bool enDiario = false;     // ...and `db` is the till's journal
-};
+  Firmas& firmas;
 
-// The kind of a movement, kept in its Clasificacion: sales keep it empty, as
-// movements always had; refunds, cash put in and cash taken out are named.
-inline constexpr const char* kDevolucion = "DEVOLUCION";
-inline constexpr const char* kEntrada = "ENTRADA";
-inline constexpr const char* kSalida = "SALIDA";
-// What a refund or cash put in is described as when no reason is given.
-inline constexpr const char* kTituloDevolucion = "Devolución";
-inline constexpr const char* kTituloEntrada = "Entrada de efectivo";
-// The kind as listings show it: "venta", "devolucion", "entrada" or "salida".
-std::string tipoDe(const std::string& clasificacion);
+  HostSql& db() { return *almacen.db; }
+  // The till the command acts at, for the actions.
+  Puesto puesto();
+};
 
 // The commands, with their options and help.
 const std::vector<DefinicionComando>& definicionesComandos();
-// Runs the command the line names on the open database.
-int ejecutarComando(Contexto& c);
+// Runs the command the line names: opens its data where the storage policy
+// says, runs it, and after success lets the policy follow up.
+int ejecutarComando(const LineaComandos& args, bool conPantalla, Firmas& firmas);
+
+// The till a command acts at for the trail: --maquina or this till's
+// number, else the machine of --sesion or of the only open session, else 0.
+std::int32_t maquinaDe(Contexto& c);
+// --maquina, else this till's number; nothing when neither is given (a
+// listing of every till).
+std::optional<std::int32_t> maquinaElegida(const LineaComandos& args);
+// The machine the command acts at: see estaMaquina.
+std::int32_t estaMaquinaDe(Contexto& c);
 
 // The movement a command names: NUMERO where it runs, or --local NUMERO,
 // its number in this till's journal (one of the two). One the journal holds
 // unsent is the journal's (the command runs on it); one sent already is
 // named by the number the server gave it.
 std::int32_t numeroNombrado(Contexto& c);
-
-struct NumeroVisible;
-// How the movement numbered `transId` where the command runs is named: in a
-// server till's journal, by the server's number once sent, else as local.
-NumeroVisible numeroVisible(Contexto& c, std::int32_t transId);
-
-// NUMERO as typed, a movement's number on the database (the server's), as
-// the database the command runs on numbers it: in a server till's journal,
-// read while the server is away, its local number (0 when it has none).
-std::int32_t numeroDondeCorre(Contexto& c, const std::string& numero);
 // --local names a movement of a till on a server: ErrorUso elsewhere.
 void exigirServidor(Contexto& c);
+// NUMERO as typed, where the command runs (see numeroDondeCorre).
+std::int32_t numeroDondeCorre(Contexto& c, const std::string& numero);
 
-// How a movement's change went back, from the host's own table.
-std::vector<MontoMedio> vueltoDe(Contexto& c, std::int32_t transId);
+// The receipt's width --ancho asks; ErrorUso for one that is not a roll's.
+int columnasRecibo(const LineaComandos& args);
 
-// The till's day: sessions, rate, listings, voiding and closing.
+// The commands of the till's day and of its papers, each parsing its line,
+// calling its action and printing what it did.
 int sesion(Contexto& c);
 int tasa(Contexto& c);
 int movimientos(Contexto& c);
 int anular(Contexto& c);
 int cierre(Contexto& c);
 int cierres(Contexto& c);
+int recibo(Contexto& c);
+int informe(Contexto& c);
+int empresa(Contexto& c);
+int comandoMaquina(Contexto& c);
+int enviar(Contexto& c);
+// The receipt of a movement just saved, as --imprimir asks: to --impresora
+// when given, else as text after the movement. The movement stands
+// whatever happens here: a failure is said on standard error.
+void imprimirGuardado(Contexto& c, std::int32_t numero);
 
 }  // namespace caja::app

@@ -1,7 +1,6 @@
 #include "app/linea/Salida.h"
 
-#include "app/acciones/Empresa.h"
-#include "app/envio/Enviador.h"
+#include "app/datos/Carpeta.h"
 
 #include <QString>
 #include <charconv>
@@ -47,11 +46,8 @@ std::string numero(Currency c) {
   return c.toMachineText();
 }
 
-// A rate: the shortest text that reads back as the same double.
 std::string numero(double d) {
-  char buf[32];
-  const auto [fin, ec] = std::to_chars(buf, buf + sizeof buf, d);
-  return ec == std::errc() ? std::string(buf, fin) : "0";
+  return textoDeTasa(d);
 }
 
 std::string lineasJson(Collection<CDetalleIngreso>& lineas) {
@@ -94,35 +90,6 @@ void totalesTexto(std::ostream& out, const std::vector<MontoMedio>& totales) {
 }
 
 }  // namespace
-
-std::string json(const std::string& texto) {
-  const std::string utf8 =
-      QString::fromUtf8(texto.data(), static_cast<qsizetype>(texto.size())).toUtf8().toStdString();
-  std::string s = "\"";
-  for (unsigned char c : utf8) {
-    if (c == '"' || c == '\\') {
-      s += '\\';
-      s += static_cast<char>(c);
-    } else if (c < 0x20) {
-      char buf[8];
-      std::snprintf(buf, sizeof buf, "\\u%04x", c);
-      s += buf;
-    } else {
-      s += static_cast<char>(c);
-    }
-  }
-  return s + "\"";
-}
-
-std::string textoDeTasa(double tasa) {
-  return numero(tasa);
-}
-
-std::string csv(const std::string& texto) {
-  if (texto.find_first_of(",\"\r\n") == std::string::npos)
-    return texto;
-  return "\"" + replaceAll(texto, "\"", "\"\"") + "\"";
-}
 
 void Salida::movimiento(CVarelta& mov, const std::vector<MontoMedio>& vuelto, NumeroVisible n) {
   auto lineas = mov.detalles();

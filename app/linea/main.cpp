@@ -6,17 +6,13 @@
 #include <QApplication>
 #include <QDir>
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
-#include <thread>
 
-#include "app/acciones/EstaCaja.h"
+#include "app/datos/Carpeta.h"
 #include "app/datos/Esquema.h"
-#include "app/datos/Supervisores.h"
-#include "app/envio/Diario.h"
-#include "app/envio/Politica.h"
+#include "app/datos/Json.h"
 #include "app/linea/Comandos.h"
-#include "app/linea/Salida.h"
+#include "app/linea/EnLinea.h"
 #include "caja/host/IniSettingsStore.h"
 #include "caja/host/PostgresFactoria.h"
 #include "caja/host/QtHostUtil.h"
@@ -29,21 +25,6 @@ using namespace caja::app;
 
 bool hayPantalla() {
   return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-}
-
-// A fault-test hook: with CAJA_PRUEBA_PAUSA_MS set, the post procedure says
-// so on standard error and waits, so that a test can kill the program in the
-// middle of a save.
-void instalarPausaDePrueba(HostSql& db) {
-  const char* pausa = std::getenv("CAJA_PRUEBA_PAUSA_MS");
-  if (!pausa)
-    return;
-  const int ms = std::atoi(pausa);
-  db.RegistrarProcedimiento("PostVarelta", [ms](std::vector<Variant>&) {
-    std::cerr << "guardando" << std::endl;
-    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
-    return Variant();
-  });
 }
 
 // A password on the command line is there for every local user to read.
@@ -70,20 +51,8 @@ void decirError(const CajaError& e, int argc, char** argv) {
 
 int ejecutar(const LineaComandos& args, bool conPantalla) {
   rechazarContrasena(args);
-  Contexto contexto{args, nullptr, std::cout, conPantalla};
-  // This till's number lives in its settings, not in a database.
-  if (args.comando() == "maquina" && !args.valor("login"))
-    return comandoMaquina(contexto);
-  PoliticaCaja::abrir(contexto);
-  const auto& db = contexto.db;
-  InicializarEntorno(db);
-  db->SetCarpetaIconos(QCoreApplication::applicationDirPath().toStdString() + "/iconos");
-  instalarVerificador(*db, conPantalla);
-  instalarPausaDePrueba(*db);
-  const int estado = ejecutarComando(contexto);
-  if (estado == kExito)
-    PoliticaCaja::despues(contexto);
-  return estado;
+  FirmasDeLinea firmas(args, conPantalla);
+  return ejecutarComando(args, conPantalla, firmas);
 }
 
 }  // namespace

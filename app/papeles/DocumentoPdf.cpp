@@ -7,7 +7,8 @@
 #include <QPageSize>
 #include <numeric>
 
-#include "app/linea/Comandos.h"
+#include "app/datos/Tipos.h"
+#include "caja/base/CajaError.h"
 #include "caja/host/ArchivosPrivados.h"
 
 namespace caja::app {

@@ -7,10 +7,9 @@
 #include <fstream>
 #include <iostream>
 
+#include "app/datos/Consultas.h"
+#include "app/datos/Json.h"
 #include "app/papeles/DocumentoPdf.h"
-#include "app/acciones/Empresa.h"
-#include "app/papeles/Recibo.h"
-#include "app/linea/Salida.h"
 #include "caja/base/Conversiones.h"
 #include "caja/catalog/CMedioPago.h"
 #include "caja/movement/CVarelta.h"
@@ -43,47 +42,31 @@ PagoRecibo pagoDe(const CDetalleIngreso& linea) {
   return p;
 }
 
-void importes(Contexto& c, std::int32_t numero, DatosRecibo& d) {
-  auto rs = c.db->openrecordset("SELECT Base, IVA, Credito FROM hostImportes WHERE TransID = ?",
-                                {numero});
-  if (rs->Eof())
-    return;
-  d.base = NzMoneda(rs->Fields(0));
-  d.iva = NzMoneda(rs->Fields(1));
-  d.credito = NzMoneda(rs->Fields(2));
-}
-
 // Who approved the movement, and who voided it, why and with whose
 // approval: the trail's rows of the movement, and its void.
-void aprobaciones(Contexto& c, std::int32_t numero, DatosRecibo& d) {
-  auto rs = c.db->openrecordset(
-      "SELECT Accion, Aprobador FROM hostAuditoria WHERE TransID = ? ORDER BY id", {numero});
-  for (; !rs->Eof(); rs->MoveNext()) {
-    const std::string accion = NzTexto(rs->Fields(0));
-    (accion == "anulacion" ? d.aprobadorAnulacion : d.aprobador) = NzTexto(rs->Fields(1));
+void aprobaciones(HostSql& db, std::int32_t numero, DatosRecibo& d) {
+  for (const auto& [accion, aprobador] : aprobacionesDe(db, numero))
+    (accion == "anulacion" ? d.aprobadorAnulacion : d.aprobador) = aprobador;
+  if (const auto anulacion = anulacionDe(db, numero)) {
+    d.anuladoPor = anulacion->operador;
+    d.motivoAnulacion = anulacion->motivo;
   }
-  auto a = c.db->openrecordset("SELECT Operador, Motivo FROM hostAnulaciones WHERE TransID = ?",
-                               {numero});
-  if (a->Eof())
-    return;
-  d.anuladoPor = NzTexto(a->Fields(0));
-  d.motivoAnulacion = NzTexto(a->Fields(1));
 }
 
-DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
+DatosRecibo datosRecibo(Almacen& a, std::int32_t numero) {
+  HostSql& db = *a.db;
   CVarelta mov;
   if (!mov.load(numero))
     throw Rechazo("Movimiento " + std::to_string(numero) + " no encontrado");
   DatosRecibo d;
-  const DatosEmpresa empresa = empresaDe(*c.db);
+  const DatosEmpresa empresa = empresaDe(db);
   d.empresa = empresa.nombre;
   d.rif = empresa.rif;
   d.direccion = empresa.direccion;
-  const NumeroVisible visible = numeroVisible(c, numero);
+  const NumeroVisible visible = numeroVisible(a, numero);
   d.numero = visible.numero;
   d.local = visible.local;
-  d.maquina =
-      NzLong(c.db->ReadScalar("SELECT machineID FROM MovimientosCaja WHERE TransID = ?", {numero}));
+  d.maquina = maquinaDeMovimiento(db, numero);
   d.sesion = mov.Sesion;
   d.cajero = mov.Operador;
   if (!mov.TipoDocRel.empty() && mov.NumeroDocRel != 0)
@@ -91,9 +74,8 @@ DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
   d.tipo = tipoDe(mov.Clasificacion);
   d.fecha = mov.fecha;
   d.hora = mov.Hora;
-  d.anulado = !c.db->ReadScalar("SELECT TransID FROM hostAnulaciones WHERE TransID = ?", {numero})
-                   .isEmpty();
-  for (const auto& v : vueltoDe(c, numero))
+  d.anulado = anulacionDe(db, numero).has_value();
+  for (const auto& v : vueltoDe(db, numero))
     d.vuelto.push_back({nombreDeMedio(v.medio), v.medio, v.montoNominal, v.montoMN});
   // A sale's change is kept as lines below zero: it prints once, as change.
   const bool venta = d.tipo == "venta", conVuelto = !d.vuelto.empty();
@@ -108,31 +90,30 @@ DatosRecibo datosRecibo(Contexto& c, std::int32_t numero) {
   }
   for (const auto& v : d.vuelto)
     d.conEfectivo = d.conEfectivo || v.codigo != "CREDITO";
-  importes(c, numero, d);
+  if (const auto i = importesDe(db, numero)) {
+    d.base = i->base;
+    d.iva = i->iva;
+    d.credito = i->credito;
+  }
   d.igtf = mov.montoIGTF;
   d.total = mov.Creditos > mov.Debitos ? mov.Creditos : mov.Debitos;
   d.conEfectivo = d.conEfectivo || mov.detallesEfectivo()->Count() > 0;
   if (d.tipo != "venta" && mov.Descripcion != kTituloDevolucion &&
       mov.Descripcion != kTituloEntrada)
     d.motivo = mov.Descripcion;
-  aprobaciones(c, numero, d);
+  aprobaciones(db, numero, d);
   return d;
 }
 
 }  // namespace
 
-std::string nombreEmpresa(Contexto& c) {
-  return encabezadoEmpresa(empresaDe(*c.db));
+std::string encabezadoEmpresa(const DatosEmpresa& e) {
+  return e.nombre + (e.rif.empty() ? "" : (e.nombre.empty() ? "RIF " : " · RIF ") + e.rif);
 }
 
-int columnasRecibo(Contexto& c) {
-  const auto ancho = c.args.entero("ancho", 1, 1000).value_or(42);
-  if (!anchoValido(static_cast<int>(ancho)))
-    throw ErrorUso("--ancho es 32 (papel de 58 mm), 42 o 48 (papel de 80 mm)");
-  return static_cast<int>(ancho);
+std::string nombreEmpresa(HostSql& db) {
+  return encabezadoEmpresa(empresaDe(db));
 }
-
-namespace {
 
 void aImpresora(const std::string& ruta, const std::string& bytes) {
   std::ofstream salida(ruta, std::ios::binary | std::ios::app);
@@ -144,7 +125,7 @@ void aImpresora(const std::string& ruta, const std::string& bytes) {
 
 // The receipt on a page as wide as the roll (58 or 80 mm) and as long as
 // it is, in a monospaced font sized so that the columns fill the width.
-void aPdf(const std::vector<LineaRecibo>& lineas, int ancho, const std::string& archivo) {
+void reciboPdf(const std::vector<LineaRecibo>& lineas, int ancho, const std::string& archivo) {
   constexpr double kMargenMm = 3.0, kPuntosPorMm = 72.0 / 25.4, kInterlinea = 1.25;
   const double papelMm = ancho == 32 ? 58.0 : 80.0;
   // A monospaced character is 0.6 of the font's size wide.
@@ -184,39 +165,9 @@ std::string jsonRecibo(const std::vector<LineaRecibo>& lineas) {
   return texto + "]}\n";
 }
 
-}  // namespace
-
-int recibo(Contexto& c) {
-  const std::int32_t numero = numeroNombrado(c);
-  const int ancho = columnasRecibo(c);
-  const DatosRecibo d = datosRecibo(c, numero);
-  const auto lineas = lineasRecibo(d, ancho);
-  const auto impresora = c.args.valor("impresora");
-  const auto pdf = c.args.valor("pdf");
-  if (impresora)
-    aImpresora(*impresora, escposRecibo(lineas, d.conEfectivo));
-  if (pdf)
-    aPdf(lineas, ancho, *pdf);
-  if (c.args.bandera("json"))
-    c.out << jsonRecibo(lineas);
-  else if (!impresora && !pdf)
-    c.out << textoRecibo(lineas);
-  return kExito;
-}
-
-void imprimirGuardado(Contexto& c, std::int32_t numero) {
-  try {
-    const int ancho = columnasRecibo(c);
-    const DatosRecibo d = datosRecibo(c, numero);
-    const auto lineas = lineasRecibo(d, ancho);
-    if (const auto impresora = c.args.valor("impresora"))
-      aImpresora(*impresora, escposRecibo(lineas, d.conEfectivo));
-    else
-      c.out << textoRecibo(lineas);
-  } catch (const std::exception& e) {
-    std::cerr << "Movimiento " << numero << " guardado; el recibo no se imprimió: " << e.what()
-              << std::endl;
-  }
+ReciboListo reciboDe(Almacen& a, std::int32_t numero, int ancho) {
+  const DatosRecibo d = datosRecibo(a, numero);
+  return {lineasRecibo(d, ancho), d.conEfectivo};
 }
 
 }  // namespace caja::app

@@ -10,6 +10,7 @@
 #include <map>
 #include <set>
 
+#include "app/datos/Json.h"
 #include "app/papeles/DocumentoPdf.h"
 #include "app/papeles/Impresos.h"
 #include "app/papeles/Recibo.h"
@@ -59,97 +60,49 @@ std::unique_ptr<QChart> barrasCierre(const std::vector<LineaCierre>& lineas) {
   return graficoDe(serie, medios, "Esperado y contado por medio, en su moneda");
 }
 
-// One day of the month.
-struct Dia {
-  std::map<std::string, Currency> entradas;  // sales per method, national currency
-  Currency devoluciones, anulaciones, salidas, igtf, diferencias;
-};
-
-struct Mes {
-  Fecha desde, hasta;
-  std::optional<std::int32_t> maquina;
-  std::set<std::string> medios;
-  std::map<std::string, Dia> dias;  // by "yyyy-mm-dd", every day of the range
-  Dia total;
-};
-
-std::string dia(const Variant& fecha) {
-  return NzFecha(fecha).date().toString();
+std::string dia(Fecha fecha) {
+  return fecha.date().toString();
 }
 
 // The movements' part: sales' lines per method, and per movement what it
 // was; voided movements count as voids alone. Added here rather than by the
 // database so that no sum ever leaves Currency.
-void movimientosDelMes(Contexto& c, Mes& mes, const std::string& condicion, const Argumentos& a) {
-  auto rs = c.db->openrecordset(
-      "SELECT M.Fecha, M.Clasificacion, M.Debitos, M.Creditos, M.MontoIGTF, A.TransID AS Anulado "
-      "FROM MovimientosCaja M LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE " +
-          condicion,
-      a);
-  for (; !rs->Eof(); rs->MoveNext()) {
-    Dia& d = mes.dias[dia(rs->Fields("Fecha"))];
-    const std::string tipo = tipoDe(NzTexto(rs->Fields("Clasificacion")));
-    if (!rs->Fields("Anulado").isNull())
-      d.anulaciones += NzMoneda(rs->Fields("Debitos")) - NzMoneda(rs->Fields("Creditos"));
+void movimientosDelMes(HostSql& db, Mes& mes) {
+  for (const auto& m : movimientosEntre(db, mes.desde, mes.hasta, mes.maquina)) {
+    Dia& d = mes.dias[dia(m.fecha)];
+    const std::string tipo = tipoDe(m.clasificacion);
+    if (m.anulado)
+      d.anulaciones += m.debitos - m.creditos;
     else if (tipo == "devolucion")
-      d.devoluciones += NzMoneda(rs->Fields("Creditos"));
+      d.devoluciones += m.creditos;
     else if (tipo == "salida")
-      d.salidas += NzMoneda(rs->Fields("Creditos"));
+      d.salidas += m.creditos;
     else if (tipo == "venta")
-      d.igtf += NzMoneda(rs->Fields("MontoIGTF"));
+      d.igtf += m.igtf;
   }
-  auto lineas = c.db->openrecordset(
-      "SELECT M.Fecha, D.Medio, D.Monto FROM DetallesVarelta D INNER JOIN MovimientosCaja M ON "
-      "M.TransID = D.TransID LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE "
-      "A.TransID IS NULL AND COALESCE(M.Clasificacion, '') = '' AND " +
-          condicion,
-      a);
-  for (; !lineas->Eof(); lineas->MoveNext()) {
-    const std::string medio = NzTexto(lineas->Fields("Medio"));
-    mes.medios.insert(medio);
-    mes.dias[dia(lineas->Fields("Fecha"))].entradas[medio] += NzMoneda(lineas->Fields("Monto"));
+  for (const auto& l : lineasDeVentasEntre(db, mes.desde, mes.hasta, mes.maquina)) {
+    mes.medios.insert(l.medio);
+    mes.dias[dia(l.fecha)].entradas[l.medio] += l.monto;
   }
 }
 
 // The closings' differences, each valued in national currency at its rate.
-void cierresDelMes(Contexto& c, Mes& mes) {
-  std::string condicion = "C.Fecha >= ? AND C.Fecha < ?";
-  Argumentos a{mes.desde, mes.hasta + Fecha(1.0)};
-  if (mes.maquina) {
-    condicion += " AND C.MachineID = ?";
-    a.emplace_back(*mes.maquina);
-  }
-  auto rs = c.db->openrecordset(
-      "SELECT C.Fecha, D.diferencia, D.tipoCambio FROM hostCierreDetalles D INNER JOIN "
-      "hostCierres C ON C.id = D.idCierre WHERE " +
-          condicion,
-      a);
-  for (; !rs->Eof(); rs->MoveNext())
-    mes.dias[dia(rs->Fields("Fecha"))].diferencias +=
-        CCur(NzMoneda(rs->Fields("diferencia")).toDouble() * NzDouble(rs->Fields("tipoCambio")));
+void cierresDelMes(HostSql& db, Mes& mes) {
+  for (const auto& c : diferenciasEntre(db, mes.desde, mes.hasta, mes.maquina))
+    mes.dias[dia(c.fecha)].diferencias += CCur(c.diferencia.toDouble() * c.tipoCambio);
 }
 
-Mes mesDe(Contexto& c) {
+}  // namespace
+
+Mes mesDe(HostSql& db, Fecha desde, Fecha hasta, std::optional<std::int32_t> maquina) {
   Mes mes;
-  const auto desde = c.args.fecha("desde"), hasta = c.args.fecha("hasta");
-  if (!desde || !hasta)
-    throw ErrorUso("Indique --desde AAAA-MM-DD y --hasta AAAA-MM-DD");
-  if (*hasta < *desde || (*hasta - *desde).serial() > 400)
-    throw ErrorUso("--hasta va de --desde en adelante, a lo sumo 400 días");
-  mes.desde = *desde;
-  mes.hasta = *hasta;
-  if (const auto m = c.args.entero("maquina", 1, 32767))
-    mes.maquina = static_cast<std::int32_t>(*m);
+  mes.desde = desde;
+  mes.hasta = hasta;
+  mes.maquina = maquina;
   for (Fecha f = mes.desde; !(mes.hasta < f); f = f + Fecha(1.0))
     mes.dias[f.date().toString()];
-  std::string condicion = "M.Fecha >= ? AND M.Fecha < ?";
-  Argumentos a{mes.desde, mes.hasta + Fecha(1.0)};
-  if (mes.maquina) {
-    condicion += " AND M.machineID = ?";
-    a.emplace_back(*mes.maquina);
-  }
-  movimientosDelMes(c, mes, condicion, a);
-  cierresDelMes(c, mes);
+  movimientosDelMes(db, mes);
+  cierresDelMes(db, mes);
   for (const auto& [fecha, d] : mes.dias) {
     for (const auto& [medio, monto] : d.entradas)
       mes.total.entradas[medio] += monto;
@@ -161,6 +114,8 @@ Mes mesDe(Contexto& c) {
   }
   return mes;
 }
+
+namespace {
 
 // A day's figures in the order of the columns: each method, then the rest.
 std::vector<std::string> cifras(const Mes& mes, const Dia& d) {
@@ -197,6 +152,8 @@ std::unique_ptr<QChart> barrasDelMes(const Mes& mes) {
   return graficoDe(serie, dias, "Ventas por día y medio (moneda nacional)");
 }
 
+}  // namespace
+
 void csvDelMes(std::ostream& out, const Mes& mes) {
   out << "fecha";
   for (const auto& col : columnasDe(mes))
@@ -213,6 +170,8 @@ void csvDelMes(std::ostream& out, const Mes& mes) {
   fila("total", mes.total);
 }
 
+namespace {
+
 void jsonDia(std::ostream& out, const Mes& mes, const Dia& d) {
   out << "\"entradas\":{";
   bool primero = true;
@@ -227,6 +186,8 @@ void jsonDia(std::ostream& out, const Mes& mes, const Dia& d) {
       << ",\"salidas\":" << d.salidas.toMachineText() << ",\"igtf\":" << d.igtf.toMachineText()
       << ",\"diferencias\":" << d.diferencias.toMachineText();
 }
+
+}  // namespace
 
 void jsonDelMes(std::ostream& out, const Mes& mes) {
   out << "{\"desde\":" << json(mes.desde.date().toString())
@@ -261,11 +222,11 @@ void textoDelMes(std::ostream& out, const Mes& mes) {
   fila("total", mes.total);
 }
 
-void pdfDelMes(Contexto& c, const Mes& mes, const std::string& archivo) {
+void pdfDelMes(HostSql& db, const Mes& mes, const std::string& archivo) {
   DocumentoPdf doc(archivo, "Informe");
   doc.titulo("Informe del " + mes.desde.date().toString() + " al " + mes.hasta.date().toString());
-  doc.parrafo(nombreEmpresa(c) + (mes.maquina ? " · máquina " + std::to_string(*mes.maquina)
-                                              : " · todas las máquinas"));
+  doc.parrafo(nombreEmpresa(db) + (mes.maquina ? " · máquina " + std::to_string(*mes.maquina)
+                                               : " · todas las máquinas"));
   doc.grafico(barrasDelMes(mes), 90);
   std::vector<DocumentoPdf::Columna> columnas{{"Fecha", false}};
   for (const auto& col : columnasDe(mes))
@@ -282,21 +243,14 @@ void pdfDelMes(Contexto& c, const Mes& mes, const std::string& archivo) {
   doc.tabla(columnas, filas);
 }
 
-std::pair<int, int> tamanoDe(Contexto& c) {
-  const std::string texto = c.args.valor("tamano", "1200x700");
-  const auto x = texto.find('x');
-  if (x == std::string::npos)
-    throw ErrorUso("Tamaño no válido: " + texto + " (use ANCHOxALTO, en píxeles)");
-  return {static_cast<int>(enteroDe(texto.substr(0, x), "--tamano", 100, 8000)),
-          static_cast<int>(enteroDe(texto.substr(x + 1), "--tamano", 100, 8000))};
+void pngDelMes(const Mes& mes, int ancho, int alto, const std::string& archivo) {
+  guardarPng(barrasDelMes(mes), ancho, alto, archivo);
 }
 
-}  // namespace
-
-void pdfCierre(Contexto& c, const Cierre& k, const std::string& archivo) {
+void pdfCierre(HostSql& db, const Cierre& k, const std::string& archivo) {
   DocumentoPdf doc(archivo, k.id ? "Cierre de caja" : "Arqueo parcial");
   doc.titulo(k.id ? "Cierre de caja " + std::to_string(k.id) : "Arqueo parcial, no registrado");
-  if (const std::string nombre = nombreEmpresa(c); !nombre.empty())
+  if (const std::string nombre = nombreEmpresa(db); !nombre.empty())
     doc.parrafo(nombre);
   doc.parrafo("Máquina " + std::to_string(k.maquina) + " · " + k.fecha.toIsoText());
   doc.parrafo("Contó: " + k.operador);
@@ -329,23 +283,6 @@ void pdfCierre(Contexto& c, const Cierre& k, const std::string& archivo) {
   }
   doc.firmas(
       {"Contó: " + k.operador, k.aprobador.empty() ? "Supervisor" : "Autorizó: " + k.aprobador});
-}
-
-int informe(Contexto& c) {
-  const Mes mes = mesDe(c);
-  if (const auto pdf = c.args.valor("pdf"))
-    pdfDelMes(c, mes, *pdf);
-  if (const auto png = c.args.valor("png")) {
-    const auto [ancho, alto] = tamanoDe(c);
-    guardarPng(barrasDelMes(mes), ancho, alto, *png);
-  }
-  if (c.args.bandera("json"))
-    jsonDelMes(c.out, mes);
-  else if (c.args.bandera("csv"))
-    csvDelMes(c.out, mes);
-  else if (!c.args.valor("pdf") && !c.args.valor("png"))
-    textoDelMes(c.out, mes);
-  return kExito;
 }
 
 }  // namespace caja::app

@@ -1,24 +1,14 @@
-#include "app/envio/Diario.h"
+#include "app/datos/Diario.h"
 
-#include <QUuid>
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <map>
+#include <iterator>
 #include <sstream>
 
-#include "app/datos/Auditoria.h"
-#include "app/controles/Autorizacion.h"
-#include "app/envio/Enviador.h"
-#include "app/linea/Salida.h"
+#include "app/datos/Json.h"
+#include "app/datos/Sql.h"
 #include "caja/base/Conversiones.h"
 #include "caja/base/Texto.h"
-#include "caja/host/ArchivosPrivados.h"
 #include "caja/host/DialectoSql.h"
-#include "caja/host/SqliteFactoria.h"
-#include "caja/movement/CVarelta.h"
 #include "caja/service/General.h"
 #include "caja/service/HostUtil.h"
 #include "caja/service/Settings.h"
@@ -27,19 +17,14 @@ namespace caja::app {
 
 namespace {
 
-// Movements sent in one call: few round trips for a backlog, and a batch
-// small enough that one the server refuses is soon sent again one by one.
-constexpr std::size_t kLote = 100;
-
 // The documents the server holds as charged and not voided, since a day:
 // what a till checks a sale's document against. Today's and yesterday's,
 // where nearly every repeat happens, keep the copy small enough to take
 // after every send; an older repeat is still named when it is sent.
-constexpr const char* kDocumentosCobrados =
+const std::string kDocumentosCobrados =
     "SELECT M.TipoDocumento, M.NumeroDocumento, M.TransID, M.machineID FROM MovimientosCaja M "
-    "LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE A.TransID IS NULL AND "
-    "COALESCE(M.Clasificacion, '') = '' AND COALESCE(M.TipoDocumento, '') <> '' AND "
-    "M.NumeroDocumento <> 0 AND M.Fecha >= ?";
+    "WHERE " +
+    enPie() + " AND " + kVentaConDocumento + " AND M.Fecha >= ?";
 constexpr int kDiasDocumentos = 1;
 
 // What a sale reads besides the movements: copied whole from the server.
@@ -190,98 +175,6 @@ std::string enCaja(std::int32_t numero, std::int32_t maquina) {
   return std::to_string(numero) + " (máquina " + std::to_string(maquina) + ")";
 }
 
-// The server's answer for a sale of a document it already held as charged
-// ("NUMBER:MACHINE ..."): both are kept, and the conflict is named once.
-Aviso conflictoDe(const Pendiente& p, const std::string& previos, std::int32_t numero) {
-  std::string nombrados;
-  std::istringstream lista(previos);
-  for (std::string par; lista >> par;) {
-    const auto dos = par.find(':');
-    nombrados += (nombrados.empty() ? "" : ", ") +
-                 enCaja(std::stoi(par.substr(0, dos)), std::stoi(par.substr(dos + 1)));
-  }
-  const auto dos = p.documento.find(':');
-  return {p.clave, p.numeroLocal, p.maquina,
-          "El documento " + p.documento.substr(0, dos) + " " + p.documento.substr(dos + 1) +
-              " se cobró en más de una caja: movimientos " + nombrados + " y " +
-              enCaja(numero, p.maquina)};
-}
-
-// Sends a batch in one call, one server transaction; the journal marks
-// each movement with the number the server gave it. Exactly once: the
-// server keeps each key with its movement, so a batch whose answer was lost
-// is answered again from the keys when it is sent once more.
-void enviarLote(HostSql& servidor, HostSql& diario, const std::vector<Pendiente>& lote,
-                Envio& envio) {
-  std::vector<std::string> movimientos;
-  for (const Pendiente& p : lote)
-    movimientos.push_back(movimientoJson(diario, p));
-  const std::string texto = unidas(movimientos);
-  std::map<std::string, std::pair<std::int32_t, std::string>> respuesta;
-  // One statement, its own transaction: one round trip.
-  servidor.Reintentando([&] {
-    respuesta.clear();
-    auto rs =
-        servidor.openrecordset("SELECT enviada, numero, previos FROM caja_recibir(?)", {texto});
-    for (; !rs->Eof(); rs->MoveNext())
-      respuesta[NzTexto(rs->Fields(0))] = {NzLong(rs->Fields(1)), NzTexto(rs->Fields(2))};
-  });
-  diario.EnTransaccion([&] {
-    for (const Pendiente& p : lote)
-      diario.ExecuteSQL("UPDATE hostClaves SET TransIDServidor = ? WHERE Clave = ?",
-                        {respuesta.at(p.clave).first, p.clave});
-  });
-  for (const Pendiente& p : lote) {
-    const auto& [numero, previos] = respuesta.at(p.clave);
-    envio.enviados.emplace_back(p.numeroLocal, numero);
-    if (!previos.empty())
-      envio.conflictos.push_back(conflictoDe(p, previos, numero));
-  }
-}
-
-// One movement alone, after its batch was refused: a refusal of its own is
-// named, and it stays pending.
-void enviarSolo(HostSql& servidor, HostSql& diario, const Pendiente& p, Envio& envio) {
-  try {
-    enviarLote(servidor, diario, {p}, envio);
-  } catch (const CajaError& e) {
-    if (e.number() == kErrorConexion)
-      throw;
-    envio.fallidos.push_back(
-        {p.clave, p.numeroLocal, p.maquina,
-         "Movimiento local " + std::to_string(p.numeroLocal) + " no enviado: " + e.description()});
-  }
-}
-
-// The journal's trail rows the server has not got, in order, each with its
-// movement's number on the server and, as its origin, its hash in the
-// journal, which keeps a row from reaching the server twice. A row whose
-// movement is not on the server yet waits, and those after it.
-void enviarAuditoria(HostSql& servidor, HostSql& diario) {
-  const std::int64_t enviadas =
-      NzLong(diario.ReadScalar("SELECT MAX(id) FROM hostAuditoriaEnviada"));
-  for (Asiento a : asientos(diario, enviadas)) {
-    const auto fila = static_cast<std::int32_t>(a.id);
-    if (a.movimiento) {
-      a.movimiento = numeroEnServidor(diario, *a.movimiento);
-      if (*a.movimiento <= 0)
-        return;
-    }
-    a.origen = a.hash;
-    servidor.EnTransaccion([&] {
-      if (!servidor.ReadScalar("SELECT id FROM hostAuditoria WHERE Origen = ?", {a.origen})
-               .isEmpty())
-        return;
-      anotar(servidor, a);
-      contarEnServidor(servidor, a);
-    });
-    diario.ExecuteSQL("INSERT INTO hostAuditoriaEnviada (id) VALUES (?)", {fila});
-  }
-}
-
-// Keeps each conflict of the run in the journal, once per movement and
-// kind, with a row of the journal's trail, which reaches the server's with
-// the rest: what went wrong is heard of, at the till and in the shop.
 // Keeps a conflict in the journal once per movement and kind: whether it
 // is new.
 bool guardarConflicto(HostSql& diario, const char* clase, const Aviso& aviso) {
@@ -298,21 +191,11 @@ bool guardarConflicto(HostSql& diario, const char* clase, const Aviso& aviso) {
   return true;
 }
 
-void guardarConflictos(HostSql& diario, const Envio& envio) {
-  const std::pair<const char*, const std::vector<Aviso>*> clases[] = {
-      {"documento", &envio.conflictos}, {"rechazo", &envio.fallidos}};
-  diario.EnTransaccion([&] {
-    for (const auto& [clase, avisos] : clases)
-      for (const Aviso& aviso : *avisos) {
-        if (!guardarConflicto(diario, clase, aviso))
-          continue;
-        Asiento a;
-        a.maquina = aviso.maquina;
-        a.accion = "conflicto";
-        a.detalle = aviso.texto;
-        anotar(diario, a);
-      }
-  });
+Conflicto conflictoDeFila(Recordset& rs) {
+  return {NzLong(rs.Fields("id")),           NzTexto(rs.Fields("Fecha")),
+          NzTexto(rs.Fields("Clase")),       NzLong(rs.Fields("NumeroLocal")),
+          NzLong(rs.Fields("MachineID")),    NzTexto(rs.Fields("Detalle")),
+          NzTexto(rs.Fields("ResueltoPor")), NzTexto(rs.Fields("ResueltoEl"))};
 }
 
 // A document this till charged that the server's copy shows charged at
@@ -344,9 +227,8 @@ void conflictosDeLaCopia(HostSql& diario) {
   }
 }
 
-// What the till sent is kept in the journal for "DiasEnviados" days (section
-// "Diario" of ZOR, 30 unless set), so that it reprints a receipt while the
-// server is away; older sent movements leave the journal, children first.
+}  // namespace
+
 void olvidarEnviados(HostSql& diario) {
   const auto dias =
       CLng(lmGetSettingCur(kAppZOR, "Diario", "DiasEnviados", Currency::fromUnits(30)));
@@ -379,50 +261,126 @@ void olvidarEnviados(HostSql& diario) {
   });
 }
 
-}  // namespace
+// The server's answer for a sale of a document it already held as charged
+// ("NUMBER:MACHINE ..."): both are kept, and the conflict is named once.
+Aviso conflictoDe(const Pendiente& p, const std::string& previos, std::int32_t numero) {
+  std::string nombrados;
+  std::istringstream lista(previos);
+  for (std::string par; lista >> par;) {
+    const auto dos = par.find(':');
+    nombrados += (nombrados.empty() ? "" : ", ") +
+                 enCaja(std::stoi(par.substr(0, dos)), std::stoi(par.substr(dos + 1)));
+  }
+  const auto dos = p.documento.find(':');
+  return {p.clave, p.numeroLocal, p.maquina,
+          "El documento " + p.documento.substr(0, dos) + " " + p.documento.substr(dos + 1) +
+              " se cobró en más de una caja: movimientos " + nombrados + " y " +
+              enCaja(numero, p.maquina)};
+}
 
 std::vector<Conflicto> conflictos(HostSql& diario, bool todos) {
   std::vector<Conflicto> lista;
   auto rs = diario.openrecordset(std::string("SELECT * FROM hostConflictos") +
                                  (todos ? "" : " WHERE ResueltoPor = ''") + " ORDER BY id");
   for (; !rs->Eof(); rs->MoveNext())
-    lista.push_back({NzLong(rs->Fields("id")), NzTexto(rs->Fields("Fecha")),
-                     NzTexto(rs->Fields("Clase")), NzLong(rs->Fields("NumeroLocal")),
-                     NzLong(rs->Fields("MachineID")), NzTexto(rs->Fields("Detalle")),
-                     NzTexto(rs->Fields("ResueltoPor")), NzTexto(rs->Fields("ResueltoEl"))});
+    lista.push_back(conflictoDeFila(*rs));
   return lista;
 }
 
-std::filesystem::path carpetaDeDatos(bool crear) {
-  const char* xdg = std::getenv("XDG_DATA_HOME");
-  const char* home = std::getenv("HOME");
-  const std::filesystem::path raiz =
-      xdg && *xdg ? std::filesystem::path(xdg)
-                  : std::filesystem::path(home ? home : ".") / ".local" / "share";
-  if (crear)
-    crearCarpetaPrivada(raiz / "caja");
-  return raiz / "caja";
+std::optional<Conflicto> conflictoSinResolver(HostSql& diario, std::int32_t id) {
+  auto rs =
+      diario.openrecordset("SELECT * FROM hostConflictos WHERE id = ? AND ResueltoPor = ''", {id});
+  if (rs->Eof())
+    return std::nullopt;
+  return conflictoDeFila(*rs);
 }
 
-void anotarError(const CajaError& e) {
-  const auto carpeta = carpetaDeDatos(false);
-  if (!std::filesystem::is_directory(carpeta))
-    return;
-  const auto ruta = carpeta / "caja.log";
-  crearArchivoPrivado(ruta);
-  std::ofstream(ruta, std::ios::app) << Fecha::now().toIsoText() << " Error " << e.number() << " ("
-                                     << e.source() << "): " << e.description() << '\n';
+void marcarResuelto(HostSql& diario, std::int32_t id, const std::string& aprobador) {
+  diario.ExecuteSQL("UPDATE hostConflictos SET ResueltoPor = ?, ResueltoEl = ? WHERE id = ?",
+                    {aprobador, Fecha::now().toIsoText(), id});
 }
 
-std::string rutaDiario(bool crearCarpeta) {
-  return (carpetaDeDatos(crearCarpeta) / "diario.db").string();
+void guardarConflictos(HostSql& diario, const char* clase, const std::vector<Aviso>& avisos) {
+  for (const Aviso& aviso : avisos) {
+    if (!guardarConflicto(diario, clase, aviso))
+      continue;
+    Asiento a;
+    a.maquina = aviso.maquina;
+    a.accion = "conflicto";
+    a.detalle = aviso.texto;
+    anotar(diario, a);
+  }
 }
 
-std::shared_ptr<HostSql> abrirDiario(bool crear) {
-  const std::string ruta = rutaDiario(crear);
-  if (!crear && !std::filesystem::exists(ruta))
-    return nullptr;
-  return SqliteFactoria::Abrir(ruta);
+std::string loteJson(HostSql& diario, const std::vector<Pendiente>& lote) {
+  std::vector<std::string> movimientos;
+  for (const Pendiente& p : lote)
+    movimientos.push_back(movimientoJson(diario, p));
+  return unidas(movimientos);
+}
+
+std::map<std::string, std::pair<std::int32_t, std::string>> recibirLote(HostSql& servidor,
+                                                                        const std::string& lote) {
+  std::map<std::string, std::pair<std::int32_t, std::string>> respuesta;
+  // One statement, its own transaction: one round trip.
+  servidor.Reintentando([&] {
+    respuesta.clear();
+    auto rs =
+        servidor.openrecordset("SELECT enviada, numero, previos FROM caja_recibir(?)", {lote});
+    for (; !rs->Eof(); rs->MoveNext())
+      respuesta[NzTexto(rs->Fields(0))] = {NzLong(rs->Fields(1)), NzTexto(rs->Fields(2))};
+  });
+  return respuesta;
+}
+
+void marcarEnviados(HostSql& diario,
+                    const std::map<std::string, std::pair<std::int32_t, std::string>>& respuesta) {
+  diario.EnTransaccion([&] {
+    for (const auto& [clave, numero] : respuesta)
+      diario.ExecuteSQL("UPDATE hostClaves SET TransIDServidor = ? WHERE Clave = ?",
+                        {numero.first, clave});
+  });
+}
+
+std::vector<Asiento> asientosSinEnviar(HostSql& diario) {
+  return asientos(diario, NzLong(diario.ReadScalar("SELECT MAX(id) FROM hostAuditoriaEnviada")));
+}
+
+bool asientoRecibido(HostSql& servidor, const std::string& origen) {
+  return !servidor.ReadScalar("SELECT id FROM hostAuditoria WHERE Origen = ?", {origen}).isEmpty();
+}
+
+void marcarAsientoEnviado(HostSql& diario, std::int64_t id) {
+  diario.ExecuteSQL("INSERT INTO hostAuditoriaEnviada (id) VALUES (?)",
+                    {static_cast<std::int32_t>(id)});
+}
+
+std::vector<MontoMedio> aporteDe(HostSql& diario) {
+  std::map<std::string, MontoMedio> porMedio;
+  const std::string pendiente =
+      " INNER JOIN hostClaves K ON K.TransID = T.idOrigen AND T.tipoTrans = 0 WHERE "
+      "K.TransIDServidor IS NULL";
+  for (auto rs =
+           diario.openrecordset("SELECT T.efectivoMN FROM transaccionesEfectivo T" + pendiente);
+       !rs->Eof(); rs->MoveNext()) {
+    auto& efe = porMedio.try_emplace("EFE", MontoMedio{"EFE", {}, {}}).first->second;
+    efe.montoMN += NzMoneda(rs->Fields(0));
+    efe.montoNominal += NzMoneda(rs->Fields(0));
+  }
+  for (auto rs = diario.openrecordset(
+           "SELECT D.codigoMedio, D.valorMN, D.valorNominal FROM transaccionEfectivoDetalles D "
+           "INNER JOIN transaccionesEfectivo T ON T.id = D.transID" +
+           pendiente);
+       !rs->Eof(); rs->MoveNext()) {
+    const std::string medio = NzTexto(rs->Fields(0));
+    auto& m = porMedio.try_emplace(medio, MontoMedio{medio, {}, {}}).first->second;
+    m.montoMN += NzMoneda(rs->Fields(1));
+    m.montoNominal += NzMoneda(rs->Fields(2));
+  }
+  std::vector<MontoMedio> aporte;
+  for (const auto& [medio, m] : porMedio)
+    aporte.push_back(m);
+  return aporte;
 }
 
 void copiarReferencias(HostSql& servidor, HostSql& diario) {
@@ -487,36 +445,6 @@ std::vector<Pendiente> pendientes(HostSql& diario) {
   return lista;
 }
 
-Envio sincronizar(HostSql& servidor, HostSql& diario) {
-  const Cerrojo enviando(carpetaDeDatos(true) / "envio.lock", true);
-  Envio envio;
-  const std::vector<Pendiente> lista = pendientes(diario);
-  for (std::size_t desde = 0; desde < lista.size(); desde += kLote) {
-    const std::vector<Pendiente> lote(
-        lista.begin() + static_cast<std::ptrdiff_t>(desde),
-        lista.begin() + static_cast<std::ptrdiff_t>(std::min(lista.size(), desde + kLote)));
-    try {
-      enviarLote(servidor, diario, lote, envio);
-    } catch (const CajaError& e) {
-      // A lost link ends the run. A batch the server refuses is sent again
-      // a movement at a time, so that the one it refuses stays in the
-      // journal, named, and does not hold back the others.
-      if (e.number() == kErrorConexion)
-        throw;
-      for (const Pendiente& p : lote)
-        enviarSolo(servidor, diario, p, envio);
-    }
-  }
-  guardarConflictos(diario, envio);
-  enviarAuditoria(servidor, diario);
-  olvidarEnviados(diario);
-  // Noted only when something went, so that a sale with nothing to send
-  // writes nothing more.
-  if (envio.fallidos.empty() && !envio.enviados.empty())
-    anotarEnvio();
-  return envio;
-}
-
 std::string cobradoSegunDiario(HostSql& diario, const std::string& tipo, std::int32_t numero) {
   const Variant servidor = diario.ReadScalar(
       "SELECT MIN(TransID) FROM hostDocumentosCobrados WHERE TipoDocumento = ? AND "
@@ -525,10 +453,8 @@ std::string cobradoSegunDiario(HostSql& diario, const std::string& tipo, std::in
   if (!servidor.isNull() && !servidor.isEmpty())
     return std::to_string(CLng(servidor));
   const Variant local = diario.ReadScalar(
-      "SELECT MIN(M.TransID) FROM MovimientosCaja M INNER JOIN hostClaves K ON K.TransID = "
-      "M.TransID LEFT JOIN hostAnulaciones A ON A.TransID = M.TransID WHERE K.TransIDServidor "
-      "IS NULL AND A.TransID IS NULL AND M.TipoDocumento = ? AND M.NumeroDocumento = ? AND "
-      "COALESCE(M.Clasificacion, '') = ''",
+      "SELECT MIN(M.TransID) FROM MovimientosCaja M WHERE " + std::string(kSinEnviar) + " AND " +
+          enPie() + " AND M.TipoDocumento = ? AND M.NumeroDocumento = ? AND " + kVenta,
       {tipo, numero});
   return local.isNull() || local.isEmpty() ? "" : "local " + std::to_string(CLng(local));
 }
@@ -544,28 +470,6 @@ std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local) {
 std::int32_t numeroLocalDe(HostSql& diario, std::int32_t servidor) {
   return NzLong(
       diario.ReadScalar("SELECT TransID FROM hostClaves WHERE TransIDServidor = ?", {servidor}));
-}
-
-void olvidarGuardado(CVarelta& mov) {
-  mov.TransID = 0;
-  for (const auto& d : *mov.colDetalles)
-    d->Id = 0;
-}
-
-void avisarEnvio(const Envio& envio) {
-  for (const auto* lista : {&envio.conflictos, &envio.fallidos})
-    for (const Aviso& aviso : *lista)
-      std::cerr << aviso.texto << std::endl;
-}
-
-void avisarDiarioSinActualizar(const std::exception& e) {
-  const auto* error = dynamic_cast<const CajaError*>(&e);
-  std::cerr << "El diario de esta caja no se actualizó: "
-            << (error ? error->description() : e.what()) << std::endl;
-}
-
-std::string nuevaClave() {
-  return QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString();
 }
 
 }  // namespace caja::app

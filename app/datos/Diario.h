@@ -1,13 +1,15 @@
 #pragma once
 
-#include <filesystem>
-#include <memory>
-#include <ostream>
+#include <cstdint>
+#include <map>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "app/datos/Auditoria.h"
+#include "app/datos/Tipos.h"
 #include "caja/host/HostSql.h"
-#include "caja/movement/CVarelta.h"
 
 namespace caja::app {
 
@@ -19,17 +21,6 @@ namespace caja::app {
 // a movement is idempotent: the server keeps the key with the movement, and
 // a key it already has is answered with that movement.
 
-// The program's data folder, $XDG_DATA_HOME/caja (~/.local/share/caja),
-// made when `crear`.
-std::filesystem::path carpetaDeDatos(bool crear);
-// Appends the error, with its number and source, to the till's log
-// (caja.log in the data folder, 0600) when the folder exists: what the
-// cashier read without its number, for whoever looks into it.
-void anotarError(const CajaError& e);
-// The journal file in it: diario.db.
-std::string rutaDiario(bool crearCarpeta);
-// The journal, created when `crear`; nullptr when it is not there.
-std::shared_ptr<HostSql> abrirDiario(bool crear);
 // Replaces the journal's copy of what a sale reads with the server's, and
 // its drawers too while nothing waits to be sent. A till's drawer moves on
 // the server only by what the till sends, so in the journal it always reads
@@ -46,6 +37,8 @@ struct Pendiente {
   std::int32_t maquina;
 };
 std::vector<Pendiente> pendientes(HostSql& diario);
+// What the movements waiting add to the till's drawers, per method.
+std::vector<MontoMedio> aporteDe(HostSql& diario);
 
 // Something that went wrong with a movement while sending it, said in one
 // line: `clave` and `numeroLocal` name the movement, `maquina` its till.
@@ -55,14 +48,9 @@ struct Aviso {
   std::string texto;
 };
 
-// What one run of sending did: the movements sent, with their local and
-// server numbers, the documents that ended up charged more than once, and
-// the movements the server refused (they stay pending).
-struct Envio {
-  std::vector<std::pair<std::int32_t, std::int32_t>> enviados;
-  std::vector<Aviso> conflictos;
-  std::vector<Aviso> fallidos;
-};
+// The server's answer for a sale of a document it already held as charged
+// (`previos`, "NUMBER:MACHINE ..."), now also charged as its movement `numero`.
+Aviso conflictoDe(const Pendiente& p, const std::string& previos, std::int32_t numero);
 
 // A conflict kept in the journal until a supervisor acknowledges it: a
 // document charged at more than one till ("documento") or a movement the
@@ -75,15 +63,38 @@ struct Conflicto {
 };
 // The journal's conflicts, the acknowledged ones too when `todos`.
 std::vector<Conflicto> conflictos(HostSql& diario, bool todos);
-// Says on standard error, a line each, the documents charged twice and the
-// movements the server refused.
-void avisarEnvio(const Envio& envio);
-// Sends the pending movements, oldest first, a batch of them per call of
-// the server's receiver (caja_recibir) and per server transaction, holding
-// the till's sending lock; keeps each new conflict in the journal with a
-// row of its trail; then sends the journal's trail rows. Neither host
-// becomes the component's. A lost link is raised.
-Envio sincronizar(HostSql& servidor, HostSql& diario);
+// Keeps each new one of `avisos` as a conflict of `clase`, once per
+// movement and kind, with a row of the journal's trail, which reaches the
+// server's with the rest.
+void guardarConflictos(HostSql& diario, const char* clase, const std::vector<Aviso>& avisos);
+// One not acknowledged yet, or nothing.
+std::optional<Conflicto> conflictoSinResolver(HostSql& diario, std::int32_t id);
+void marcarResuelto(HostSql& diario, std::int32_t id, const std::string& aprobador);
+
+// A batch of pending movements as the server's receiver takes it: a JSON
+// array, each its key, its header, lines with their coins, drawer
+// transactions with their lines, how its change went back, its amounts and
+// its void when the till voided it unsent.
+std::string loteJson(HostSql& diario, const std::vector<Pendiente>& lote);
+// The server's answer to a batch, by key: its number there and, for a sale
+// of a document it already held as charged, those movements as
+// "NUMBER:MACHINE" separated by blanks. One statement, one round trip.
+std::map<std::string, std::pair<std::int32_t, std::string>> recibirLote(HostSql& servidor,
+                                                                        const std::string& lote);
+// The journal marks each movement of the answer with the server's number.
+void marcarEnviados(HostSql& diario,
+                    const std::map<std::string, std::pair<std::int32_t, std::string>>& respuesta);
+
+// The journal's trail rows the server has not got yet, in order.
+std::vector<Asiento> asientosSinEnviar(HostSql& diario);
+// Whether the server has the row that came from the journal's row `origen`.
+bool asientoRecibido(HostSql& servidor, const std::string& origen);
+void marcarAsientoEnviado(HostSql& diario, std::int64_t id);
+
+// What the till sent is kept for "DiasEnviados" days (section "Diario" of
+// ZOR, 30 unless set), so that it reprints a receipt while the server is
+// away; older sent movements leave the journal, children first.
+void olvidarEnviados(HostSql& diario);
 
 // Where a till on a server finds a document charged already, without a
 // round trip: the journal's copy of the server's recent documents ("12",
@@ -96,14 +107,5 @@ std::int32_t numeroEnServidor(HostSql& diario, std::int32_t local);
 // The journal's number of the movement the server numbered `servidor`, or 0
 // when the journal has none.
 std::int32_t numeroLocalDe(HostSql& diario, std::int32_t servidor);
-// The movement as before its first save: no number, lines without ids. A
-// save that starts again (another till collided, or it moves to the journal)
-// makes its own drawer transaction.
-void olvidarGuardado(CVarelta& mov);
-// Says on standard error, in one line, that the journal could not be brought
-// up to date and why: the sale it came with goes on without it.
-void avisarDiarioSinActualizar(const std::exception& e);
-// A new key for a movement: a random UUID.
-std::string nuevaClave();
 
 }  // namespace caja::app
