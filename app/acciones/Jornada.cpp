@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "app/datos/Carpeta.h"
 #include "app/datos/Diario.h"
 #include "app/datos/Json.h"
 #include "app/envio/Envio.h"
@@ -69,17 +68,17 @@ Asiento asientoDeCierre(Puesto& p, const Cierre& registro, const std::string& si
 // that left movements out would count a drawer the server does not have.
 // What still waits refuses the closing, naming it, unless forced, which a
 // supervisor approves and the trail records.
-std::string pendientesAlCerrar(Puesto& p, bool forzar) {
-  const auto diario = p.almacen.conServidor ? abrirDiario(false) : nullptr;
+std::string pendientesAlCerrar(Puesto& p, const Arqueo& arqueo) {
+  const auto diario = p.almacen.conServidor ? p.almacen.diario() : nullptr;
   if (!diario)
     return "";
-  avisarEnvio(sincronizar(p.db(), *diario));
+  arqueo.alEnviar(sincronizar(p.db(), *diario));
   std::string locales;
   for (const Pendiente& pendiente : pendientes(*diario))
     locales += (locales.empty() ? "" : ", ") + std::to_string(pendiente.numeroLocal);
   if (locales.empty())
     return "";
-  if (!forzar)
+  if (!arqueo.forzar)
     throw Rechazo("Quedan movimientos de esta caja sin enviar al servidor (locales " + locales +
                   "): el cierre no los contaría; envíelos con caja sincronizar, o cierre con "
                   "--forzar; nada se guardó");
@@ -176,7 +175,7 @@ Cierre cerrarCaja(Puesto& p, const Arqueo& arqueo) {
                   totalesDe(p.db(), deLaMaquina, true),
                   arqueo.denominaciones};
   if (!arqueo.parcial) {
-    const Asiento a = asientoDeCierre(p, registro, pendientesAlCerrar(p, arqueo.forzar));
+    const Asiento a = asientoDeCierre(p, registro, pendientesAlCerrar(p, arqueo));
     registro.aprobador = a.aprobador;
     registrarCierre(p.db(), registro, a);
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 
 #include "app/acciones/Puesto.h"
 #include "app/datos/Consultas.h"
+#include "app/envio/Envio.h"
 
 namespace caja::app {
 
@@ -49,6 +51,8 @@ struct Arqueo {
   std::vector<Denominacion> denominaciones;
   bool parcial = false;
   bool forzar = false;
+  // Told what was sent first, before the closing goes on or is refused.
+  std::function<void(const Envio&)> alEnviar = [](const Envio&) {};
 };
 Cierre cerrarCaja(Puesto& p, const Arqueo& arqueo);
 

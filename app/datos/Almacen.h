@@ -16,6 +16,7 @@ struct Almacen {
   std::string uri;           // the server's, at a till on one
   bool conServidor = false;  // the till works with a server
   bool enDiario = false;     // ...and `db` is the till's journal
+  bool sinServidor = false;  // ...because the server did not answer a read
 
   // The till's journal: `db` when the act runs on it, else its file when
   // there is one (nullptr otherwise).

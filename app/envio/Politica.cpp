@@ -1,7 +1,7 @@
 #include "app/envio/Politica.h"
 
+#include <QCoreApplication>
 #include <filesystem>
-#include <iostream>
 
 #include "app/datos/Carpeta.h"
 #include "app/datos/Diario.h"
@@ -9,6 +9,7 @@
 #include "app/envio/Envio.h"
 #include "caja/host/PostgresFactoria.h"
 #include "caja/host/SqliteFactoria.h"
+#include "caja/service/General.h"
 
 namespace caja::app {
 
@@ -71,6 +72,13 @@ std::string cierreSinServidor() {
          ": ciérrela cuando vuelva la conexión; nada se guardó";
 }
 
+// The act's host is the component's too, for the whole act: the till's
+// actions and the component's own statements reach the same database.
+void hacerDelComponente(const Almacen& a) {
+  InicializarEntorno(a.db);
+  a.db->SetCarpetaIconos(QCoreApplication::applicationDirPath().toStdString() + "/iconos");
+}
+
 }  // namespace
 
 bool esperaEnDiario(std::int32_t local) {
@@ -110,6 +118,7 @@ Almacen PoliticaCaja::abrir(const std::optional<std::string>& db, Acceso acceso,
     a.enDiario = true;
     if (a.conServidor && acceso == Acceso::Guarda)
       copiaInicial(a.uri, *a.db);
+    hacerDelComponente(a);
     return a;
   }
   try {
@@ -123,8 +132,9 @@ Almacen PoliticaCaja::abrir(const std::optional<std::string>& db, Acceso acceso,
     if (!a.db)
       throw;
     a.enDiario = true;
-    std::cerr << "Sin conexión con el servidor: cifras locales de esta caja" << std::endl;
+    a.sinServidor = true;
   }
+  hacerDelComponente(a);
   return a;
 }
 

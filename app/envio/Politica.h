@@ -41,9 +41,10 @@ enum class Acceso {
 class PoliticaCaja {
  public:
   // Opens where an act of `acceso` runs, for the database `db` names (a
-  // server's URI, or a file; the user's file when none). Only `crear` makes
-  // a file that is not there. `enDiario`: the act names a movement the
-  // journal holds unsent, and so runs there.
+  // server's URI, or a file; the user's file when none), and makes it the
+  // component's host. Only `crear` makes a file that is not there.
+  // `enDiario`: the act names a movement the journal holds unsent, and so
+  // runs there.
   static Almacen abrir(const std::optional<std::string>& db, Acceso acceso, bool crear = false,
                        bool enDiario = false);
   // After the act succeeded: a movement saved in the journal starts the

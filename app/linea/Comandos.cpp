@@ -1,6 +1,5 @@
 #include "app/linea/Comandos.h"
 
-#include <QCoreApplication>
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
@@ -769,8 +768,8 @@ int ejecutarComando(const LineaComandos& args, bool conPantalla, Firmas& firmas)
   exigirAntesDeAbrir(args, conServidor);
   c.almacen = PoliticaCaja::abrir(db, comando.acceso, args.comando() == "init",
                                   conServidor && nombraDelDiario(comando, args));
-  InicializarEntorno(c.almacen.db);
-  c.almacen.db->SetCarpetaIconos(QCoreApplication::applicationDirPath().toStdString() + "/iconos");
+  if (c.almacen.sinServidor)
+    std::cerr << "Sin conexión con el servidor: cifras locales de esta caja" << std::endl;
   instalarVerificador(c.db(), firmas);
   instalarPausaDePrueba(c.db());
   // A receipt's width is checked before anything is saved.

@@ -12,6 +12,7 @@
 #include "app/datos/Carpeta.h"
 #include "app/datos/Diario.h"
 #include "app/envio/Enviador.h"
+#include "app/envio/Envio.h"
 #include "app/linea/Comandos.h"
 #include "app/linea/Salida.h"
 #include "app/papeles/Impresos.h"
@@ -266,6 +267,7 @@ int cierre(Contexto& c) {
   arqueo.contado = contados(c, arqueo.denominaciones);
   arqueo.parcial = c.args.bandera("parcial");
   arqueo.forzar = c.args.bandera("forzar");
+  arqueo.alEnviar = avisarEnvio;
   Puesto p = c.puesto();
   reportar(c, cerrarCaja(p, arqueo));
   return kExito;

@@ -457,6 +457,38 @@ TEST_P(Host, HostObjects) {
   EXPECT_EQ(numeroError([&] { db->CrearObjeto("Otro"); }), 429);
 }
 
+// A program's own tables and functions are created with the component's,
+// also in a database the component alone made before: its money checked
+// like the component's, its function there on a server.
+TEST_P(Host, TheProgramsSchemaJoinsTheComponentsInADatabaseMadeBefore) {
+  using T = TipoColumna;
+  struct Olvidar {
+    ~Olvidar() { agregarEsquemaPrograma({}); }
+  } olvidar;
+  EXPECT_EQ(numeroError([&] { db->ReadScalar("SELECT COUNT(*) FROM progCuentas"); }),
+            kErrorBaseDatos);
+  agregarEsquemaPrograma(
+      {{{"progCuentas", {{"id", T::Identidad, ""}, {"Saldo", T::Dinero, "NOT NULL"}}, {}}},
+       {{"ixProgCuentas", "progCuentas", "Saldo"}},
+       {},
+       {"CREATE OR REPLACE FUNCTION prog_doble(m numeric) RETURNS numeric LANGUAGE sql AS "
+        "$$ SELECT m * 2 $$"},
+       "prog_doble(numeric)"});
+  auto otra = otraConexion();
+  otra->ExecuteSQL("INSERT INTO progCuentas (Saldo) VALUES (?)", test::valores(cur("0.0035")));
+  EXPECT_EQ(otra->ReadScalar("SELECT Saldo FROM progCuentas"), Variant(cur("0.0035")));
+  EXPECT_EQ(numeroError([&] {
+              otra->ExecuteSQL("UPDATE progCuentas SET Saldo = Saldo + ?",
+                               test::valores(cur("922337203685477.5807")));
+            }),
+            6);
+  if (motor == test::Motor::Postgres) {
+    EXPECT_EQ(otra->ReadScalar("SELECT prog_doble(Saldo) FROM progCuentas"), Variant(cur("0.007")));
+  }
+  // The component's own data is untouched.
+  EXPECT_EQ(CLng(otra->ReadScalar("SELECT COUNT(*) FROM MediosPago")), contarFilas("MediosPago"));
+}
+
 CAJA_EN_CADA_MOTOR(Host);
 
 class SoloSqlite : public ::testing::Test, protected test::ConBase {};
