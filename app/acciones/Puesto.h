@@ -13,12 +13,12 @@ namespace caja::app {
 struct Puesto {
   Almacen& almacen;
   Firmas& firmas;
-  std::function<std::int32_t()> maquina;
+  Maquina maquina;
 
   HostSql& db() { return *almacen.db; }
-  std::string cajero() { return cajeroDe(db(), firmas, maquina()); }
+  std::string cajero() { return cajeroDe(db(), firmas, maquina); }
   std::string aprobacion(const std::string& que, int nivel) {
-    return app::aprobacion(db(), firmas, maquina(), que, nivel);
+    return app::aprobacion(db(), firmas, maquina, que, nivel);
   }
 };
 

@@ -46,14 +46,14 @@ Asiento asientoDe(std::int32_t maquina, Rol rol, const std::string& nombre, cons
 
 // A wrong PIN: counted, recorded, and at the limit the person is locked out
 // for a while; all of it stays even though the act is refused.
-[[noreturn]] void fallo(HostSql& db, std::int32_t maquina, Rol rol, const std::string& nombre) {
+[[noreturn]] void fallo(HostSql& db, const Maquina& maquina, Rol rol, const std::string& nombre) {
   const std::int64_t limite = limiteDeIntentos();
   std::int64_t fallos = 0;
   std::string hasta;
   db.EnTransaccion([&] {
     fallos = intentosDe(db, rol, nombre).fallos + 1;
     hasta = contarFallo(db, rol, nombre);
-    Asiento a = asientoDe(maquina, rol, nombre, "pin fallido");
+    Asiento a = asientoDe(maquina(), rol, nombre, "pin fallido");
     a.detalle = "intento " + std::to_string(fallos) + " de " + std::to_string(limite);
     anotar(db, a);
     if (!hasta.empty()) {
@@ -69,7 +69,7 @@ Asiento asientoDe(std::int32_t maquina, Rol rol, const std::string& nombre, cons
 }
 
 // The registered person whose PIN this is, or a refusal.
-Persona verificada(HostSql& db, std::int32_t maquina, Rol rol, const Credencial& dicha) {
+Persona verificada(HostSql& db, const Maquina& maquina, Rol rol, const Credencial& dicha) {
   const auto persona = personaDe(db, rol, dicha.nombre);
   if (!persona)
     throw Rechazo("No hay ningún " + std::string(nombreRol(rol)) + " llamado " + dicha.nombre +
@@ -87,7 +87,7 @@ Persona verificada(HostSql& db, std::int32_t maquina, Rol rol, const Credencial&
 
 }  // namespace
 
-std::string cajeroDe(HostSql& db, Firmas& firmas, std::int32_t maquina) {
+std::string cajeroDe(HostSql& db, Firmas& firmas, const Maquina& maquina) {
   if (!hayPersonas(db, Rol::Cajero))
     return firmas.nombreDado(Rol::Cajero).value_or("CAJERO");
   return verificada(db, maquina, Rol::Cajero,
@@ -96,7 +96,7 @@ std::string cajeroDe(HostSql& db, Firmas& firmas, std::int32_t maquina) {
       .nombre;
 }
 
-std::string aprobacion(HostSql& db, Firmas& firmas, std::int32_t maquina, const std::string& que,
+std::string aprobacion(HostSql& db, Firmas& firmas, const Maquina& maquina, const std::string& que,
                        int nivel) {
   if (!hayPersonas(db, Rol::Supervisor))
     throw Rechazo("Para " + que +

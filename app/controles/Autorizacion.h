@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,15 +45,19 @@ class Firmas {
 // supervisor's PIN and answers its level; a PIN of no one is recorded.
 void instalarVerificador(HostSql& db, Firmas& firmas);
 
+// The machine an act is recorded at, found only when a row of the trail
+// needs it (a wrong PIN).
+using Maquina = std::function<std::int32_t()>;
+
 // The cashier acting at `maquina`, by the name the shop registered. While the
 // shop has no cashiers, the name given as it is (CAJERO when none); once it
 // has them, the name given is one and its PIN is asked.
-std::string cajeroDe(HostSql& db, Firmas& firmas, std::int32_t maquina);
+std::string cajeroDe(HostSql& db, Firmas& firmas, const Maquina& maquina);
 
 // A supervisor's approval for `que` ("anular el movimiento 3") at `maquina`:
 // the level must reach `nivel`. Answers the approver's name; a refusal is a
 // Rechazo, and nothing of the act is saved.
-std::string aprobacion(HostSql& db, Firmas& firmas, std::int32_t maquina, const std::string& que,
+std::string aprobacion(HostSql& db, Firmas& firmas, const Maquina& maquina, const std::string& que,
                        int nivel);
 
 // The level an act needs: "NivelAprobacion" (voids, refunds, withdrawals,
