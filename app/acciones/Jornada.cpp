@@ -164,22 +164,30 @@ void anular(Puesto& p, std::int32_t numero, const std::string& nombre, const std
 
 Cierre cerrarCaja(Puesto& p, const Arqueo& arqueo) {
   const std::int32_t m = arqueo.maquina;
+  const std::string operador = p.cajero();
+  // What waits at this till goes first, so that the drawer counted against
+  // is the server's with it.
+  const std::string sinEnviar = arqueo.parcial ? "" : pendientesAlCerrar(p, arqueo);
   // What made up the expected amounts: every standing movement of the till.
   Filtro deLaMaquina;
   deLaMaquina.maquina = m;
   Cierre registro{0,
                   m,
                   Fecha::now(),
-                  p.cajero(),
+                  operador,
                   lineasDeCierre(m, arqueo.contado),
                   totalesDe(p.db(), deLaMaquina, true),
                   arqueo.denominaciones};
   if (!arqueo.parcial) {
-    const Asiento a = asientoDeCierre(p, registro, pendientesAlCerrar(p, arqueo));
+    const Asiento a = asientoDeCierre(p, registro, sinEnviar);
     registro.aprobador = a.aprobador;
     registrarCierre(p.db(), registro, a);
   }
   return registro;
+}
+
+std::vector<LineaCierre> esperadoDeCaja(std::int32_t maquina) {
+  return lineasDeCierre(maquina, {});
 }
 
 }  // namespace caja::app

@@ -55,5 +55,7 @@ struct Arqueo {
   std::function<void(const Envio&)> alEnviar = [](const Envio&) {};
 };
 Cierre cerrarCaja(Puesto& p, const Arqueo& arqueo);
+// What the drawer of `maquina` expects per method, before it is counted.
+std::vector<LineaCierre> esperadoDeCaja(std::int32_t maquina);
 
 }  // namespace caja::app

@@ -250,7 +250,7 @@ std::vector<FilaMovimiento> filasDe(HostSql& db, const Filtro& f) {
          documentoDe(NzTexto(rs->Fields("TipoDocumento")), NzLong(rs->Fields("NumeroDocumento"))),
          NzMoneda(rs->Fields("Debitos")), NzMoneda(rs->Fields("Creditos")),
          NzMoneda(rs->Fields("MontoIGTF")), CLng(rs->Fields("Anulado")) != 0,
-         tipoDe(NzTexto(rs->Fields("Clasificacion")))});
+         tipoDe(NzTexto(rs->Fields("Clasificacion"))), false, NzLong(rs->Fields("TransID"))});
   return filas;
 }
 
@@ -277,6 +277,23 @@ std::vector<MontoMedio> totalesDe(HostSql& db, const Filtro& f, bool porTipo) {
   for (const auto& [clave, t] : grupos)
     totales.push_back(t);
   return totales;
+}
+
+std::map<std::int32_t, std::string> mediosPorMovimiento(HostSql& db, const Filtro& f) {
+  const auto [condiciones, args] = condicionesDe(f);
+  std::map<std::int32_t, std::string> medios;
+  auto rs = db.openrecordset(
+      "SELECT D.TransID, D.Medio FROM DetallesVarelta D INNER JOIN MovimientosCaja M ON "
+      "M.TransID = D.TransID WHERE 1 = 1" +
+          condiciones + " ORDER BY D.TransID, D.Id",
+      args);
+  for (; !rs->Eof(); rs->MoveNext()) {
+    std::string& lista = medios[NzLong(rs->Fields(0))];
+    const std::string medio = NzTexto(rs->Fields(1));
+    if ((" " + lista + ",").find(" " + medio + ",") == std::string::npos)
+      lista += (lista.empty() ? "" : ", ") + medio;
+  }
+  return medios;
 }
 
 std::int32_t maquinaDeMovimiento(HostSql& db, std::int32_t transId) {

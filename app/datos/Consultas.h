@@ -56,6 +56,9 @@ std::vector<FilaMovimiento> filasDe(HostSql& db, const Filtro& f);
 // added here rather than by the database so that no sum leaves Currency.
 std::vector<MontoMedio> totalesDe(HostSql& db, const Filtro& f, bool porTipo);
 
+// The methods each movement of the filter used, "EFE, USD", by its number.
+std::map<std::int32_t, std::string> mediosPorMovimiento(HostSql& db, const Filtro& f);
+
 std::int32_t maquinaDeMovimiento(HostSql& db, std::int32_t transId);
 // The movement that charged the document and stands, or nothing.
 std::optional<std::int32_t> cobradoEn(HostSql& db, const std::string& tipo, std::int32_t numero);

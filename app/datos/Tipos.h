@@ -44,8 +44,9 @@ struct FilaMovimiento {
   std::string operador, documento;
   Currency debitos, creditos, igtf;
   bool anulado;
-  std::string tipo;    // "venta", "devolucion", "entrada" or "salida"
-  bool local = false;  // numbered by the till's journal: see NumeroVisible
+  std::string tipo;          // "venta", "devolucion", "entrada" or "salida"
+  bool local = false;        // numbered by the till's journal: see NumeroVisible
+  std::int32_t transId = 0;  // its number where it was read
 };
 
 struct MontoMedio {

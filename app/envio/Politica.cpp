@@ -72,13 +72,6 @@ std::string cierreSinServidor() {
          ": ciérrela cuando vuelva la conexión; nada se guardó";
 }
 
-// The act's host is the component's too, for the whole act: the till's
-// actions and the component's own statements reach the same database.
-void hacerDelComponente(const Almacen& a) {
-  InicializarEntorno(a.db);
-  a.db->SetCarpetaIconos(QCoreApplication::applicationDirPath().toStdString() + "/iconos");
-}
-
 }  // namespace
 
 bool esperaEnDiario(std::int32_t local) {
@@ -118,7 +111,7 @@ Almacen PoliticaCaja::abrir(const std::optional<std::string>& db, Acceso acceso,
     a.enDiario = true;
     if (a.conServidor && acceso == Acceso::Guarda)
       copiaInicial(a.uri, *a.db);
-    hacerDelComponente(a);
+    usar(a);
     return a;
   }
   try {
@@ -134,8 +127,15 @@ Almacen PoliticaCaja::abrir(const std::optional<std::string>& db, Acceso acceso,
     a.enDiario = true;
     a.sinServidor = true;
   }
-  hacerDelComponente(a);
+  usar(a);
   return a;
+}
+
+// The act's host is the component's too, for the whole act: the till's
+// actions and the component's own statements reach the same database.
+void PoliticaCaja::usar(const Almacen& a) {
+  InicializarEntorno(a.db);
+  a.db->SetCarpetaIconos(QCoreApplication::applicationDirPath().toStdString() + "/iconos");
 }
 
 void PoliticaCaja::despues(Almacen& a, Acceso acceso) {

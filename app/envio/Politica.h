@@ -47,6 +47,9 @@ class PoliticaCaja {
   // runs there.
   static Almacen abrir(const std::optional<std::string>& db, Acceso acceso, bool crear = false,
                        bool enDiario = false);
+  // Makes the act's data the component's host, as `abrir` does: for a
+  // program that keeps one open across acts.
+  static void usar(const Almacen& almacen);
   // After the act succeeded: a movement saved in the journal starts the
   // till's sender; an act that changed what a sale reads on the server
   // refreshes the journal's copy of it.

@@ -16,6 +16,7 @@
 #include "app/envio/Envio.h"
 #include "app/linea/EnLinea.h"
 #include "app/linea/Salida.h"
+#include "app/ventana/Ventana.h"
 #include "caja/base/Texto.h"
 #include "caja/drawer/SaldoCaja.h"
 #include "caja/host/PostgresFactoria.h"
@@ -327,6 +328,13 @@ int cajero(Contexto& c) {
   return kExito;
 }
 
+int ventana(Contexto& c) {
+  if (!c.conPantalla)
+    throw ErrorUso("No hay pantalla para la ventana de la caja (DISPLAY o WAYLAND_DISPLAY)");
+  return ejecutarVentana(c.args.valor("db"), maquinaElegida(c.args),
+                         c.args.valor("operador", "CAJERO"));
+}
+
 int auditoria(Contexto& c) {
   const auto filas = asientos(c.db());
   if (!c.args.bandera("verificar")) {
@@ -422,6 +430,7 @@ struct Comando {
   Ejecutor ejecutor;
   Acceso acceso;
   Local local = Local::No;
+  bool suyos = false;  // opens its data itself, act by act (the window)
 };
 
 const std::vector<Comando>& comandos() {
@@ -461,6 +470,15 @@ const std::vector<Comando>& comandos() {
          kAutoriza}},
        empresa,
        Acceso::Cambia},
+      {{"ventana",
+        "[--maquina N] [--operador O]",
+        "abre la ventana de la caja: ventas, devoluciones, anulaciones y el cierre con el teclado",
+        {kMaquina,
+         {"operador", "O", "el cajero, mientras la tienda no tenga cajeros registrados"}}},
+       ventana,
+       Acceso::Servidor,
+       Local::No,
+       true},
       {{"tasa", "[VALOR]", "muestra o fija la tasa de cambio de la caja", {}, 0, 1},
        tasa,
        Acceso::Cambia},
@@ -763,6 +781,8 @@ int ejecutarComando(const LineaComandos& args, bool conPantalla, Firmas& firmas)
   // This till's number lives in its settings, not in a database.
   if (args.comando() == "maquina" && !args.valor("login"))
     return comandoMaquina(c);
+  if (comando.suyos)
+    return comando.ejecutor(c);
   const auto db = args.valor("db");
   const bool conServidor = db && PostgresFactoria::EsUri(*db);
   exigirAntesDeAbrir(args, conServidor);

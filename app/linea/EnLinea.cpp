@@ -1,16 +1,12 @@
 #include "app/linea/EnLinea.h"
 
-#include <QComboBox>
-#include <QDialog>
-#include <QDialogButtonBox>
-#include <QFormLayout>
 #include <QInputDialog>
-#include <QLabel>
 #include <QLineEdit>
 #include <iostream>
 
 #include <unistd.h>
 
+#include "app/controles/DialogoCredencial.h"
 #include "caja/base/Texto.h"
 #include "caja/dialogs/DialogosQt.h"
 #include "caja/dialogs/frmDefinirVuelto.h"
@@ -30,36 +26,6 @@ std::string lineaDeEntrada(const std::string& pregunta) {
   if (!linea.empty() && linea.back() == '\r')
     linea.pop_back();
   return linea;
-}
-
-// The small dialog that asks who and their PIN, saying what for; nothing
-// when cancelled.
-std::optional<Credencial> credencialEnDialogo(const std::string& titulo, const std::string& para,
-                                              const std::vector<std::string>& nombres,
-                                              const std::string& dado) {
-  QDialog dialogo;
-  dialogo.setWindowTitle(QString::fromStdString(titulo));
-  auto* forma = new QFormLayout(&dialogo);
-  forma->addRow(new QLabel(QString::fromStdString(para), &dialogo));
-  auto* nombre = new QComboBox(&dialogo);
-  for (const auto& n : nombres)
-    nombre->addItem(QString::fromStdString(n));
-  if (!dado.empty())
-    nombre->setCurrentText(QString::fromStdString(dado));
-  auto* pin = new QLineEdit(&dialogo);
-  pin->setEchoMode(QLineEdit::Password);
-  forma->addRow("Nombre", nombre);
-  forma->addRow("PIN", pin);
-  auto* botones = new QDialogButtonBox(&dialogo);
-  botones->addButton("&Aceptar", QDialogButtonBox::AcceptRole);
-  botones->addButton("&Cancelar", QDialogButtonBox::RejectRole);
-  forma->addRow(botones);
-  QObject::connect(botones, &QDialogButtonBox::accepted, &dialogo, &QDialog::accept);
-  QObject::connect(botones, &QDialogButtonBox::rejected, &dialogo, &QDialog::reject);
-  pin->setFocus();
-  if (dialogo.exec() != QDialog::Accepted)
-    return std::nullopt;
-  return Credencial{nombre->currentText().toStdString(), pin->text().toStdString()};
 }
 
 // The change split typed in place of the cashier: the suggestion when no

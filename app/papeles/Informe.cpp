@@ -7,6 +7,7 @@
 #include <QLegend>
 #include <QStackedBarSeries>
 #include <QValueAxis>
+#include <cmath>
 #include <map>
 #include <set>
 
@@ -39,6 +40,9 @@ std::unique_ptr<QChart> graficoDe(QAbstractBarSeries* serie, const QStringList& 
   y->setLabelFormat("%.0f");
   g->addAxis(y, Qt::AlignLeft);
   serie->attachAxis(y);
+  // A chart with nothing in it still has a scale to show.
+  if (y->min() == y->max() || std::isnan(y->min()) || std::isnan(y->max()))
+    y->setRange(0, 1);
   y->applyNiceNumbers();
   g->legend()->setAlignment(Qt::AlignBottom);
   return g;
@@ -241,6 +245,10 @@ void pdfDelMes(HostSql& db, const Mes& mes, const std::string& archivo) {
     fila(fecha, d);
   fila("Total", mes.total);
   doc.tabla(columnas, filas);
+}
+
+std::unique_ptr<QChart> graficoDelMes(const Mes& mes) {
+  return barrasDelMes(mes);
 }
 
 void pngDelMes(const Mes& mes, int ancho, int alto, const std::string& archivo) {

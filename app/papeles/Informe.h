@@ -2,12 +2,15 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <set>
 #include <string>
 
 #include "app/datos/Consultas.h"
+
+class QChart;
 
 namespace caja::app {
 
@@ -36,6 +39,8 @@ void csvDelMes(std::ostream& out, const Mes& mes);
 void jsonDelMes(std::ostream& out, const Mes& mes);
 void pdfDelMes(HostSql& db, const Mes& mes, const std::string& archivo);
 void pngDelMes(const Mes& mes, int ancho, int alto, const std::string& archivo);
+// The month's chart: per day what came in per method, stacked.
+std::unique_ptr<QChart> graficoDelMes(const Mes& mes);
 
 // The closing report on A4: per method the expected, counted and difference
 // amounts with a chart of the two, the notes counted, what made up the

@@ -32,34 +32,14 @@
 #include "caja/uisupport/CajaNumerica.h"
 #include "caja/uisupport/clsComboWidth.h"
 #include "tests/support/HostPrueba.h"
+#include "tests/support/Modales.h"
 
 namespace caja {
 namespace {
 
+using test::cuandoAparezca;
 using test::cur;
-
-// Runs `hacer` on the modal window named `nombre` once it is the active one.
-void cuandoAparezca(const char* nombre, std::function<void(QWidget&)> hacer, int intentos = 300) {
-  QTimer::singleShot(10, [=] {
-    QWidget* w = QApplication::activeModalWidget();
-    if (w && w->objectName() == nombre) {
-      hacer(*w);
-    } else if (intentos > 0) {
-      cuandoAparezca(nombre, hacer, intentos - 1);
-    } else {
-      ADD_FAILURE() << nombre << " never appeared";
-    }
-  });
-}
-
-// Types `teclas` over the whole text of the numeric input `caja` of `f`.
-void teclear(QWidget& f, const char* caja, const char* teclas) {
-  auto* c = f.findChild<CajaNumerica*>(caja);
-  ASSERT_NE(c, nullptr) << caja;
-  c->setFocus();
-  c->selectAll();
-  QTest::keyClicks(c, teclas);
-}
+using test::teclear;
 
 // A catalogue with a method of each kind the dialogs treat apart: foreign
 // cash subject to IGTF and counted by denominations, a card with an
