@@ -82,13 +82,16 @@ bool esperaEnDiario(std::int32_t local) {
 CobroDocumento cobroParaDevolver(Almacen& a, const std::string& tipo, std::int32_t numero) {
   if (!a.enDiario || !a.conServidor)
     return cobroDe(*a.db, tipo, numero);
-  try {
-    CobroDocumento k = cobroDe(*PostgresFactoria::Conectar(a.uri), tipo, numero);
-    sumar(k, cobroDe(*a.db, tipo, numero, true));
-    return k;
-  } catch (const CajaError& e) {
-    if (e.number() != kErrorConexion)
-      throw;
+  // A server known to be away is not waited on.
+  if (!a.sinServidor) {
+    try {
+      CobroDocumento k = cobroDe(*PostgresFactoria::Conectar(a.uri), tipo, numero);
+      sumar(k, cobroDe(*a.db, tipo, numero, true));
+      return k;
+    } catch (const CajaError& e) {
+      if (e.number() != kErrorConexion)
+        throw;
+    }
   }
   CobroDocumento k = cobroDe(*a.db, tipo, numero);
   if (!k.cobrado && !cobradoSegunDiario(*a.db, tipo, numero).empty()) {

@@ -196,6 +196,12 @@ Puesto VentanaCaja::puesto(Acceso acceso) {
     PoliticaCaja::usar(local_);
     return {local_, firmas_, maquina};
   }
+  // A server the status line found away is not waited on: the act is
+  // refused at once, and the sales go on in the journal.
+  if (!servidorEnLinea_)
+    throw Rechazo(
+        "El servidor no responde: esto se hace cuando vuelva la conexión (las ventas "
+        "siguen guardándose en esta caja)");
   remoto_ = PoliticaCaja::abrir(db_, acceso);
   return {*remoto_, firmas_, maquina};
 }
@@ -275,7 +281,7 @@ void VentanaCaja::refrescar() {
                                            : "";
     const std::string celdas[] = {NumeroVisible{m.numero, m.local}.texto(),
                                   m.hora.timeOfDay().toString().substr(0, 5),
-                                  m.tipo,
+                                  m.tipo == "devolucion" ? "devolución" : m.tipo,
                                   m.documento,
                                   monto(m.debitos - m.creditos),
                                   medios == mediosDe.end() ? "" : medios->second,
@@ -346,6 +352,7 @@ void VentanaCaja::preguntarServidor() {
       if (!*viva)
         return;
       servidorEnLinea_ = enLinea;
+      local_.sinServidor = !enLinea;
       try {
         estado();
       } catch (const std::exception&) {
@@ -387,6 +394,7 @@ void VentanaCaja::guardar(std::optional<Venta> v,
   v->sesion = sesion_;
   Puesto p = puesto(Acceso::Guarda);
   const std::int32_t id = hacer(p, *v);
+  alGuardar(id);
   despues(Acceso::Guarda);
   if (!conRecibo)
     return;

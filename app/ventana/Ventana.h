@@ -44,6 +44,9 @@ class VentanaCaja : public QMainWindow {
   void refrescar();
   // Lets the window close (the program is ending it, not a key).
   void permitirCierre() { cerrable_ = true; }
+  // Told each movement's number once it is committed, before the screen
+  // shows it (what a measurement of the save waits for).
+  std::function<void(std::int32_t)> alGuardar = [](std::int32_t) {};
 
  protected:
   void closeEvent(QCloseEvent* evento) override;
@@ -90,7 +93,7 @@ class VentanaCaja : public QMainWindow {
   Almacen local_;                  // the file, or this till's journal
   std::optional<Almacen> remoto_;  // the server, while an act needs it
   bool cerrable_ = false;
-  bool servidorEnLinea_ = false;
+  bool servidorEnLinea_ = true;  // until the first look says otherwise
   std::shared_ptr<bool> viva_ = std::make_shared<bool>(true);
   std::vector<FilaMovimiento> filas_;
   std::map<int, void (VentanaCaja::*)()> teclas_;
