@@ -18,6 +18,7 @@
 #include "app/ventana/Ventana.h"
 #include "caja/base/Conversiones.h"
 #include "caja/drawer/SaldoCaja.h"
+#include "caja/service/Settings.h"
 #include "tests/support/HostPrueba.h"
 #include "tests/support/Modales.h"
 
@@ -55,6 +56,8 @@ class Ventana : public test::PorMotor {
     app::crearDemo(*db);
     app::agregarCajero(*db, "ANA", "246802");
     app::agregarSupervisor(*db, "JEFE", "975302", 9);
+    // Enter on a complete amount accepts the collection, as a quick till has it.
+    entorno.settings->SaveSetting(kAppZOR, "frmVarelta", "AutoCierre", "1");
   }
   void TearDown() override {
     unsetenv("XDG_DATA_HOME");
