@@ -144,13 +144,6 @@ void atrasar(const Caja& caja, int cuantos) {
   gMediosPago.reset();
 }
 
-bool cumple(const char* que, double valor, double objetivo, const char* unidad) {
-  const bool bien = valor <= objetivo;
-  std::printf("%-48s %9.2f %s (objetivo <= %g)%s\n", que, valor, unidad, objetivo,
-              bien ? "" : "  NO CUMPLE");
-  return bien;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -190,14 +183,14 @@ int main(int argc, char** argv) {
   std::vector<double> razones;
   for (std::size_t i = 0; i < archivo.tiempos.size(); ++i)
     razones.push_back(a50.tiempos[i] / archivo.tiempos[i]);
-  bool bien =
-      cumple("espera a 50 ms / archivo, mediana por ronda", test::percentil(razones, 0.5), 1.2, "");
+  bool bien = test::cumple("espera a 50 ms / archivo, mediana por ronda",
+                           test::percentil(razones, 0.5), 1.2, "");
 
   const auto llegada = medirLlegada(a50, *servidor.db, std::min(ventas, 10));
   std::printf("de la venta al servidor a 50 ms: p50 %.0f ms, máx %.0f ms\n",
               test::percentil(llegada, 0.5), test::percentil(llegada, 1.0));
-  bien &= cumple("de la venta al servidor a 50 ms, máximo", test::percentil(llegada, 1.0) / 1000, 2,
-                 "s");
+  bien &= test::cumple("de la venta al servidor a 50 ms, máximo",
+                       test::percentil(llegada, 1.0) / 1000, 2, "s");
 
   Caja atrasada{"atrasada", {}, a50.db};
   correr(atrasada.datos.ruta(), venta(1, atrasada.db), false);
@@ -208,7 +201,7 @@ int main(int argc, char** argv) {
   std::printf("%d movimientos pendientes enviados a 50 ms: %ld en el servidor\n", kAtrasados,
               llegados);
   bien &= llegados == kAtrasados && pendientesEn(atrasada) == 0;
-  bien &= cumple("envío de 1000 pendientes a 50 ms", vaciado / 1000, 10, "s");
+  bien &= test::cumple("envío de 1000 pendientes a 50 ms", vaciado / 1000, 10, "s");
 
   Caja contada{"contada", {}, a50.db};
   correr(contada.datos.ruta(), venta(1, contada.db), false);
@@ -222,8 +215,8 @@ int main(int argc, char** argv) {
   const long conVenta = nube.idasYVueltas();
   std::printf("idas y vueltas de sincronizar: %ld sin nada pendiente, %ld con una venta\n", sinNada,
               conVenta);
-  bien &= cumple("idas y vueltas del envío de una venta de 3 líneas",
-                 static_cast<double>(conVenta - sinNada), 3, "");
+  bien &= test::cumple("idas y vueltas del envío de una venta de 3 líneas",
+                       static_cast<double>(conVenta - sinNada), 3, "");
   for (const bool diferir : {false, true})
     std::printf(
         "idas y vueltas del guardado del componente por PostgresFactoria, 3 líneas%s: %ld\n",

@@ -119,13 +119,6 @@ Medida medir(const std::string& nombre, const std::string& db, int ventas,
   return m;
 }
 
-bool cumple(const char* que, double valor, double meta, const char* unidad) {
-  const bool bien = valor <= meta;
-  std::printf("%-52s %8.2f %s (meta <= %g)%s\n", que, valor, unidad, meta,
-              bien ? "" : "  NO CUMPLE");
-  return bien;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -168,13 +161,13 @@ int main(int argc, char** argv) {
                 m.pintura, test::percentil(m.ventas, 0.5), test::percentil(m.ventas, 0.9),
                 test::percentil(m.vistas, 0.5), m.crecimiento);
   const Medida& archivo = medidas.front();
-  bool bien = cumple("tecla de aceptar a movimiento guardado, archivo, p50",
-                     test::percentil(archivo.ventas, 0.5), 5, "ms");
-  bien &= cumple("ventana abierta a primera pintura, archivo", archivo.pintura, 400, "ms");
-  bien &= cumple("memoria tras 1.000 ventas, archivo", archivo.crecimiento, 20, "MB");
+  bool bien = test::cumple("tecla de aceptar a movimiento guardado, archivo, p50",
+                           test::percentil(archivo.ventas, 0.5), 5, "ms");
+  bien &= test::cumple("ventana abierta a primera pintura, archivo", archivo.pintura, 400, "ms");
+  bien &= test::cumple("memoria tras 1.000 ventas, archivo", archivo.crecimiento, 20, "MB");
   for (std::size_t i = 1; i < medidas.size(); ++i)
-    bien &= cumple((medidas[i].nombre + ", p50 menos el del archivo").c_str(),
-                   test::percentil(medidas[i].ventas, 0.5) - test::percentil(archivo.ventas, 0.5),
-                   2, "ms");
+    bien &= test::cumple(
+        (medidas[i].nombre + ", p50 menos el del archivo").c_str(),
+        test::percentil(medidas[i].ventas, 0.5) - test::percentil(archivo.ventas, 0.5), 2, "ms");
   return bien ? 0 : 1;
 }

@@ -409,6 +409,10 @@ std::string catalogoComoTexto(HostSql& db) {
   return texto;
 }
 
+bool hayCatalogo(HostSql& db) {
+  return CLng(db.ReadScalar("SELECT COUNT(*) FROM MediosPago")) > 0;
+}
+
 bool claveAparcada(HostSql& db, const std::string& clave) {
   return CLng(db.ReadScalar("SELECT COUNT(*) FROM saveMovsCaja WHERE clave = ?", {clave})) > 0;
 }

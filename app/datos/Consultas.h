@@ -98,6 +98,8 @@ std::vector<std::string> documentosRepetidos(HostSql& db);
 // to tell whether a dialog changed it.
 std::vector<std::shared_ptr<CMedioPago>> mediosDelCatalogo(HostSql& db);
 std::string catalogoComoTexto(HostSql& db);
+// Whether the catalogue has any method (a journal that never took its copy has none).
+bool hayCatalogo(HostSql& db);
 
 // Whether lines are parked under `clave`.
 bool claveAparcada(HostSql& db, const std::string& clave);

@@ -37,7 +37,7 @@ std::shared_ptr<HostSql> abrirBaseDeDatos(const std::optional<std::string>& db, 
 // A journal that never took a copy of what a sale reads takes it now, from
 // the server: the till's first sale waits on the link once.
 void copiaInicial(const std::string& uri, HostSql& diario) {
-  if (!mediosDelCatalogo(diario).empty())
+  if (hayCatalogo(diario))
     return;
   try {
     copiarReferencias(*PostgresFactoria::Conectar(uri), diario);

@@ -389,7 +389,6 @@ const std::vector<Opcion> kOpcionesDevolucion = {
     {"documento", "TIPO:NUMERO", "el documento que se devuelve"},
     {"entidad", "TIPO:CODIGO", "cliente (por omisión CLI:C0001)"},
     {"pago", "CODIGO=MONTO", "lo entregado en ese medio (EFE: efectivo)", true},
-
     {"aceptar", nullptr, "teclear lo entregado en el diálogo sin mostrarlo y aceptar"},
     kForzar,
     kAutoriza,
@@ -409,12 +408,10 @@ const std::vector<Opcion> kOpcionesCobro = {
     {"repetir", nullptr, "cobrar un documento ya cobrado"},
     {"entidad", "TIPO:CODIGO", "cliente (por omisión CLI:C0001)"},
     {"pago", "CODIGO=MONTO", "monto tecleado en la entrada del medio (EFE: efectivo)", true},
-
     {"aceptar", nullptr, "teclear los pagos en el diálogo sin mostrarlo y aceptar"},
     {"vuelto", "CODIGO=MONTO",
      "vuelto entregado en ese medio (CREDITO: acreditado al cliente); con el vuelto repartido",
      true},
-
     kImprimir,
     kImpresora,
     kAncho,
@@ -623,10 +620,8 @@ const std::vector<Comando>& comandos() {
          kOperador,
          kAutoriza,
          {"contado", "CODIGO=MONTO", "lo contado de un medio, en su moneda", true},
-
          {"denominaciones", "CODIGO:VALORxCANTIDAD,...",
           "lo contado de un medio por denominaciones", true},
-
          {"parcial", nullptr, "un arqueo a mitad del turno: no queda registrado"},
          {"forzar", nullptr, "aunque queden movimientos de esta caja sin enviar al servidor"},
          kPdf}},

@@ -49,4 +49,11 @@ double percentil(std::vector<double> v, double p) {
   return v[static_cast<std::size_t>(p * static_cast<double>(v.size() - 1))];
 }
 
+bool cumple(const char* que, double valor, double objetivo, const char* unidad) {
+  const bool bien = valor <= objetivo;
+  std::printf("%-52s %9.2f %s (objetivo <= %g)%s\n", que, valor, unidad, objetivo,
+              bien ? "" : "  NO CUMPLE");
+  return bien;
+}
+
 }  // namespace caja::test

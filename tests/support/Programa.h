@@ -17,5 +17,8 @@ double correrCaja(const char* programa, const std::filesystem::path& datos,
 
 // The value at fraction `p` (0.5: the median) of `v`, which is not empty.
 double percentil(std::vector<double> v, double p);
+// Prints a benchmark's figure beside its goal (at most `objetivo`), marked
+// when it misses it; whether it meets it.
+bool cumple(const char* que, double valor, double objetivo, const char* unidad);
 
 }  // namespace caja::test
