@@ -134,6 +134,15 @@ Almacen PoliticaCaja::abrir(const std::optional<std::string>& db, Acceso acceso,
   return a;
 }
 
+Almacen PoliticaCaja::delServidor(std::shared_ptr<HostSql> servidor, const std::string& uri) {
+  Almacen a;
+  a.db = std::move(servidor);
+  a.uri = uri;
+  a.conServidor = true;
+  usar(a);
+  return a;
+}
+
 // The act's host is the component's too, for the whole act: the till's
 // actions and the component's own statements reach the same database.
 void PoliticaCaja::usar(const Almacen& a) {

@@ -47,6 +47,9 @@ class PoliticaCaja {
   // runs there.
   static Almacen abrir(const std::optional<std::string>& db, Acceso acceso, bool crear = false,
                        bool enDiario = false);
+  // Where an act that needs the server runs, on `servidor`, connected
+  // already to the server of `uri`; made the component's host.
+  static Almacen delServidor(std::shared_ptr<HostSql> servidor, const std::string& uri);
   // Makes the act's data the component's host, as `abrir` does: for a
   // program that keeps one open across acts.
   static void usar(const Almacen& almacen);

@@ -10,6 +10,7 @@
 #include <QInputDialog>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTableWidget>
@@ -73,6 +74,8 @@ VentanaCaja::VentanaCaja(std::optional<std::string> db, std::optional<std::int32
 
 VentanaCaja::~VentanaCaja() {
   *viva_ = false;
+  if (sondeo_.joinable())
+    sondeo_.join();
 }
 
 QWidget* VentanaCaja::boton(const char* tecla, const QString& texto, void (VentanaCaja::*acto)()) {
@@ -202,8 +205,58 @@ Puesto VentanaCaja::puesto(Acceso acceso) {
     throw Rechazo(
         "El servidor no responde: esto se hace cuando vuelva la conexión (las ventas "
         "siguen guardándose en esta caja)");
-  remoto_ = PoliticaCaja::abrir(db_, acceso);
+  remoto_ = PoliticaCaja::delServidor(conectar(), local_.uri);
   return {*remoto_, firmas_, maquina};
+}
+
+// The connection is made off the window's thread, where a server that went
+// away costs libpq's timeouts: the window goes on painting and says it
+// waits, Escape giving up. The act then runs here, on a server that
+// answered.
+std::shared_ptr<HostSql> VentanaCaja::conectar() {
+  struct Espera {
+    std::shared_ptr<HostSql> servidor;
+    std::string error;
+    bool lista = false;
+  };
+  auto espera = std::make_shared<Espera>();
+  QDialog aviso(this);
+  aviso.setObjectName("dlgConectando");
+  aviso.setWindowTitle("Servidor");
+  auto* capa = new QVBoxLayout(&aviso);
+  capa->addWidget(new QLabel("Esperando al servidor… (Esc: volver sin hacer nada)", &aviso));
+  QPointer<QDialog> dialogo(&aviso);
+  std::thread([espera, dialogo, uri = local_.uri] {
+    std::shared_ptr<HostSql> servidor;
+    std::string error;
+    try {
+      servidor = PostgresFactoria::Conectar(uri);
+    } catch (const CajaError& e) {
+      error = e.description();
+    } catch (const std::exception& e) {
+      error = e.what();
+    }
+    if (!QCoreApplication::instance())
+      return;
+    QMetaObject::invokeMethod(qApp, [espera, dialogo, servidor, error] {
+      espera->servidor = servidor;
+      espera->error = error;
+      espera->lista = true;
+      if (dialogo)
+        dialogo->accept();
+    });
+  }).detach();
+  // Modal at once, so that no other act starts meanwhile.
+  aviso.open();
+  QEventLoop bucle;
+  connect(&aviso, &QDialog::finished, &bucle, &QEventLoop::quit);
+  if (!espera->lista)
+    bucle.exec();
+  if (!espera->lista)
+    throw Rechazo("Se dejó de esperar al servidor: nada se hizo");
+  if (!espera->servidor)
+    throw Rechazo("El servidor no responde: " + espera->error);
+  return espera->servidor;
 }
 
 void VentanaCaja::despues(Acceso acceso) {
@@ -337,11 +390,14 @@ void VentanaCaja::estado() {
 }
 
 void VentanaCaja::preguntarServidor() {
-  if (!local_.conServidor)
+  if (!local_.conServidor || sondeando_->exchange(true))
     return;
+  if (sondeo_.joinable())
+    sondeo_.join();
   // Off the window's thread: a server away costs the window nothing. The
-  // answer comes back through the event loop, to a window still there.
-  std::thread([uri = local_.uri, viva = viva_, this] {
+  // answer comes back through the event loop, to a window still there; the
+  // window waits for the look in progress before it goes.
+  sondeo_ = std::thread([uri = local_.uri, viva = viva_, sondeando = sondeando_, this] {
     bool enLinea = false;
     try {
       PostgresFactoria::Conectar(uri);
@@ -358,7 +414,8 @@ void VentanaCaja::preguntarServidor() {
       } catch (const std::exception&) {
       }
     });
-  }).detach();
+    *sondeando = false;
+  });
 }
 
 // The acts' keys reach the window from whatever has the focus in it: the

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <QMainWindow>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "app/acciones/Puesto.h"
 #include "app/envio/Politica.h"
@@ -59,6 +61,7 @@ class VentanaCaja : public QMainWindow {
   void actuar(const std::function<void()>& acto);
   // The till as an act of `acceso` finds it: where it saves, or the server.
   Puesto puesto(Acceso acceso);
+  std::shared_ptr<HostSql> conectar();
   void despues(Acceso acceso);
   void decir(const std::string& texto);
   // The selected movement's number where it was read, and its row.
@@ -94,7 +97,10 @@ class VentanaCaja : public QMainWindow {
   std::optional<Almacen> remoto_;  // the server, while an act needs it
   bool cerrable_ = false;
   bool servidorEnLinea_ = true;  // until the first look says otherwise
-  std::shared_ptr<bool> viva_ = std::make_shared<bool>(true);
+  // Read by the server's look, on its own thread.
+  std::shared_ptr<std::atomic<bool>> viva_ = std::make_shared<std::atomic<bool>>(true);
+  std::shared_ptr<std::atomic<bool>> sondeando_ = std::make_shared<std::atomic<bool>>(false);
+  std::thread sondeo_;
   std::vector<FilaMovimiento> filas_;
   std::map<int, void (VentanaCaja::*)()> teclas_;
 

@@ -35,8 +35,9 @@ QApplication& aplicacion() {
   static char* argv[] = {nombre, nullptr};
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
     qputenv("QT_QPA_PLATFORM", "offscreen");
-  static QApplication app(argc, argv);
-  return app;
+  // Never destroyed: the component's statics and the tests' own go first.
+  static QApplication* app = new QApplication(argc, argv);
+  return *app;
 }
 
 void intro() {
