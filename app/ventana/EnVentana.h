@@ -24,7 +24,6 @@ class FirmasDeVentana : public Firmas {
   std::optional<std::string> pinDeSupervisor(const std::string& pide) override;
   // The cashier signs in again: the next act asks for the name and PIN.
   void olvidarCajero() { cajero_.reset(); }
-  const std::string& operador() const { return operador_; }
 
  private:
   QWidget* ventana_;
