@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <thread>
 #include <unordered_map>
 
 #include "caja/base/CajaError.h"
@@ -569,11 +571,27 @@ void SqliteFactoria::abrir(const std::string& archivo) {
                           fnPromedioFinal);
   sqlite3_update_hook(db_, anotarIdentidad, &identidades_);
   try {
-    ejecutarGuion("PRAGMA journal_mode = WAL; PRAGMA foreign_keys = ON;");
+    pasarAWal();
+    ejecutarGuion("PRAGMA foreign_keys = ON");
     prepararEsquema();
   } catch (const CajaError& e) {
     throw CajaError(e.number(), kFuente, "No se pudo abrir " + archivo + ": " + e.description());
   }
+}
+
+// Making a new file WAL reads its header and then writes it, and SQLite does
+// not wait for a lock between the two (waiting there could deadlock): a till
+// that opens the same new file as another at that moment is told "locked" at
+// once. It tries again for as long as it would wait for any other lock.
+void SqliteFactoria::pasarAWal() {
+  const auto limite =
+      std::chrono::steady_clock::now() + std::chrono::milliseconds(kEsperaBloqueoMs);
+  while ((sqlite3_exec(db_, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr) & 0xff) ==
+             SQLITE_BUSY &&
+         std::chrono::steady_clock::now() < limite)
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  if (sqlite3_errcode(db_) != SQLITE_OK)
+    throw CajaError(kErrorBaseDatos, kFuente, sqlite3_errmsg(db_));
 }
 
 void SqliteFactoria::ejecutarGuion(const std::string& sql) {

@@ -60,6 +60,7 @@ class CAJA_EXPORT SqliteFactoria : public HostSql {
   void devolverPreparada(const std::string& sql, Preparada p);
   void vaciarPreparadas();
   void abrir(const std::string& archivo);
+  void pasarAWal();
   void prepararEsquema();
   void crearEsquema();
   void migrarDineroExacto();

@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 #include <fstream>
 #include <limits>
+#include <thread>
 
 #include "caja/base/Conversiones.h"
 #include "caja/host/DialectoSql.h"
@@ -504,6 +505,24 @@ TEST_F(SoloSqlite, OpensInWalWithForeignKeys) {
   EXPECT_EQ(test::numeroError(
                 [&] { SqliteFactoria::Abrir((carpeta.ruta() / "no" / "hay" / "x.db").string()); }),
             kErrorBaseDatos);
+}
+
+// Tills that start together open a new file at once: each one waits its turn
+// to make it WAL and create the schema, none is refused for a lock.
+TEST(SqliteNuevo, TillsOpeningANewFileTogetherAllGetIt) {
+  test::CarpetaTemporal carpeta;
+  for (int vuelta = 0; vuelta < 40; ++vuelta) {
+    const std::string archivo = (carpeta.ruta() / (std::to_string(vuelta) + ".db")).string();
+    std::vector<std::string> errores(8);
+    std::vector<std::thread> cajas;
+    for (auto& error : errores)
+      cajas.emplace_back(
+          [&] { error = test::errorCompleto([&] { SqliteFactoria::Abrir(archivo); }); });
+    for (auto& caja : cajas)
+      caja.join();
+    for (const auto& error : errores)
+      EXPECT_EQ(error, "sin error") << "vuelta " << vuelta;
+  }
 }
 
 // What the embedded file cannot compute exactly is refused with its reason,
