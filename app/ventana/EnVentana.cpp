@@ -1,7 +1,10 @@
 #include "app/ventana/EnVentana.h"
 
+#include <QCoreApplication>
 #include <QInputDialog>
 #include <QLineEdit>
+#include <QThread>
+#include <exception>
 
 #include "app/controles/DialogoCredencial.h"
 #include "caja/base/Texto.h"
@@ -22,6 +25,31 @@ std::optional<std::string> pinEnDialogo(QWidget* padre, const std::string& titul
   return pin.toStdString();
 }
 
+// An act on the server runs off the window's thread; what it asks of the
+// cashier is asked on the window's, and the answer (or the refusal) goes
+// back to the act.
+template <class Pregunta>
+auto enLaVentana(Pregunta pregunta) -> decltype(pregunta()) {
+  QCoreApplication* app = QCoreApplication::instance();
+  if (QThread::currentThread() == app->thread())
+    return pregunta();
+  std::optional<decltype(pregunta())> dicho;
+  std::exception_ptr error;
+  QMetaObject::invokeMethod(
+      app,
+      [&] {
+        try {
+          dicho = pregunta();
+        } catch (...) {
+          error = std::current_exception();
+        }
+      },
+      Qt::BlockingQueuedConnection);
+  if (error)
+    std::rethrow_exception(error);
+  return std::move(*dicho);
+}
+
 }  // namespace
 
 std::optional<std::string> FirmasDeVentana::nombreDado(Rol rol) {
@@ -34,7 +62,8 @@ Credencial FirmasDeVentana::pedir(Rol rol, const std::string& titulo, const std:
                                   const std::vector<std::string>& nombres) {
   if (rol == Rol::Cajero && cajero_)
     return *cajero_;
-  const auto dicha = credencialEnDialogo(titulo, para, nombres, "", ventana_);
+  const auto dicha =
+      enLaVentana([&] { return credencialEnDialogo(titulo, para, nombres, "", ventana_); });
   if (!dicha)
     throw Rechazo(titulo + ": cancelado, nada se guardó");
   if (rol == Rol::Cajero)
@@ -43,6 +72,10 @@ Credencial FirmasDeVentana::pedir(Rol rol, const std::string& titulo, const std:
 }
 
 std::string FirmasDeVentana::pinNuevo() {
+  return enLaVentana([this] { return pinNuevoAqui(); });
+}
+
+std::string FirmasDeVentana::pinNuevoAqui() {
   const auto pin = pinEnDialogo(ventana_, "PIN nuevo", "El PIN nuevo");
   if (!pin)
     throw Rechazo("PIN nuevo: cancelado, nada se guardó");
@@ -56,7 +89,7 @@ std::string FirmasDeVentana::pinNuevo() {
 }
 
 std::optional<std::string> FirmasDeVentana::pinDeSupervisor(const std::string& pide) {
-  return pinEnDialogo(ventana_, "Autorización de un supervisor", pide);
+  return enLaVentana([&] { return pinEnDialogo(ventana_, "Autorización de un supervisor", pide); });
 }
 
 void CobroDeVentana::preparar() {

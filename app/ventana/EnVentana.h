@@ -12,7 +12,8 @@ namespace caja::app {
 
 // Names and PINs at the till's window: the cashier who signed in (asked
 // once, then kept for every act of the shift), a supervisor's in a small
-// dialog each time an act needs one, a new PIN twice.
+// dialog each time an act needs one, a new PIN twice. An act running off
+// the window's thread gets its dialogs on the window's.
 class FirmasDeVentana : public Firmas {
  public:
   FirmasDeVentana(QWidget* ventana, std::string operador)
@@ -26,6 +27,8 @@ class FirmasDeVentana : public Firmas {
   void olvidarCajero() { cajero_.reset(); }
 
  private:
+  std::string pinNuevoAqui();
+
   QWidget* ventana_;
   std::string operador_;  // the name when the shop has no cashiers registered
   std::optional<Credencial> cajero_;

@@ -4,6 +4,7 @@
 #include <QChartView>
 #include <QCloseEvent>
 #include <QDialog>
+#include <QEventLoop>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -179,9 +180,7 @@ bool VentanaCaja::empezar() {
   } else {
     bool abierto = false;
     actuar([&] {
-      Puesto p = puesto(Acceso::Cambia);
-      sesion_ = abrirSesion(p, maquina_);
-      despues(Acceso::Cambia);
+      hacer(Acceso::Cambia, [&](Puesto& p) { sesion_ = abrirSesion(p, maquina_); });
       abierto = true;
     });
     if (!abierto)
@@ -193,27 +192,48 @@ bool VentanaCaja::empezar() {
   return true;
 }
 
+bool VentanaCaja::enLocal(Acceso acceso) const {
+  return !local_.conServidor || acceso == Acceso::Guarda || acceso == Acceso::Diario;
+}
+
 Puesto VentanaCaja::puesto(Acceso acceso) {
   const Maquina maquina = [this] { return maquina_; };
-  if (!local_.conServidor || acceso == Acceso::Guarda || acceso == Acceso::Diario) {
+  if (enLocal(acceso)) {
     PoliticaCaja::usar(local_);
     return {local_, firmas_, maquina};
   }
+  remoto_ = PoliticaCaja::delServidor(conectar(), local_.uri);
+  return {*remoto_, firmas_, maquina};
+}
+
+void VentanaCaja::hacer(Acceso acceso, const std::function<void(Puesto&)>& acto) {
+  if (enLocal(acceso)) {
+    Puesto p = puesto(acceso);
+    acto(p);
+    PoliticaCaja::despues(local_, acceso);
+    return;
+  }
+  const auto servidor = conectar();
+  fuera([&] {
+    remoto_ = PoliticaCaja::delServidor(servidor, local_.uri);
+    Puesto p{*remoto_, firmas_, [this] { return maquina_; }};
+    acto(p);
+    PoliticaCaja::despues(*remoto_, acceso);
+  });
+  remoto_.reset();
+  PoliticaCaja::usar(local_);
+}
+
+// The connection is made off the window's thread, where a server that went
+// away costs libpq's timeouts: the window goes on painting and says it
+// waits, Escape giving up, with nothing done yet.
+std::shared_ptr<HostSql> VentanaCaja::conectar() {
   // A server the status line found away is not waited on: the act is
   // refused at once, and the sales go on in the journal.
   if (!servidorEnLinea_)
     throw Rechazo(
         "El servidor no responde: esto se hace cuando vuelva la conexión (las ventas "
         "siguen guardándose en esta caja)");
-  remoto_ = PoliticaCaja::delServidor(conectar(), local_.uri);
-  return {*remoto_, firmas_, maquina};
-}
-
-// The connection is made off the window's thread, where a server that went
-// away costs libpq's timeouts: the window goes on painting and says it
-// waits, Escape giving up. The act then runs here, on a server that
-// answered.
-std::shared_ptr<HostSql> VentanaCaja::conectar() {
   struct Espera {
     std::shared_ptr<HostSql> servidor;
     std::string error;
@@ -259,10 +279,57 @@ std::shared_ptr<HostSql> VentanaCaja::conectar() {
   return espera->servidor;
 }
 
-void VentanaCaja::despues(Acceso acceso) {
-  PoliticaCaja::despues(remoto_ ? *remoto_ : local_, acceso);
-  remoto_.reset();
-  PoliticaCaja::usar(local_);
+namespace {
+
+// A note that stays until the work it announces is done.
+class NotaFija : public QDialog {
+ public:
+  using QDialog::QDialog;
+  void reject() override {}
+};
+
+}  // namespace
+
+// What talks to the server runs on a thread of its own while the window
+// goes on painting behind a note. The cashier cannot close the note: once
+// the server may be saving, backing out would leave the window unsure of
+// what was saved. A name or a PIN the act asks for comes up over it (the
+// window's Firmas bring the question to this thread). The status line
+// waits meanwhile: it reads the journal the act may be sending from.
+void VentanaCaja::fuera(const std::function<void()>& trabajo) {
+  NotaFija nota(this);
+  nota.setObjectName("dlgServidor");
+  nota.setWindowTitle("Servidor");
+  auto* capa = new QVBoxLayout(&nota);
+  capa->addWidget(new QLabel("Trabajando con el servidor…", &nota));
+  const bool leia = reloj_->isActive();
+  reloj_->stop();
+  ocupado_ = true;
+  nota.open();
+  QEventLoop bucle;
+  bool listo = false;
+  std::exception_ptr error;
+  std::thread hilo([&] {
+    try {
+      trabajo();
+    } catch (...) {
+      error = std::current_exception();
+    }
+    // Said on the window's thread, within the loop below, which alone ends it.
+    QMetaObject::invokeMethod(&bucle, [&] {
+      listo = true;
+      bucle.quit();
+    });
+  });
+  while (!listo)
+    bucle.exec();
+  hilo.join();
+  nota.done(QDialog::Accepted);
+  ocupado_ = false;
+  if (leia)
+    reloj_->start(kCadaEstadoMs);
+  if (error)
+    std::rethrow_exception(error);
 }
 
 void VentanaCaja::decir(const std::string& texto) {
@@ -409,6 +476,8 @@ void VentanaCaja::preguntarServidor() {
         return;
       servidorEnLinea_ = enLinea;
       local_.sinServidor = !enLinea;
+      if (ocupado_)
+        return;
       try {
         estado();
       } catch (const std::exception&) {
@@ -444,15 +513,16 @@ void VentanaCaja::closeEvent(QCloseEvent* evento) {
 }
 
 void VentanaCaja::guardar(std::optional<Venta> v,
-                          const std::function<std::int32_t(Puesto&, const Venta&)>& hacer,
+                          const std::function<std::int32_t(Puesto&, const Venta&)>& accion,
                           bool conRecibo) {
   if (!v)
     return;
   v->sesion = sesion_;
-  Puesto p = puesto(Acceso::Guarda);
-  const std::int32_t id = hacer(p, *v);
-  alGuardar(id);
-  despues(Acceso::Guarda);
+  std::int32_t id = 0;
+  hacer(Acceso::Guarda, [&](Puesto& p) {
+    id = accion(p, *v);
+    alGuardar(id);
+  });
   if (!conRecibo)
     return;
   refrescar();
@@ -525,10 +595,8 @@ void VentanaCaja::anular() {
     // One the server has is voided there; one the journal still holds,
     // in the journal, and it goes to the server with its void.
     const Acceso acceso = local_.conServidor && !m.local ? Acceso::Cambia : Acceso::Guarda;
-    Puesto p = puesto(acceso);
     const std::int32_t numero = acceso == Acceso::Cambia ? m.numero : m.transId;
-    app::anular(p, numero, p.almacen.nombreDe(numero), *motivo);
-    despues(acceso);
+    hacer(acceso, [&](Puesto& p) { app::anular(p, numero, p.almacen.nombreDe(numero), *motivo); });
   });
 }
 
@@ -538,9 +606,7 @@ void VentanaCaja::aparcar() {
     if (!a)
       return;
     CVarelta aparcado;
-    Puesto p = puesto(Acceso::Servidor);
-    app::aparcar(p, a->clave, a->pagos, aparcado);
-    despues(Acceso::Servidor);
+    hacer(Acceso::Servidor, [&](Puesto& p) { app::aparcar(p, a->clave, a->pagos, aparcado); });
   });
 }
 
@@ -553,10 +619,10 @@ void VentanaCaja::retomar() {
     if (!v)
       return;
     v->sesion = sesion_;
+    // The collection dialog is the window's: this act runs on its thread.
     Puesto p = puesto(Acceso::Servidor);
     CobroDeVentana cobro;
     app::vender(p, *v, cobro, &*clave);
-    despues(Acceso::Servidor);
   });
 }
 
@@ -574,9 +640,7 @@ void VentanaCaja::tasa() {
     const auto nueva = pedirTasa(this, local_.db->TipoCambioCaja());
     if (!nueva)
       return;
-    Puesto p = puesto(Acceso::Cambia);
-    fijarTasaDeCaja(p, *nueva);
-    despues(Acceso::Cambia);
+    hacer(Acceso::Cambia, [&](Puesto& p) { fijarTasaDeCaja(p, *nueva); });
   });
 }
 
@@ -585,11 +649,13 @@ void VentanaCaja::cierre() {
     auto arqueo = pedirArqueo(this, maquina_, esperadoDeCaja(maquina_));
     if (!arqueo)
       return;
-    Puesto p = puesto(Acceso::Cierre);
-    const Cierre registro = cerrarCaja(p, *arqueo);
+    std::optional<Cierre> cerrado;
+    hacer(Acceso::Cierre, [&](Puesto& p) { cerrado = cerrarCaja(p, *arqueo); });
+    const Cierre& registro = *cerrado;
+    // The report reads the company from the till's own data (the journal
+    // keeps a copy): its chart is drawn on the window's thread.
     const auto pdf = carpetaDeDatos(true) / ("cierre-" + std::to_string(registro.id) + ".pdf");
-    pdfCierre(p.db(), registro, pdf.string());
-    despues(Acceso::Cierre);
+    pdfCierre(*local_.db, registro, pdf.string());
     std::string resumen = "Cierre " + std::to_string(registro.id) + " de la máquina " +
                           std::to_string(registro.maquina) + "\nContó: " + registro.operador +
                           (registro.aprobador.empty() ? "" : "\nAutorizó: " + registro.aprobador) +
@@ -606,9 +672,8 @@ void VentanaCaja::mes() {
     const Fecha hoy = Fecha::today();
     const std::string iso = hoy.toIsoText();
     const Fecha desde = Fecha::fromYmd(std::stoi(iso.substr(0, 4)), std::stoi(iso.substr(5, 2)), 1);
-    Puesto p = puesto(Acceso::Servidor);
-    const Mes m = mesDe(p.db(), desde, hoy, maquina_);
-    despues(Acceso::Servidor);
+    Mes m;
+    hacer(Acceso::Servidor, [&](Puesto& p) { m = mesDe(p.db(), desde, hoy, maquina_); });
     QDialog d(this);
     d.setObjectName("dlgMes");
     d.setWindowTitle("El mes");

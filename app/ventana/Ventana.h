@@ -26,9 +26,10 @@ namespace caja::app {
 // the command line. A sale, a refund and cash in or out are saved where the
 // command line saves them (the file, or the journal at a till on a server,
 // whose sender ships them), so that the window never waits on the link for
-// them; whether the server answers is asked off the window's thread. An
-// error is said in Spanish and the window stays; Escape backs out of the
-// act in progress with nothing saved; no key ends the program.
+// them; whether the server answers is asked, and an act on the server runs,
+// off the window's thread. An error is said in Spanish and the window stays;
+// Escape backs out of the act in progress with nothing saved; no key ends
+// the program.
 class VentanaCaja : public QMainWindow {
  public:
   // The till of `db` (a server's URI, or a file; the user's file when none)
@@ -59,10 +60,15 @@ class VentanaCaja : public QMainWindow {
   QWidget* boton(const char* tecla, const QString& texto, void (VentanaCaja::*acto)());
   // Runs an act: a refusal or an error is said and the window goes on.
   void actuar(const std::function<void()>& acto);
-  // The till as an act of `acceso` finds it: where it saves, or the server.
+  // An act of `acceso` on the till's data: here on the file or the journal;
+  // at a till on a server, off the window's thread once it is connected.
+  void hacer(Acceso acceso, const std::function<void(Puesto&)>& acto);
+  // The till as an act of `acceso` finds it, on this thread: where it
+  // saves, or the server.
   Puesto puesto(Acceso acceso);
+  bool enLocal(Acceso acceso) const;
   std::shared_ptr<HostSql> conectar();
-  void despues(Acceso acceso);
+  void fuera(const std::function<void()>& trabajo);
   void decir(const std::string& texto);
   // The selected movement's number where it was read, and its row.
   std::optional<int> filaElegida() const;
@@ -74,7 +80,7 @@ class VentanaCaja : public QMainWindow {
   // A movement saved where sales are saved, from its form's values (none
   // when the cashier backed out), and its receipt after a sale or a refund.
   void guardar(std::optional<Venta> v,
-               const std::function<std::int32_t(Puesto&, const Venta&)>& hacer, bool conRecibo);
+               const std::function<std::int32_t(Puesto&, const Venta&)>& accion, bool conRecibo);
   void moverEfectivo(const char* clasificacion);
   void vender();
   void devolver();
@@ -97,6 +103,7 @@ class VentanaCaja : public QMainWindow {
   std::optional<Almacen> remoto_;  // the server, while an act needs it
   bool cerrable_ = false;
   bool servidorEnLinea_ = true;  // until the first look says otherwise
+  bool ocupado_ = false;         // an act runs off the window's thread
   // Read by the server's look, on its own thread.
   std::shared_ptr<std::atomic<bool>> viva_ = std::make_shared<std::atomic<bool>>(true);
   std::shared_ptr<std::atomic<bool>> sondeando_ = std::make_shared<std::atomic<bool>>(false);
