@@ -306,7 +306,6 @@ void VentanaCaja::fuera(const std::function<void()>& trabajo) {
   reloj_->stop();
   ocupado_ = true;
   nota.open();
-  QEventLoop bucle;
   bool listo = false;
   std::exception_ptr error;
   std::thread hilo([&] {
@@ -315,14 +314,13 @@ void VentanaCaja::fuera(const std::function<void()>& trabajo) {
     } catch (...) {
       error = std::current_exception();
     }
-    // Said on the window's thread, within the loop below, which alone ends it.
-    QMetaObject::invokeMethod(&bucle, [&] {
-      listo = true;
-      bucle.quit();
-    });
+    // Said on the window's thread, where the wait below sees it.
+    QMetaObject::invokeMethod(&nota, [&listo] { listo = true; });
   });
+  // Events are handled until then, not a loop of its own: an application
+  // told to quit meanwhile ends every loop at once, and this wait must not.
   while (!listo)
-    bucle.exec();
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   hilo.join();
   nota.done(QDialog::Accepted);
   ocupado_ = false;
