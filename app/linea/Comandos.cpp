@@ -330,7 +330,8 @@ int cajero(Contexto& c) {
 
 int ventana(Contexto& c) {
   if (!c.conPantalla)
-    throw ErrorUso("No hay pantalla para la ventana de la caja (DISPLAY o WAYLAND_DISPLAY)");
+    throw ErrorUso(
+        "No hay pantalla para la ventana de la caja (DISPLAY, WAYLAND_DISPLAY o QT_QPA_PLATFORM)");
   return ejecutarVentana(c.args.valor("db"), maquinaElegida(c.args),
                          c.args.valor("operador", "CAJERO"));
 }

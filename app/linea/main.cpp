@@ -23,8 +23,19 @@ namespace {
 using namespace caja;
 using namespace caja::app;
 
+// An X or Wayland display, or a platform named for a screen of its own, as a
+// till's framebuffer (eglfs, linuxfb); "offscreen" and "minimal" show nothing.
 bool hayPantalla() {
-  return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+  const bool x = !qEnvironmentVariableIsEmpty("DISPLAY");
+  const bool wayland = !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+  const QString plataforma = qEnvironmentVariable("QT_QPA_PLATFORM");
+  if (plataforma.isEmpty())
+    return x || wayland;
+  if (plataforma.startsWith("xcb"))
+    return x;
+  if (plataforma.startsWith("wayland"))
+    return wayland;
+  return !plataforma.startsWith("offscreen") && !plataforma.startsWith("minimal");
 }
 
 // A password on the command line is there for every local user to read.
